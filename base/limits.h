@@ -1,0 +1,33 @@
+// Every fixed limit of the runtime, with its reason.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vl::limits {
+
+// What one run may hold in texts, arrays, variables, objects and surfaces. A page gives 4 GB in all.
+inline constexpr uint64_t kRunMemoryBytes = uint64_t{1} << 30;
+// One text. Larger ones only come from runaway concatenation.
+inline constexpr uint32_t kMaxTextBytes = 64u << 20;
+// Script calls in progress. The platform stack of the interpreter's thread must hold them (kThreadStackBytes),
+// and old programs, which had about a megabyte, never got further.
+inline constexpr int kMaxCallDepth = 4000;
+// Nesting of parentheses, subscripts and blocks while compiling and evaluating. Bounds the recursion of both.
+inline constexpr int kMaxNesting = 200;
+// Stack of the interpreter's thread: kMaxCallDepth calls of a few nested expressions each, with sanitizers.
+inline constexpr size_t kThreadStackBytes = size_t{256} << 20;
+// Levels of the argument bank and arguments a level; both are part of the language.
+inline constexpr int kArgumentLevels = 16;
+inline constexpr int kArgumentsPerLevel = 16;
+// A text literal must fit a token record, whose size is one byte.
+inline constexpr size_t kMaxLiteralBytes = 243;
+// The position word has 8 bits for the source and 24 for the offset.
+inline constexpr size_t kMaxSources = 256;
+inline constexpr size_t kMaxSourceBytes = size_t{1} << 24;
+// A surface side: 16-bit coordinates are what files and windows carry.
+inline constexpr int kMaxSurfaceSide = 32767;
+// Pixels of one surface (256 MB at 32 bits).
+inline constexpr int64_t kMaxSurfacePixels = int64_t{1} << 26;
+
+}  // namespace vl::limits

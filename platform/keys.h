@@ -1,0 +1,52 @@
+// Virtual key numbers that events carry: letters and digits are their upper-case ASCII codes.
+#pragma once
+
+#include <cstdint>
+
+namespace vl {
+
+enum VirtualKey : int32_t {
+  kKeyBack = 0x08,
+  kKeyTab = 0x09,
+  kKeyReturn = 0x0D,
+  kKeyShift = 0x10,
+  kKeyControl = 0x11,
+  kKeyMenu = 0x12,
+  kKeyPause = 0x13,
+  kKeyCapital = 0x14,
+  kKeyEscape = 0x1B,
+  kKeySpace = 0x20,
+  kKeyPrior = 0x21,
+  kKeyNext = 0x22,
+  kKeyEnd = 0x23,
+  kKeyHome = 0x24,
+  kKeyLeft = 0x25,
+  kKeyUp = 0x26,
+  kKeyRight = 0x27,
+  kKeyDown = 0x28,
+  kKeySnapshot = 0x2C,
+  kKeyInsert = 0x2D,
+  kKeyDelete = 0x2E,
+  kKeyNumpad0 = 0x60,
+  kKeyMultiply = 0x6A,
+  kKeyAdd = 0x6B,
+  kKeySubtract = 0x6D,
+  kKeyDecimal = 0x6E,
+  kKeyDivide = 0x6F,
+  kKeyF1 = 0x70,
+  kKeyNumLock = 0x90,
+  kKeyScroll = 0x91,
+  kKeyOem1 = 0xBA,       // ;
+  kKeyOemPlus = 0xBB,    // =
+  kKeyOemComma = 0xBC,   // ,
+  kKeyOemMinus = 0xBD,   // -
+  kKeyOemPeriod = 0xBE,  // .
+  kKeyOem2 = 0xBF,       // /
+  kKeyOem3 = 0xC0,       // `
+  kKeyOem4 = 0xDB,       // [
+  kKeyOem5 = 0xDC,       // backslash
+  kKeyOem6 = 0xDD,       // ]
+  kKeyOem7 = 0xDE,       // '
+};
+
+}  // namespace vl
