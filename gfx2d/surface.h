@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <memory>
 #include <span>
+#include <vector>
 
 #include "gfx2d/surface_impl.h"
 
@@ -118,6 +119,10 @@ class cSurface {
 
  private:
   static cSurfaceImpl* NullSurface();
+  // Shape coordinates in the surface: moved by the origin and clamped, boxes with the smaller corner first.
+  Rect ShapeBox(const Rect& box) const;
+  Point ShapePoint(int x, int y) const;
+  std::vector<Point> ShapePoints(std::span<const Point> points) const;
   void Swap(cSurface& o) noexcept;
   // Surface coordinates of handle coordinates; wrapping ones end outside every surface.
   int X(int x) const { return int(uint32_t(x) - uint32_t(originX)); }
