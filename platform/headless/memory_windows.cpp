@@ -21,12 +21,6 @@ Rect ClientAt(int x, int y, int width, int height) {
 
 }  // namespace
 
-Rect ClassicFrameBorders(const WindowDescription& d) {
-  if (!d.caption && !d.resizable) return {0, 0, 0, 0};
-  const int border = d.resizable ? 4 : 3;
-  return {border, border + (d.caption ? 19 : 0), border, border};
-}
-
 MemoryWindows::MemoryWindows(Size hostSize, bool attachHost) {
   if (!attachHost) return;
   WindowDescription d;
@@ -90,8 +84,6 @@ void MemoryWindows::setTitle(NativeWindow window, std::string_view title) {
 void MemoryWindows::setCursor(NativeWindow window, CursorShape shape) {
   if (MemoryWindow* w = Get(window)) w->cursor = shape;
 }
-
-Rect MemoryWindows::frameBorders(const WindowDescription& description) { return ClassicFrameBorders(description); }
 
 void MemoryWindows::present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                             std::span<const Rect> dirty) {

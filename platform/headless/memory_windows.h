@@ -56,7 +56,7 @@ class MemoryWindows final : public WindowSystem {
   void raiseWindow(NativeWindow window) override;
   void setTitle(NativeWindow window, std::string_view title) override;
   void setCursor(NativeWindow window, CursorShape shape) override;
-  Rect frameBorders(const WindowDescription& description) override;
+  Rect frameBorders(const WindowDescription& description) override { return classicFrameBorders(description); }
   void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                std::span<const Rect> dirty) override;
   void showMessage(std::string_view title, std::string_view text) override;
@@ -75,8 +75,5 @@ class MemoryWindows final : public WindowSystem {
   NativeWindow next_ = 1;
   uint32_t raises_ = 0;
 };
-
-// Width of the classic frame: borders of 3 or 4 pixels and a caption of 18 above a border.
-Rect ClassicFrameBorders(const WindowDescription& description);
 
 }  // namespace vl
