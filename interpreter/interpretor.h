@@ -311,6 +311,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   }
   void SlowHousekeeping();
   void Tick();
+  void WatchForStop();
   void StepTimed(uint32_t nowMs);
   void Poll();
   bool FilterAndDispatch();
@@ -323,6 +324,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   static constexpr size_t kTemporaries = 256;
   std::array<std::array<char, kTemporaryBytes>, kTemporaries> temporaries_;
   uint32_t temporaryNext_ = 0;
+  int32_t quietStatements_ = 0;
+  uint32_t lastStopCheck_ = 0;
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
   std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text
