@@ -1,6 +1,7 @@
 // vorlane run: everything through the embedding interface.
 #include <cstdio>
 #include <fstream>
+#include <memory>
 
 #include "include/vorlane.h"
 #include "tools/application_source.h"
