@@ -48,6 +48,12 @@ class CTimed {
   virtual void Step(uint32_t nowMs) = 0;
 };
 
+// What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
+class CSubsystem {
+ public:
+  virtual ~CSubsystem() = default;
+};
+
 class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
  public:
   CInterpretor(CThreadParam& param, const Services& services, const ClassRegistry& registry);
@@ -241,6 +247,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<std::string> tempFiles;
   bool directSound3DUsed = false;
   bool directSound3DEnabled = false;
+  // Made by their modules on first use; they outlive every runtime object.
+  std::unique_ptr<CSubsystem> graphics;
   std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
   // Subsystems that live as long as the run keep their state here, by class module.
   std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
