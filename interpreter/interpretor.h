@@ -48,6 +48,12 @@ class CTimed {
   virtual void Step(uint32_t nowMs) = 0;
 };
 
+// What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
+class CSubsystem {
+ public:
+  virtual ~CSubsystem() = default;
+};
+
 class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
  public:
   CInterpretor(CThreadParam& param, const Services& services, const ClassRegistry& registry);
@@ -241,6 +247,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<std::string> tempFiles;
   bool directSound3DUsed = false;
   bool directSound3DEnabled = false;
+  // Made by their modules on first use; they outlive every runtime object.
+  std::unique_ptr<CSubsystem> graphics;
   std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
   // Subsystems that live as long as the run keep their state here, by class module.
   std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
@@ -311,6 +319,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   }
   void SlowHousekeeping();
   void Tick();
+  void WatchForStop();
   void StepTimed(uint32_t nowMs);
   void Poll();
   bool FilterAndDispatch();
@@ -323,6 +332,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   static constexpr size_t kTemporaries = 256;
   std::array<std::array<char, kTemporaryBytes>, kTemporaries> temporaries_;
   uint32_t temporaryNext_ = 0;
+  int32_t quietStatements_ = 0;
+  uint32_t lastStopCheck_ = 0;
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
   std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text

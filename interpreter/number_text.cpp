@@ -96,9 +96,9 @@ uint32_t ParseDigits(std::string_view text, uint32_t base, size_t& used) {
   for (; i < text.size(); ++i) {
     const int digit = DigitValue(text[i]);
     if (digit >= static_cast<int>(base)) break;
-    const uint32_t next = value * base + static_cast<uint32_t>(digit);
-    if (next < value) break;
-    value = next;
+    const uint64_t next = uint64_t{value} * base + static_cast<uint32_t>(digit);
+    if (next > UINT32_MAX) break;
+    value = static_cast<uint32_t>(next);
   }
   used = i;
   return value;

@@ -11,8 +11,8 @@ namespace vl {
 int32_t ParseInteger(std::string_view text);
 // atof: blanks, sign, digits with one point, an exponent after e, E, d or D. No hexadecimal, no "inf".
 double ParseDouble(std::string_view text);
-// Digits of a base (2 or 16), stopping at the first other character or at the digit that would make the
-// value smaller. `used` gets the number of characters taken.
+// Digits of a base (2 or 16), stopping at the first other character or at the digit that would not
+// fit 32 bits any more. `used` gets the number of characters taken.
 uint32_t ParseDigits(std::string_view text, uint32_t base, size_t& used);
 // Number of String.GetFloat: "0b" and "0x" prefixes, else ParseDouble.
 double ParsePrefixedNumber(std::string_view text);

@@ -19,7 +19,7 @@ void CInterpretor::SlowHousekeeping() {
     if (eventsEnabled) {
       Tick();
     } else {
-      tickCountdown = -1;
+      WatchForStop();
     }
   }
   if (param.stop.load(std::memory_order_relaxed)) pendingError = ERR_END;
@@ -28,6 +28,18 @@ void CInterpretor::SlowHousekeeping() {
     pendingError = -1;
     RaiseError(code);
   }
+}
+
+// While the program keeps events disabled no tick runs; time must pass and the host's stop be seen all the same.
+void CInterpretor::WatchForStop() {
+  tickCountdown = -1;
+  if (++quietStatements_ <= tickPeriod) return;
+  quietStatements_ = 0;
+  services.clock->tick();
+  const uint32_t now = NowMs();
+  if (now - lastStopCheck_ <= kPumpIntervalMs) return;
+  lastStopCheck_ = now;
+  messages->HasMessage();
 }
 
 void CInterpretor::Tick() {

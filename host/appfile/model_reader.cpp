@@ -113,6 +113,12 @@ class ModelReader {
       Problem(where + ": its version is told behind what depends on it; it is taken as that of the whole part");
       Adapt(model);
     }
+    // Told by what will be written: in an old file both buffers lie plain in the header.
+    const PartHeader& h = model.header;
+    const bool ownChunks = result_.model.PartVersion(model) >= kVersionOwnChunks;
+    const bool initInHeader = !ownChunks && h.hasHeader && h.initSource.size() <= 0xFFFF;
+    const bool stored = (!initInHeader && !h.initSource.empty()) || (ownChunks && !h.gameInputData.empty());
+    model.header.buffersCompressed &= stored;
     if (banks != part.banks.size()) Problem(where + ": a bank can't be read and is left out");
     const bool bankVersions = result_.model.PartVersion(model) >= kVersionBankVersion;
     for (const auto& bank : part.banks) {
