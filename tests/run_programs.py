@@ -41,7 +41,7 @@ from harness import png  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAMS = os.path.join(ROOT, "tests", "programs")
-TIMEOUT_S = 120
+TIMEOUT_S = 60
 
 
 class Failure(Exception):
