@@ -39,9 +39,7 @@ uint32_t Narrow(int depth, Rgb c) {
   }
 }
 
-uint32_t MaskOf(int depth) {
-  return depth == 8 ? 0xFF : depth <= 16 ? 0xFFFF : depth == 24 ? 0xFFFFFF : 0xFFFFFFFF;
-}
+uint32_t MaskOf(int depth) { return depth == 8 ? 0xFF : depth <= 16 ? 0xFFFF : depth == 24 ? 0xFFFFFF : 0xFFFFFFFF; }
 
 // One pixel through an effect, straight from the table of formulas.
 uint32_t EffectPixel(const cSurfaceImpl& target, int effect, uint32_t param, uint32_t s, uint32_t d) {
@@ -196,8 +194,7 @@ uint32_t ConvertPixel(const cSurfaceImpl& from, const cSurfaceImpl& to, uint32_t
     int best = INT32_MAX;
     for (uint32_t i = 1; i < 256 && best > 0; ++i) {
       const PaletteEntry& e = palette.entries[i];
-      const int d =
-          (e.red - c.r) * (e.red - c.r) + (e.green - c.g) * (e.green - c.g) + (e.blue - c.b) * (e.blue - c.b);
+      const int d = (e.red - c.r) * (e.red - c.r) + (e.green - c.g) * (e.green - c.g) + (e.blue - c.b) * (e.blue - c.b);
       if (d <= best) {
         best = d;
         result = i;
@@ -250,8 +247,8 @@ TEST(Convert, DarkPixelsStayVisible) {
     uint32_t expected;
   };
   const Case cases[] = {
-      {32, 0x00000001, 15, 1}, {32, 0x00010000, 16, 1}, {24, 0x070307, 15, 1},
-      {16, 0x0020, 15, 1},     {15, 0x0020, 16, 0x40},  {15, 0x7FFF, 16, 0xFFDF},
+      {32, 0x00000001, 15, 1},  {32, 0x00010000, 16, 1},        {24, 0x070307, 15, 1},
+      {16, 0x0020, 15, 1},      {15, 0x0020, 16, 0x40},         {15, 0x7FFF, 16, 0xFFDF},
       {16, 0xFFFF, 15, 0x7FFF}, {32, 0x12345678, 24, 0x345678}, {15, 0x7FFF, 24, 0xF8F8F8},
   };
   for (const Case& c : cases) {
@@ -304,16 +301,16 @@ TEST(WrapSurface, RefusesHeadersThatLie) {
   };
   std::vector<Case> cases = {
       {header(2, 2, 24, 0, 40 + 16), 24},
-      {header(2, 2, 24, 0, 40 + 15), 0},        // a byte short
-      {header(2, 2, 32, 1, 40 + 16), 0},        // packed runs
+      {header(2, 2, 24, 0, 40 + 15), 0},  // a byte short
+      {header(2, 2, 32, 1, 40 + 16), 0},  // packed runs
       {header(0, 2, 32, 0, 40 + 16), 0},
       {header(2, INT32_MIN, 32, 0, 40 + 16), 0},
       {header(INT32_MAX, INT32_MAX, 32, 0, 40 + 16), 0},
       {header(2, 2, 12, 0, 40 + 16), 0},
-      {header(2, 2, 8, 0, 40 + 8), 0},          // its colour table is missing
+      {header(2, 2, 8, 0, 40 + 8), 0},  // its colour table is missing
       {header(2, 2, 8, 0, 40 + 1024 + 8), 8},
-      {header(2, 2, 4, 0, 40 + 64 + 8), 0},     // packed indices are not surfaces
-      {header(2, 2, 16, 3, 40 + 12 + 8), 0},    // masks of zero
+      {header(2, 2, 4, 0, 40 + 64 + 8), 0},   // packed indices are not surfaces
+      {header(2, 2, 16, 3, 40 + 12 + 8), 0},  // masks of zero
       {std::vector<uint8_t>(39), 0},
       {{}, 0},
   };
