@@ -70,11 +70,11 @@ def pictures(folder):
 
 def cases():
     parse = run_programs.parse_cases
-    text = "# top\n[case a]\nx = 1;\n\ny = 2;\n[options --seed 7]\n[globals {\"x\": 1}]\n[case b known_failure: why]\n[error 16 line 3]\n[case c]\nz\n[check 6 at 1:2]\n"
+    text = "# top\n[case a]\nx = 1;\n\ny = 2;\n[options --seed 7]\n[input {}]\n[globals {\"x\": 1}]\n[case b known_failure: why]\n[error 16 line 3]\n[case c]\nz\n[check 6 at 1:2]\n"
     check("cases", parse(text, "t"), [
-        ("a", None, "x = 1;\n\ny = 2;", ["--seed", "7"], ("globals", {"x": 1})),
-        ("b", "why", "", [], ("error", (16, 3))),
-        ("c", None, "z", [], ("check", (6, 1, 2))),
+        ("a", None, "x = 1;\n\ny = 2;", ["--seed", "7"], ["{}"], ("globals", {"x": 1})),
+        ("b", "why", "", [], [], ("error", (16, 3))),
+        ("c", None, "z", [], [], ("check", (6, 1, 2))),
     ])
     for name, bad in (("no expectation", "[case a]\nx\n"), ("text outside", "x\n"), ("nothing", "# x\n"),
                       ("twice", "[case a]\n[error 1 line 1]\n[case a]\n[error 1 line 1]\n"),
