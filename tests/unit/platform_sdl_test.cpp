@@ -251,6 +251,16 @@ TEST(SdlWithoutDisplay, TellsWhyInOneLine) {
   EXPECT_EQ(SdlPlatform::Create({}, reason), nullptr);
   EXPECT_EQ(reason.rfind("no display: ", 0), 0u) << reason;
   EXPECT_EQ(reason.find('\n'), std::string::npos);
+  // A driver that shows nothing counts as a display only for those who ask for it.
+  unsetenv("SDL_VIDEODRIVER");
+  unsetenv("DISPLAY");
+  unsetenv("WAYLAND_DISPLAY");
+  reason.clear();
+  if (auto shown = SdlPlatform::Create({}, reason)) {
+    EXPECT_STRNE(SDL_GetCurrentVideoDriver(), "offscreen");
+  } else {
+    EXPECT_EQ(reason.rfind("no ", 0), 0u) << reason;
+  }
   setenv("SDL_VIDEODRIVER", "dummy", 1);
 }
 
