@@ -210,6 +210,12 @@ void CIWindow::SetBackColorRaw(uint32_t colour) {
 
 int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
   if (interpreter.terminating || destroyed) return 0;
+  // A message may end the window; the object stays until its procedure is left.
+  struct Pin {
+    CIWindow* window;
+    ~Pin() { window->interpreter.Unpin(window); }
+  } pin{this};
+  ++pins;
   const auto& stack = Tree().modalStack;
   if (!stack.empty() && stack.front() != window && message != WM_PAINT && message != WM_TIMER) {
     switch (message) {
