@@ -14,7 +14,9 @@ inline constexpr uint32_t kMaxTextBytes = 64u << 20;
 // and old programs, which had about a megabyte, never got further.
 inline constexpr int kMaxCallDepth = 4000;
 // Nesting of parentheses, subscripts and blocks while compiling and evaluating. Bounds the recursion of both.
-inline constexpr int kMaxNesting = 200;
+inline constexpr int kMaxNesting = 1000;
+// Evaluations in progress (parentheses, arguments, subscripts), over all calls.
+inline constexpr int kMaxEvaluationDepth = 32000;
 // Stack of the interpreter's thread: kMaxCallDepth calls of a few nested expressions each, with sanitizers.
 inline constexpr size_t kThreadStackBytes = size_t{256} << 20;
 // Levels of the argument bank and arguments a level; both are part of the language.

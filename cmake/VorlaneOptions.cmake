@@ -8,6 +8,8 @@ option(VL_DESKTOP "Build the desktop back ends, the command and what stands on t
 option(VL_TESTS "Build the unit tests" ON)
 option(VL_BENCH "Build the benchmarks" OFF)
 option(VL_FUZZ "Build the libFuzzer targets (needs clang)" OFF)
+# Off for wasm32, so that this build finds a file that doesn't include what it uses.
+option(VL_PCH "Precompile the standard headers that most files read" ${VL_DESKTOP_DEFAULT})
 option(VL_SANITIZE "Build with AddressSanitizer and UndefinedBehaviorSanitizer" OFF)
 
 set(CMAKE_CXX_STANDARD 20)
@@ -23,13 +25,27 @@ endif()
 
 find_program(VL_CCACHE ccache)
 if(VL_CCACHE AND NOT WASI)
+  # The sloppiness is what ccache asks for to work with precompiled headers.
   set(CMAKE_C_COMPILER_LAUNCHER ${VL_CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${VL_CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${VL_CCACHE})
 endif()
 
 add_library(vl_flags INTERFACE)
 target_include_directories(vl_flags INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SOURCE_DIR}/include)
 target_compile_options(vl_flags INTERFACE -Wall -Wextra -Wno-unused-parameter -fno-strict-aliasing)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # g++ 12 sees overflows in its own std::string that can't happen.
+  target_compile_options(vl_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-stringop-overflow$<SEMICOLON>-Wno-restrict>)
+endif()
+if(VL_PCH)
+  # What SDL's and the threads' flags define; with it everywhere one precompiled header fits all.
+  target_compile_definitions(vl_flags INTERFACE _REENTRANT)
+endif()
+if(VL_PCH AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(vl_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-fpch-preprocess>)
+elseif(VL_PCH)
+  target_compile_options(vl_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:SHELL:-Xclang -fno-pch-timestamp>)
+endif()
 if(VL_SANITIZE)
   target_compile_options(vl_flags INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vl_flags INTERFACE -fsanitize=address,undefined)

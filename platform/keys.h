@@ -8,6 +8,7 @@ namespace vl {
 enum VirtualKey : int32_t {
   kKeyBack = 0x08,
   kKeyTab = 0x09,
+  kKeyClear = 0x0C,  // 5 on the number pad without Num Lock
   kKeyReturn = 0x0D,
   kKeyShift = 0x10,
   kKeyControl = 0x11,
@@ -27,6 +28,9 @@ enum VirtualKey : int32_t {
   kKeySnapshot = 0x2C,
   kKeyInsert = 0x2D,
   kKeyDelete = 0x2E,
+  kKeyLeftWindows = 0x5B,
+  kKeyRightWindows = 0x5C,
+  kKeyApps = 0x5D,
   kKeyNumpad0 = 0x60,
   kKeyMultiply = 0x6A,
   kKeyAdd = 0x6B,
@@ -47,6 +51,7 @@ enum VirtualKey : int32_t {
   kKeyOem5 = 0xDC,       // backslash
   kKeyOem6 = 0xDD,       // ]
   kKeyOem7 = 0xDE,       // '
+  kKeyOem102 = 0xE2,     // the key between left Shift and Z
 };
 
 }  // namespace vl

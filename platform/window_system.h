@@ -39,6 +39,15 @@ enum class ShowState { Hidden, Normal, Minimized, Maximized };
 // The platform's cursors, in the order of the language's cursor numbers.
 enum class CursorShape { Arrow, Cross, IBeam, No, SizeAll, SizeNESW, SizeNS, SizeNWSE, SizeWE, UpArrow, Wait, None };
 
+// The frame of the period around a client area: what frameBorders gives where the desktop's own frame is not
+// known beforehand, so that a program lays its windows out alike everywhere.
+inline Rect classicFrameBorders(const WindowDescription& description) {
+  constexpr int kCaption = 19;  // with the line under it
+  if (!description.caption && !description.resizable) return {0, 0, 0, 0};
+  const int border = description.resizable ? 4 : 3;
+  return {border, border + (description.caption ? kCaption : 0), border, border};
+}
+
 class WindowSystem {
  public:
   virtual ~WindowSystem() = default;

@@ -1,0 +1,12 @@
+#include "classes/core_classes.h"
+
+namespace vl {
+
+void RegisterCoreClasses(ClassRegistry& registry) {
+  for (const ClassTable* table :
+       {&kMathClass, &kStringClass, &kProgramClass, &kSystemClass, &kProcessClass, &kBankClass}) {
+    registry.Add(*table);
+  }
+}
+
+}  // namespace vl

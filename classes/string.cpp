@@ -1,0 +1,216 @@
+#include "classes/string.h"
+
+#include <algorithm>
+
+#include "classes/code_page.h"
+#include "classes/core_classes.h"
+#include "host/appfile/app_file.h"
+#include "host/appfile/element.h"
+#include "interpreter/number_text.h"
+
+namespace vl {
+
+namespace {
+constexpr uint32_t kStringBank = 5;
+}
+
+Text LoadStringElement(CInterpretor& interpreter, const CValue& which) {
+  CElement* element = nullptr;
+  if (interpreter.app) {
+    if (which.type == VT_STRING) {
+      element = interpreter.app->GetElement(which.StringView(), kStringBank, true);
+    } else if (which.type == VT_INTEGER || which.type == VT_FLOAT) {
+      element = interpreter.app->GetElementByIndex(static_cast<uint32_t>(which.GetInt()), kStringBank, true);
+    }
+  }
+  auto* string = dynamic_cast<CStringElement*>(element);
+  if (!string || !string->bank->Load(string->index, 0)) {
+    interpreter.RaiseError(ERR_NO_STRING, kNoArgument, "no such text in the string bank");
+  }
+  Text text;
+  const bool fits = text.Assign(string->GetText(), &interpreter.budget);
+  string->bank->Unload(string->index);
+  if (!fits) interpreter.RaiseError(ERR_MEMORY);
+  return text;
+}
+
+void CIString::Construct() {
+  if (interpreter.GetArgCount() == 1) {
+    text_ = LoadStringElement(interpreter, *interpreter.GetArg(0));
+  } else {
+    text_.Assign("", &interpreter.budget);
+  }
+  Create();
+}
+
+void CIString::Tagged(std::string_view tag) {
+  std::string text;
+  text.reserve(text_.Length() + 2 * tag.size() + 5);
+  text.append("<").append(tag).append(">").append(text_.View()).append("</").append(tag).append(">");
+  Result(text);
+}
+
+void CIString::Big() { Tagged("BIG"); }
+void CIString::Bold() { Tagged("B"); }
+void CIString::Italics() { Tagged("I"); }
+void CIString::Small() { Tagged("SMALL"); }
+void CIString::Strike() { Tagged("STRIKE"); }
+void CIString::Sub() { Tagged("SUB"); }
+void CIString::Sup() { Tagged("SUP"); }
+
+void CIString::FontColor() {
+  const uint32_t color = static_cast<uint32_t>(interpreter.GetArgInt(0)) & 0xFFFFFF;
+  std::string text = "<FONT COLOR=#";
+  for (int shift = 20; shift >= 0; shift -= 4) text += "0123456789ABCDEF"[(color >> shift) & 15];
+  text.append(">").append(text_.View()).append("</FONT>");
+  Result(text);
+}
+
+void CIString::FontSize() {
+  std::string text = "<FONT SIZE=" + std::to_string(interpreter.GetArgInt(0)) + ">";
+  text.append(text_.View()).append("</FONT>");
+  Result(text);
+}
+
+void CIString::ToLowerCase() {
+  std::string text(text_.View());
+  std::transform(text.begin(), text.end(), text.begin(), LowerCase);
+  Result(text);
+}
+
+void CIString::ToUpperCase() {
+  std::string text(text_.View());
+  std::transform(text.begin(), text.end(), text.begin(), UpperCase);
+  Result(text);
+}
+
+void CIString::CharAt() {
+  const int32_t i = interpreter.GetArgInt(0);
+  const std::string_view text = text_.View();
+  Result(i >= 0 && static_cast<size_t>(i) < text.size() ? text.substr(static_cast<size_t>(i), 1) : "");
+}
+
+void CIString::IndexOf() {
+  const std::string_view text = text_.View();
+  const std::string_view what = interpreter.GetArgString(0);
+  const int32_t start = interpreter.IsArgDefault(1) ? 0 : interpreter.GetArgInt(1);
+  int32_t found = -1;
+  if (start >= 0 && static_cast<size_t>(start) < text.size()) {
+    const size_t hit = text.find(what, static_cast<size_t>(start));
+    if (hit != std::string_view::npos) found = static_cast<int32_t>(hit);
+  }
+  interpreter.GetResult().SetInt(found);
+}
+
+void CIString::LastIndexOf() {
+  const std::string_view text = text_.View();
+  const std::string_view what = interpreter.GetArgString(0);
+  int32_t found = -1;
+  if (!text.empty() && !what.empty()) {
+    for (size_t hit = text.find(what); hit != std::string_view::npos; hit = text.find(what, hit + what.size())) {
+      found = static_cast<int32_t>(hit);
+    }
+  }
+  interpreter.GetResult().SetInt(found);
+}
+
+void CIString::SubString() {
+  const std::string_view text = text_.View();
+  const int32_t start = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
+  const int32_t length =
+      interpreter.IsArgDefault(1) ? static_cast<int32_t>(text.size()) : interpreter.GetArgInt(1);
+  if (start < 0 || static_cast<size_t>(start) >= text.size() || length <= 0) {
+    Result("");
+    return;
+  }
+  Result(text.substr(static_cast<size_t>(start), static_cast<size_t>(length)));
+}
+
+void CIString::Length() { interpreter.GetResult().SetInt(static_cast<int32_t>(text_.Length())); }
+void CIString::GetFloat() { interpreter.GetResult().SetFloat(ParsePrefixedNumber(text_.View())); }
+void CIString::GetInt() { interpreter.GetResult().SetInt(TruncateToInt(ParsePrefixedNumber(text_.View()))); }
+
+void CIString::GetAscii() {
+  const int32_t i = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
+  const std::string_view text = text_.View();
+  const bool inside = i >= 0 && static_cast<size_t>(i) < text.size();
+  interpreter.GetResult().SetInt(inside ? static_cast<unsigned char>(text[static_cast<size_t>(i)]) : 0);
+}
+
+void CIString::CompareNoCase() {
+  if (interpreter.IsArgDefault(0)) interpreter.RaiseError(ERR_STRING_ARGUMENT);
+  const std::string_view other = interpreter.GetArgString(0);
+  interpreter.GetResult().SetInt(text_.IsNull() ? 0 : CompareIgnoringCase(text_.View(), other));
+}
+
+void CIString::Replace() {
+  if (interpreter.IsArgDefault(0) || interpreter.IsArgDefault(1)) interpreter.RaiseError(ERR_STRING_ARGUMENT);
+  const int32_t caseSensitive = interpreter.IsArgDefault(2) ? 1 : interpreter.GetArgInt(2);
+  if (caseSensitive != 0 && caseSensitive != 1) interpreter.RaiseError(ERR_STRING_ARGUMENT);
+  const std::string_view text = text_.View();
+  const std::string_view what = interpreter.GetArgString(0);
+  const std::string_view with = interpreter.GetArgString(1);
+  if (what.empty()) {
+    interpreter.GetResult().SetText(text_);
+    return;
+  }
+  // Searched in a folded copy, so that a long text costs one pass and not one per position.
+  std::string foldedText;
+  std::string foldedWhat;
+  std::string_view searched = text;
+  std::string_view wanted = what;
+  if (!caseSensitive) {
+    foldedText.assign(text);
+    foldedWhat.assign(what);
+    std::transform(foldedText.begin(), foldedText.end(), foldedText.begin(), LowerCase);
+    std::transform(foldedWhat.begin(), foldedWhat.end(), foldedWhat.begin(), LowerCase);
+    searched = foldedText;
+    wanted = foldedWhat;
+  }
+  std::string result;
+  size_t at = 0;
+  for (size_t hit = searched.find(wanted); hit != std::string_view::npos; hit = searched.find(wanted, at)) {
+    result.append(text.substr(at, hit - at)).append(with);
+    if (result.size() > limits::kMaxTextBytes) interpreter.RaiseError(ERR_MEMORY);
+    at = hit + wanted.size();
+  }
+  result.append(text.substr(at));
+  Result(result);
+}
+
+namespace {
+
+constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
+  return {id, name, MemberKind::Member, function, 0, 0, help};
+}
+
+constexpr MemberRow kRows[] = {
+    Row(1, "Big", kMember<&CIString::Big>, "Big(): the text in <BIG> tags"),
+    Row(2, "Bold", kMember<&CIString::Bold>, "Bold(): the text in <B> tags"),
+    Row(3, "FontColor", kMember<&CIString::FontColor>, "FontColor(color): the text in a <FONT COLOR> tag"),
+    Row(4, "FontSize", kMember<&CIString::FontSize>, "FontSize(size): the text in a <FONT SIZE> tag"),
+    Row(5, "Italics", kMember<&CIString::Italics>, "Italics(): the text in <I> tags"),
+    Row(6, "Small", kMember<&CIString::Small>, "Small(): the text in <SMALL> tags"),
+    Row(7, "Strike", kMember<&CIString::Strike>, "Strike(): the text in <STRIKE> tags"),
+    Row(8, "Sub", kMember<&CIString::Sub>, "Sub(): the text in <SUB> tags"),
+    Row(9, "Sup", kMember<&CIString::Sup>, "Sup(): the text in <SUP> tags"),
+    Row(10, "ToLowerCase", kMember<&CIString::ToLowerCase>, "ToLowerCase(): a copy in lower case"),
+    Row(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case"),
+    Row(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside"),
+    Row(13, "IndexOf", kMember<&CIString::IndexOf>, "IndexOf(text, start): first place of text from start on, or -1"),
+    Row(14, "LastIndexOf", kMember<&CIString::LastIndexOf>, "LastIndexOf(text): last of the hits that don't overlap, or -1"),
+    Row(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end"),
+    Row(16, "Length", kMember<&CIString::Length>, "Length(): number of characters"),
+    Row(17, "GetFloat", kMember<&CIString::GetFloat>, "GetFloat(): the number in the text; 0x and 0b are read too"),
+    Row(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction"),
+    Row(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end"),
+    Row(20, "CompareNoCase", kMember<&CIString::CompareNoCase>, "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
+    Row(21, "Replace", kMember<&CIString::Replace>, "Replace(what, with, caseSensitive): every occurrence replaced"),
+};
+
+}  // namespace
+
+const ClassTable kStringClass = {CLASS_STRING, kRows, &CreateObject<CIString>,
+                                 "Members of every text; New String(name) reads one from the string bank"};
+
+}  // namespace vl

@@ -1,0 +1,66 @@
+// CISurface: the runtime class Surface, what a script draws on. A window owns one for its client area; scripts make
+// others that nothing shows.
+//
+// Colours here are the library's (0x00BBGGRR); scripts give and get 0xRRGGBB.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "gfx2d/pattern.h"
+#include "gfx2d/script/dirty_list.h"
+#include "gfx2d/script/font_class.h"
+#include "gfx2d/script/surface_host.h"
+#include "gfx2d/surface.h"
+#include "interpreter/class_base.h"
+#include "interpreter/interpretor.h"
+
+namespace vl {
+
+class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefresh {
+ public:
+  explicit CISurface(CInterpretor& interpreter);
+  // The surface behind a window's client area: `depth` 0 takes the screen's. Null when it can't be made.
+  // Not constructed by a script; the window destroys it with DestroyObject.
+  static CISurface* CreateForWindow(CInterpretor& interpreter, CSurfaceHost& host, int width, int height, int depth);
+
+  void Construct() override;
+  void Destroy(bool final) override;
+  bool DependsOn(CIBaseClassImpl* target) override;
+  void SetFontObject(CIFont* newFont) override;
+  // CIRefresh.
+  void Refresh() override;
+  bool IsWindowBound() const override { return parentWindow != nullptr; }
+  bool IsSurface() const override { return true; }
+
+  // For the window.
+  // New size, pixels kept at 0, 0; a failure leaves the old surface.
+  void ResizeTo(int newWidth, int newHeight);
+  void AddDirty(const Rect& box);
+  void MarkAllDirty() { AddDirty({0, 0, width, height}); }
+  void SetPenColorRaw(uint32_t colour);
+  void SetBackColorRaw(uint32_t colour) { backColor = colour; }
+  void FillWithBackColor();
+  // The pen's text output, for Input: width and height of what was written go to the out values.
+  void WriteText(std::string_view text, int& writtenWidth, int& writtenHeight);
+  void WriteTextLine(std::string_view text);
+  void EraseBox(int x, int y, int boxWidth, int boxHeight);
+  // Runs before a change: adds to the dirty list, asks for a refresh.
+  void NoteChange(int x1, int y1, int x2, int y2);
+
+  CSurfaceHost* parentWindow = nullptr;
+  cSurface surface;
+  int32_t width = 0;
+  int32_t height = 0;
+  int32_t depth = 0;
+  int32_t penX = 0;
+  int32_t penY = 0;
+  uint32_t backColor = 0xFFFFFF;
+  uint32_t penColor = 0;
+
+ private:
+  // The rest (state, members, helpers) is the implementer's: one method per member.
+};
+
+}  // namespace vl

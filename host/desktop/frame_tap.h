@@ -1,0 +1,52 @@
+// FrameTap: a window system that keeps the newest picture where another thread can take it.
+//
+// Forwards every call. The picture kept is that of the host's window or, in a run without one, of the window that
+// was presented last; it outlives its window, so that it can be read when the run has ended.
+#pragma once
+
+#include <mutex>
+#include <vector>
+
+#include "platform/window_system.h"
+
+namespace vl {
+
+struct Picture {
+  std::vector<uint32_t> pixels;  // 0x00RRGGBB, line after line
+  int width = 0;
+  int height = 0;
+};
+
+class FrameTap final : public WindowSystem {
+ public:
+  explicit FrameTap(WindowSystem& inner) : inner_(inner) {}
+  // From any thread.
+  Picture NewestPicture();
+
+  ScreenInfo screen() override { return inner_.screen(); }
+  NativeWindow hostWindow() override { return inner_.hostWindow(); }
+  Size hostSize() override { return inner_.hostSize(); }
+  NativeWindow createWindow(const WindowDescription& description) override {
+    return inner_.createWindow(description);
+  }
+  void destroyWindow(NativeWindow window) override { inner_.destroyWindow(window); }
+  void showWindow(NativeWindow window, ShowState state) override { inner_.showWindow(window, state); }
+  void moveWindow(NativeWindow window, int x, int y) override { inner_.moveWindow(window, x, y); }
+  void resizeWindow(NativeWindow window, int width, int height) override {
+    inner_.resizeWindow(window, width, height);
+  }
+  void raiseWindow(NativeWindow window) override { inner_.raiseWindow(window); }
+  void setTitle(NativeWindow window, std::string_view title) override { inner_.setTitle(window, title); }
+  void setCursor(NativeWindow window, CursorShape shape) override { inner_.setCursor(window, shape); }
+  Rect frameBorders(const WindowDescription& description) override { return inner_.frameBorders(description); }
+  void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
+               std::span<const Rect> dirty) override;
+  void showMessage(std::string_view title, std::string_view text) override { inner_.showMessage(title, text); }
+
+ private:
+  WindowSystem& inner_;
+  std::mutex mutex_;
+  Picture picture_;
+};
+
+}  // namespace vl

@@ -1,0 +1,78 @@
+#include "host/desktop/input_tap.h"
+
+namespace vl {
+
+bool ToEvent(const vl_input_event& input, Event& event) {
+  event = Event{};
+  event.mods = input.mods & (kModShift | kModControl | kModAlt);
+  event.x = input.x;
+  event.y = input.y;
+  event.code = input.code;
+  switch (input.type) {
+    case VL_INPUT_KEY: event.type = input.down ? EventType::KeyDown : EventType::KeyUp; return true;
+    case VL_INPUT_CHAR:
+      event.type = EventType::Char;
+      event.ch = input.code;
+      return true;
+    case VL_INPUT_MOUSE:
+      if (input.code == 0) {
+        event.type = EventType::MouseMove;
+      } else {
+        event.type = input.down ? EventType::MouseDown : EventType::MouseUp;
+        event.ch = input.down == 2 ? 2 : 1;
+      }
+      return input.code >= 0 && input.code <= kMouseRight;
+    case VL_INPUT_WHEEL: event.type = EventType::MouseWheel; return true;
+    case VL_INPUT_CLOSE: event.type = EventType::Close; return true;
+    case VL_INPUT_RESIZE: event.type = EventType::Resize; return true;
+    case VL_INPUT_FOCUS: event.type = input.down ? EventType::Focus : EventType::Blur; return true;
+    default: return false;
+  }
+}
+
+bool FromEvent(const Event& event, vl_input_event& input) {
+  input = vl_input_event{};
+  input.mods = event.mods & (kModShift | kModControl | kModAlt);
+  input.x = event.x;
+  input.y = event.y;
+  input.code = event.code;
+  switch (event.type) {
+    case EventType::KeyDown:
+    case EventType::KeyUp:
+      input.type = VL_INPUT_KEY;
+      input.down = event.type == EventType::KeyDown;
+      input.x = 0;
+      return true;
+    case EventType::Char:
+      input.type = VL_INPUT_CHAR;
+      input.code = event.ch;
+      return true;
+    case EventType::MouseMove:
+      input.type = VL_INPUT_MOUSE;
+      input.code = 0;
+      return true;
+    case EventType::MouseDown:
+    case EventType::MouseUp:
+      input.type = VL_INPUT_MOUSE;
+      input.down = event.type == EventType::MouseUp ? 0 : event.ch == 2 ? 2 : 1;
+      return true;
+    case EventType::MouseWheel: input.type = VL_INPUT_WHEEL; return true;
+    case EventType::Close: input.type = VL_INPUT_CLOSE; return true;
+    case EventType::Resize: input.type = VL_INPUT_RESIZE; return true;
+    case EventType::Focus:
+    case EventType::Blur:
+      input.type = VL_INPUT_FOCUS;
+      input.down = event.type == EventType::Focus;
+      return true;
+    default: return false;
+  }
+}
+
+bool InputTap::waitEvent(Event& event, int timeoutMs) {
+  if (!inner_.waitEvent(event, timeoutMs)) return false;
+  Recorded recorded{clock_.nowMs() - startMs_, {}};
+  if (FromEvent(event, recorded.input)) events_.push_back(recorded);
+  return true;
+}
+
+}  // namespace vl

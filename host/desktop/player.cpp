@@ -1,0 +1,190 @@
+#include "host/desktop/player.h"
+
+#include <chrono>
+#include <filesystem>
+
+namespace vl {
+
+Player::Player(const vl_options& options) : options_(options), title_(options.title ? options.title : "Vorlane") {
+  options_.title = nullptr;
+  text_ = std::make_unique<FreeTypeTextEngine>(fonts_);
+}
+
+Player::~Player() { Stop(); }
+
+bool Player::IsVirtual() const {
+  if (options_.backend != VL_BACKEND_HEADLESS) return false;
+  return options_.clock != VL_CLOCK_REAL;
+}
+
+std::optional<uint32_t> Player::Seed() const {
+  return options_.has_seed ? std::optional<uint32_t>(options_.seed) : std::nullopt;
+}
+
+bool Player::Prepare(std::string& reason) {
+  if (options_.backend != VL_BACKEND_DESKTOP) return true;
+  return MakePlatform(reason);
+}
+
+bool Player::MakePlatform(std::string& reason) {
+  tap_.reset();
+  headless_.reset();
+  if (options_.backend == VL_BACKEND_DESKTOP) {
+    // The window that Prepare made serves the first run.
+    if (!sdl_ || hasEnded_) {
+      sdl_.reset();
+      SdlOptions sdl;
+      sdl.size = {options_.width, options_.height};
+      sdl.title = title_;
+      sdl.attachHost = !options_.detached;
+      sdl.maxTimeMs = options_.max_time_ms;
+      sdl.seed = Seed();
+      sdl.text = text_.get();
+      sdl_ = SdlPlatform::Create(sdl, reason);
+    }
+    return sdl_ != nullptr;
+  }
+  HeadlessOptions headless;
+  headless.hostSize = {options_.width, options_.height};
+  headless.attachHost = !options_.detached;
+  headless.maxTimeMs = options_.max_time_ms;
+  if (options_.has_seed) headless.seed = options_.seed;
+  headless.input = script_;
+  headless.text = text_.get();
+  headless.files = files_.get();
+  if (!IsVirtual()) {
+    clock_ = std::make_unique<PosixClock>(Seed());
+    queue_ = std::make_unique<ThreadedQueue>();
+    headless.clock = clock_.get();
+    headless.events = queue_.get();
+  }
+  headless_ = std::make_unique<HeadlessPlatform>(headless);
+  tap_ = std::make_unique<FrameTap>(headless_->windows());
+  return true;
+}
+
+bool Player::SetFile(const std::string& path) {
+  if (running_) return false;
+  std::error_code failed;
+  const std::filesystem::path absolute = std::filesystem::absolute(path, failed);
+  if (failed) return false;
+  memoryFiles_ = nullptr;
+  files_ = std::make_unique<PosixFileSystem>(absolute.parent_path().string());
+  application_ = absolute.filename().string();
+  return true;
+}
+
+bool Player::SetBytes(const std::string& name, const void* bytes, size_t size) {
+  if (running_) return false;
+  auto files = std::make_unique<MemoryFileSystem>(uint64_t{1} << 31);
+  memoryFiles_ = files.get();
+  files_ = std::move(files);
+  application_ = name;
+  return AddFile(name, bytes, size);
+}
+
+bool Player::AddFile(const std::string& name, const void* bytes, size_t size) {
+  if (running_ || !memoryFiles_) return false;
+  return memoryFiles_->Add(name, std::span(static_cast<const uint8_t*>(bytes), size));
+}
+
+bool Player::ScriptInput(uint64_t atMs, const vl_input_event& input) {
+  TimedEvent timed;
+  timed.atMs = atMs;
+  if (running_ || !IsVirtual() || !ToEvent(input, timed.event)) return false;
+  script_.push_back(std::move(timed));
+  return true;
+}
+
+bool Player::SendInput(const vl_input_event& input) {
+  Event event;
+  if (!queue_ || !running_ || !ToEvent(input, event)) return false;
+  queue_->Push(event);
+  return true;
+}
+
+bool Player::Start() {
+  if (running_ || !files_) return false;
+  std::string reason;
+  if (!MakePlatform(reason)) return false;
+  Services services = sdl_ ? sdl_->services() : headless_->services();
+  services.files = files_.get();
+  if (tap_) services.windows = tap_.get();
+  inputTap_.reset();
+  if (options_.keep_input) {
+    inputTap_ = std::make_unique<InputTap>(*services.events, *services.clock);
+    services.events = inputTap_.get();
+  }
+  run_ = std::make_unique<Run>(services, options_.keep_globals != 0);
+  run_->param.path = application_;
+  run_->param.detached = options_.detached != 0;
+  run_->param.parameters = parameters;
+  run_->param.commandLine = commandLine;
+  hasEnded_ = false;
+  running_ = thread_.Start([this] {
+    const RunResult ended = run_->Execute();
+    const std::lock_guard lock(mutex_);
+    result = ended;
+    hasEnded_ = true;
+    if (sdl_) sdl_->finish();
+    ended_.notify_all();
+  });
+  return running_;
+}
+
+vl_state Player::Wait(int timeoutMs) {
+  if (!running_) return hasEnded_ ? VL_ENDED : VL_IDLE;
+  if (sdl_) {
+    if (sdl_->pumpHost(timeoutMs)) return VL_RUNNING;
+  } else {
+    std::unique_lock lock(mutex_);
+    const auto ended = [this] { return hasEnded_; };
+    if (timeoutMs < 0) {
+      ended_.wait(lock, ended);
+    } else if (!ended_.wait_for(lock, std::chrono::milliseconds(timeoutMs), ended)) {
+      return VL_RUNNING;
+    }
+  }
+  Finish();
+  return VL_ENDED;
+}
+
+void Player::Finish() {
+  thread_.Join();
+  running_ = false;
+  error = run_->error;
+  errorDetail = run_->errorDetail;
+  globals = run_->globals;
+}
+
+void Player::Stop() {
+  if (!running_) return;
+  // The orderly close reaches the program through its queue; the flag ends one that doesn't look there.
+  if (sdl_) {
+    sdl_->requestStop();
+  } else if (queue_) {
+    Event event;
+    event.type = EventType::HostStop;
+    queue_->Push(event);
+  }
+  run_->Stop();
+  while (Wait(-1) == VL_RUNNING) {
+  }
+}
+
+bool Player::Frame(uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height) {
+  Picture picture;
+  if (sdl_) {
+    HostPicture shown = sdl_->hostPicture();
+    picture = {std::move(shown.pixels), shown.width, shown.height};
+  } else if (tap_) {
+    picture = tap_->NewestPicture();
+  }
+  if (width) *width = picture.width;
+  if (height) *height = picture.height;
+  if (picture.pixels.empty()) return false;
+  if (pixels && capacity >= picture.pixels.size()) std::copy(picture.pixels.begin(), picture.pixels.end(), pixels);
+  return true;
+}
+
+}  // namespace vl

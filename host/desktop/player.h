@@ -1,0 +1,90 @@
+// Player: what stands behind vl_player, the C interface's handle.
+//
+// One back end per player, chosen at creation and made anew for each run, so that a second run starts as the
+// first did. The host's thread calls everything here; the run has a thread of its own.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/desktop/frame_tap.h"
+#include "host/desktop/input_tap.h"
+#include "host/desktop/interpreter_thread.h"
+#include "host/run.h"
+#include "include/vorlane.h"
+#include "platform/headless/headless_platform.h"
+#include "platform/memory_files.h"
+#include "platform/posix/posix_clock.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/posix_font_finder.h"
+#include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_platform.h"
+#include "platform/text/freetype_text_engine.h"
+
+namespace vl {
+
+class Player {
+ public:
+  explicit Player(const vl_options& options);
+  ~Player();
+
+  // Makes the desktop's window, so that a missing display is told at once.
+  bool Prepare(std::string& reason);
+  bool SetFile(const std::string& path);
+  bool SetBytes(const std::string& name, const void* bytes, size_t size);
+  bool AddFile(const std::string& name, const void* bytes, size_t size);
+  bool ScriptInput(uint64_t atMs, const vl_input_event& input);
+  bool SendInput(const vl_input_event& input);
+  bool Start();
+  vl_state Wait(int timeoutMs);
+  void Stop();
+  bool Frame(uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
+
+  // Null unless the input of the last run was kept.
+  const InputTap* Recorded() const { return running_ ? nullptr : inputTap_.get(); }
+
+  std::vector<std::pair<std::string, std::string>> parameters;
+  std::string commandLine;
+
+  RunResult result = RunResult::Ended;
+  std::string error;
+  std::string errorDetail;
+  std::string globals;
+
+ private:
+  bool IsVirtual() const;
+  bool MakePlatform(std::string& reason);
+  std::optional<uint32_t> Seed() const;
+  void Finish();
+
+  vl_options options_;
+  std::string title_;
+  PosixFontFinder fonts_;
+  std::unique_ptr<FreeTypeTextEngine> text_;
+  std::unique_ptr<FileSystem> files_;
+  MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
+  std::string application_;                  // path in files_
+  std::vector<TimedEvent> script_;
+
+  std::unique_ptr<PosixClock> clock_;
+  std::unique_ptr<ThreadedQueue> queue_;
+  std::unique_ptr<HeadlessPlatform> headless_;
+  std::unique_ptr<FrameTap> tap_;  // over headless_
+  std::unique_ptr<InputTap> inputTap_;
+  std::unique_ptr<SdlPlatform> sdl_;
+  std::unique_ptr<Run> run_;
+  InterpreterThread thread_;
+  bool running_ = false;
+
+  // Between the two threads.
+  std::mutex mutex_;
+  std::condition_variable ended_;
+  bool hasEnded_ = false;
+};
+
+}  // namespace vl

@@ -1,0 +1,150 @@
+// The C interface: argument checks and hand-over to Player. No exception leaves it.
+#include <cstring>
+#include <new>
+
+#include "host/desktop/player.h"
+#include "include/vorlane.h"
+
+struct vl_player {
+  explicit vl_player(const vl_options& options) : player(options) {}
+  vl::Player player;
+};
+
+namespace {
+
+void Report(char* error, size_t size, const char* text) {
+  if (!error || size == 0) return;
+  std::strncpy(error, text, size - 1);
+  error[size - 1] = 0;
+}
+
+template <typename F>
+auto Guard(F&& f, decltype(f()) failed) noexcept -> decltype(f()) {
+  try {
+    return f();
+  } catch (...) {
+    return failed;
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+void vl_options_init(vl_options* options) {
+  if (!options) return;
+  *options = vl_options{};
+  options->struct_size = sizeof *options;
+  options->width = 640;
+  options->height = 480;
+}
+
+vl_player* vl_create(const vl_options* options, char* error, size_t error_size) {
+  if (!options || options->struct_size != sizeof *options) {
+    Report(error, error_size, "vl_options_init was not called for these options");
+    return nullptr;
+  }
+  if (options->width < 1 || options->height < 1 || options->width > 16384 || options->height > 16384) {
+    Report(error, error_size, "the size of the window must be from 1x1 to 16384x16384");
+    return nullptr;
+  }
+  if (options->clock == VL_CLOCK_VIRTUAL && options->backend != VL_BACKEND_HEADLESS) {
+    Report(error, error_size, "a virtual clock needs the headless back end");
+    return nullptr;
+  }
+  return Guard(
+      [&]() -> vl_player* {
+        auto player = std::make_unique<vl_player>(*options);
+        std::string reason;
+        if (!player->player.Prepare(reason)) {
+          Report(error, error_size, reason.c_str());
+          return nullptr;
+        }
+        return player.release();
+      },
+      nullptr);
+}
+
+void vl_destroy(vl_player* player) { delete player; }
+
+int vl_set_file(vl_player* player, const char* path) {
+  if (!player || !path) return 0;
+  return Guard([&] { return static_cast<int>(player->player.SetFile(path)); }, 0);
+}
+
+int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size) {
+  if (!player || !name || (!bytes && size)) return 0;
+  return Guard([&] { return static_cast<int>(player->player.SetBytes(name, bytes, size)); }, 0);
+}
+
+int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size) {
+  if (!player || !name || (!bytes && size)) return 0;
+  return Guard([&] { return static_cast<int>(player->player.AddFile(name, bytes, size)); }, 0);
+}
+
+int vl_set_parameter(vl_player* player, const char* name, const char* value) {
+  if (!player || !name || !value) return 0;
+  return Guard(
+      [&] {
+        player->player.parameters.emplace_back(name, value);
+        return 1;
+      },
+      0);
+}
+
+int vl_set_command_line(vl_player* player, const char* text) {
+  if (!player || !text) return 0;
+  return Guard(
+      [&] {
+        player->player.commandLine = text;
+        return 1;
+      },
+      0);
+}
+
+int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event) {
+  if (!player || !event) return 0;
+  return Guard([&] { return static_cast<int>(player->player.ScriptInput(at_ms, *event)); }, 0);
+}
+
+int vl_recorded_input(const vl_player* player, size_t index, uint64_t* at_ms, vl_input_event* event) {
+  const vl::InputTap* tap = player ? player->player.Recorded() : nullptr;
+  if (!tap || index >= tap->Events().size()) return 0;
+  if (at_ms) *at_ms = tap->Events()[index].atMs;
+  if (event) *event = tap->Events()[index].input;
+  return 1;
+}
+
+int vl_run(vl_player* player) {
+  if (!player) return 0;
+  return Guard([&] { return static_cast<int>(player->player.Start()); }, 0);
+}
+
+vl_state vl_wait(vl_player* player, int timeout_ms) {
+  if (!player) return VL_IDLE;
+  return Guard([&] { return player->player.Wait(timeout_ms); }, VL_ENDED);
+}
+
+void vl_stop(vl_player* player) {
+  if (player) player->player.Stop();
+}
+
+vl_result vl_get_result(const vl_player* player) {
+  return player ? static_cast<vl_result>(player->player.result) : VL_UNREADABLE;
+}
+
+const char* vl_error(const vl_player* player) { return player ? player->player.error.c_str() : ""; }
+const char* vl_error_detail(const vl_player* player) { return player ? player->player.errorDetail.c_str() : ""; }
+const char* vl_globals(const vl_player* player) { return player ? player->player.globals.c_str() : ""; }
+
+int vl_send_input(vl_player* player, const vl_input_event* event) {
+  if (!player || !event) return 0;
+  return Guard([&] { return static_cast<int>(player->player.SendInput(*event)); }, 0);
+}
+
+int vl_frame(vl_player* player, uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height) {
+  if (!player) return 0;
+  return Guard([&] { return static_cast<int>(player->player.Frame(pixels, capacity, width, height)); }, 0);
+}
+
+}  // extern "C"

@@ -1,0 +1,69 @@
+#include "host/run.h"
+
+#include "classes/core_classes.h"
+#include "gfx2d/script/gfx2d_classes.h"
+#include "host/appfile/errors.h"
+#include "host/globals.h"
+#include "interpreter/interpretor.h"
+#include "ui/ui_classes.h"
+
+namespace vl {
+
+const ClassRegistry& PlayerClasses() {
+  static const ClassRegistry registry = [] {
+    ClassRegistry r;
+    RegisterCoreClasses(r);
+    RegisterGfx2dClasses(r);
+    RegisterUiClasses(r);
+    return r;
+  }();
+  return registry;
+}
+
+std::string DescribeAppStatus(uint32_t status) {
+  switch (status) {
+    case kAppNotRecognised: return "not an application file";
+    case kAppOutOfMemory: return "too large for the memory of a run";
+    case kAppReadFailed: return "a read failed";
+    case kAppEndOfFile: return "the file ends too early";
+    case kAppCantOpen: return "the file can't be opened";
+    case kAppBadStream: return "a compressed piece is damaged";
+    case kAppBankHeader: return "the header of a bank is damaged";
+    case kAppElementHeader: return "the header of an element is damaged";
+    case kAppNoApplication: return "no application was given";
+    default: return "the file is damaged (status " + std::to_string(status) + ")";
+  }
+}
+
+RunResult Run::Execute() {
+  error.clear();
+  errorDetail.clear();
+  globals.clear();
+  const auto describe = [&](const CInterpretor& interpreter) {
+    const CIError& e = interpreter.lastError;
+    if (e.code == ERR_FILE_LIMIT) return;  // ends the run without a message
+    const std::string title = interpreter.GetSourceTitle();
+    const std::string text = interpreter.FormatLastError();
+    error = title + ": " + text;
+    errorDetail = e.sourceName + ":" + std::to_string(e.line + 1) + ":" + std::to_string(e.column + 1) + ": " +
+                  (e.detail.empty() ? "error " + std::to_string(e.code & ~kSystemError) : e.detail);
+    if (services_.windows) services_.windows->showMessage(title, text);
+  };
+  try {
+    CInterpretor interpreter(param, services_, PlayerClasses());
+    if (!interpreter.Init()) {
+      errorDetail = DescribeAppStatus(interpreter.appStatus);
+      return RunResult::Unreadable;
+    }
+    if (keepGlobals_) interpreter.onEnd = [&] { globals = GlobalsToJson(interpreter); };
+    interpreter.onRestartFailed = [&] { describe(interpreter); };
+    if (interpreter.Start()) return RunResult::Ended;
+    describe(interpreter);
+    return RunResult::Error;
+  } catch (const std::bad_alloc&) {
+    errorDetail = "out of memory";
+    return RunResult::Unreadable;
+  }
+}
+
+}  // namespace vl

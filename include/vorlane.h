@@ -1,0 +1,123 @@
+/* vorlane.h: the embedding interface of the Vorlane player, in plain C.
+ *
+ * A player runs one application at a time, on a thread of its own. The caller's thread creates the player, gives
+ * it an application and parameters, runs it, and then calls vl_wait() regularly until the run has ended: with a
+ * window on the desktop, vl_wait() is also what serves that window. All functions of one player are called from
+ * one thread; several players may live in one process.
+ *
+ * Texts are NUL-terminated. Texts that go to or come from the program are code page 1252; paths are the
+ * system's. Pointers that a function returns belong to the player and stay valid until the next call on it.
+ */
+#ifndef VORLANE_H
+#define VORLANE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define VL_VERSION "0.1.0"
+
+typedef struct vl_player vl_player;
+
+typedef enum vl_backend {
+  VL_BACKEND_DESKTOP = 0,  /* a window on the desktop */
+  VL_BACKEND_HEADLESS = 1, /* windows in memory; virtual clock unless asked otherwise */
+  VL_BACKEND_EMBED = 2     /* windows in memory, real clock: the caller shows frames and gives input */
+} vl_backend;
+
+typedef enum vl_clock { VL_CLOCK_DEFAULT = 0, VL_CLOCK_REAL = 1, VL_CLOCK_VIRTUAL = 2 } vl_clock;
+
+typedef struct vl_options {
+  uint32_t struct_size; /* sizeof(vl_options), set by vl_options_init */
+  vl_backend backend;
+  vl_clock clock;
+  int32_t width, height;  /* client size of the host's window in pixels; default 640 x 480 */
+  int32_t detached;       /* 1: no host window, the program opens its own */
+  int32_t has_seed;       /* 1: `seed` seeds the random generator */
+  uint32_t seed;
+  uint64_t max_time_ms;   /* stop as the host would, after that much of the program's clock; 0: never */
+  const char* title;      /* of the host's window; UTF-8, may be NULL */
+  int32_t keep_globals;   /* 1: vl_globals() works after the run */
+  int32_t keep_input;     /* 1: vl_recorded_input() works after the run */
+} vl_options;
+
+typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;
+
+typedef enum vl_result {
+  VL_OK = 0,          /* the program ended or was stopped */
+  VL_ERROR = 1,       /* a compile or script error: see vl_error */
+  VL_UNREADABLE = 2   /* the application can't be read: see vl_error_detail */
+} vl_result;
+
+typedef enum vl_input_type {
+  VL_INPUT_KEY = 1,    /* code: virtual key, down: 1 or 0 */
+  VL_INPUT_CHAR = 2,   /* code: byte of code page 1252 */
+  VL_INPUT_MOUSE = 3,  /* x, y; code 0: move, 1 left, 2 middle, 3 right with down 1 (2: double click) or 0 */
+  VL_INPUT_WHEEL = 4,  /* code: 120 a notch, x, y */
+  VL_INPUT_CLOSE = 5,
+  VL_INPUT_RESIZE = 6, /* x, y: new client size */
+  VL_INPUT_FOCUS = 7   /* down: 1 or 0 */
+} vl_input_type;
+
+typedef struct vl_input_event {
+  vl_input_type type;
+  int32_t code, down, x, y;
+  int32_t mods; /* 1 shift, 2 control, 4 alt */
+} vl_input_event;
+
+/* Fills in the defaults. */
+void vl_options_init(vl_options* options);
+
+/* NULL on failure; then `error` (of error_size bytes, may be NULL) tells why in one line. */
+vl_player* vl_create(const vl_options* options, char* error, size_t error_size);
+/* Stops a run first. NULL is allowed. */
+void vl_destroy(vl_player* player);
+
+/* The application: a file, whose folder then is the tree in which external parts and banks are found, or bytes
+ * in memory with a name; vl_add_file puts further files beside the latter. They are copied. 0 on failure. */
+int vl_set_file(vl_player* player, const char* path);
+int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size);
+int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size);
+/* A parameter as the page would give it; later ones of the same name count after earlier ones. */
+int vl_set_parameter(vl_player* player, const char* name, const char* value);
+int vl_set_command_line(vl_player* player, const char* text);
+
+/* Recorded input, in ms of the program's clock. Headless players with a virtual clock only; before vl_run. */
+int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
+
+/* The input that the last run took, in order, with its time on the program's clock: what vl_script_input takes
+ * to play it again. 0 past the end. */
+int vl_recorded_input(const vl_player* player, size_t index, uint64_t* at_ms, vl_input_event* event);
+
+/* Starts the run. 0 when one is going on, or no application is set. */
+int vl_run(vl_player* player);
+/* Waits up to timeout_ms (-1: for ever) for the end of the run, serving the desktop window meanwhile. */
+vl_state vl_wait(vl_player* player, int timeout_ms);
+/* Ends the run in order and waits for it. The program may be busy: it ends at its next statement. */
+void vl_stop(vl_player* player);
+
+/* Of the last run. */
+vl_result vl_get_result(const vl_player* player);
+/* Title and text of the error box: "TITLE: TEXT"; "" without an error. */
+const char* vl_error(const vl_player* player);
+/* What helps the author: "source:line:column: explanation"; "" when there is nothing to add. */
+const char* vl_error_detail(const vl_player* player);
+/* The program's global variables at its end, as a JSON object; "" unless keep_globals is set. */
+const char* vl_globals(const vl_player* player);
+
+/* Input for a running player of the embed back end. */
+int vl_send_input(vl_player* player, const vl_input_event* event);
+
+/* Copies the newest picture of the host's window (or of the topmost window of a detached run): words
+ * 0x00RRGGBB, line after line. Gives its size; copies only when `capacity` words suffice. 0 when there is none.
+ * Works for headless and embed players, during and after a run. */
+int vl_frame(vl_player* player, uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,70 @@
+// ClassTable: the one description of a runtime class.
+//
+// Compiler keywords, dispatch, constants, the reference manual and the completeness test all come from its
+// rows. A row whose function is null names a member that this player doesn't have yet: the compiler and the
+// dispatch report it by name.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "interpreter/class_ids.h"
+#include "interpreter/message_source.h"
+
+namespace vl {
+
+class CInterpretor;
+class CIBaseClassImpl;
+
+enum class MemberKind : uint8_t { Member, Event, Constant };
+
+using MemberFunction = void (*)(CIBaseClassImpl& object);
+
+struct MemberRow {
+  uint16_t id = 0;
+  const char* name = "";
+  MemberKind kind = MemberKind::Member;
+  MemberFunction function = nullptr;  // null for constants
+  uint32_t value = 0;                 // constants
+  uint8_t globalKind = 0;             // token kind under which the bare name is known, or 0
+  const char* help = "";              // one line: arguments and meaning
+};
+
+struct ClassTable {
+  uint8_t id = 0;
+  std::span<const MemberRow> rows;
+  // Makes an object for New; null for a fixed class's (its object is made by `createFixed`).
+  CIBaseClassImpl* (*create)(CInterpretor& interpreter) = nullptr;
+  const char* help = "";
+
+  const char* Name() const { return FactsOfClass(id).name; }
+};
+
+// Turns a method without parameters into a MemberFunction.
+template <auto Method>
+struct MemberThunk;
+template <typename C, void (C::*Method)()>
+struct MemberThunk<Method> {
+  static void Call(CIBaseClassImpl& object) { (static_cast<C&>(object).*Method)(); }
+};
+template <auto Method>
+inline constexpr MemberFunction kMember = &MemberThunk<Method>::Call;
+
+template <typename C>
+CIBaseClassImpl* CreateObject(CInterpretor& interpreter) {
+  return new C(interpreter);
+}
+
+// What the runtime is made of: handed to the interpreter when it is created.
+struct ClassRegistry {
+  const ClassTable* tables[kClassCount + 1] = {};
+  // Attaches a Window object to the host's window; null in a build without windows.
+  void (*attachWindow)(CInterpretor& interpreter) = nullptr;
+  // Makes the window tree's message queue; null in a build without windows.
+  std::unique_ptr<CMessageSource> (*makeMessageSource)(CInterpretor& interpreter) = nullptr;
+
+  void Add(const ClassTable& table) { tables[table.id] = &table; }
+};
+
+}  // namespace vl

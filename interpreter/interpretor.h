@@ -1,0 +1,356 @@
+// CInterpretor: one run of one program. It holds the walker with its stacks, the scopes and variables, the
+// runtime objects, the event queue, and the tick that the walk runs between statements.
+//
+// Everything here runs on the interpreter's thread. Other threads reach it only through CThreadParam::stop and
+// the event queue of the platform.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/memory_budget.h"
+#include "interpreter/array_store.h"
+#include "interpreter/class_base.h"
+#include "interpreter/index_list.h"
+#include "interpreter/message_source.h"
+#include "interpreter/thread_param.h"
+#include "interpreter/token_infos.h"
+#include "platform/services.h"
+
+namespace vl {
+
+class CAppFile;
+class CAppPart;
+class CElement;
+
+// What the error hook needs of the Program object: a copy of the last caught error and the OnError function.
+struct ErrorHook {
+  CIError lastError;
+  const BlockRecord* onError = nullptr;
+};
+
+// One queued call of a script function.
+struct CEvent {
+  static constexpr int kMaxArguments = 8;
+  const BlockRecord* function = nullptr;
+  const void* key = nullptr;  // what makes the event unique, or null
+  std::vector<CValue> args;
+};
+
+// Something that moves by time and is stepped by the tick.
+class CTimed {
+ public:
+  virtual ~CTimed() = default;
+  virtual void Step(uint32_t nowMs) = 0;
+};
+
+// What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
+class CSubsystem {
+ public:
+  virtual ~CSubsystem() = default;
+};
+
+class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
+ public:
+  CInterpretor(CThreadParam& param, const Services& services, const ClassRegistry& registry);
+  ~CInterpretor() override;
+
+  // --- Life of a run (run_life.cpp) ---
+  // Opens the application and loads the class tables. False when it can't be read; appStatus tells why.
+  bool Init();
+  // Opens nothing: takes the given sources and the named classes. For tools that check a source text.
+  bool InitWithoutApplication(const std::vector<uint32_t>& classIds);
+  // Compiles and runs. False when the run ended on an error, which lastError then holds.
+  bool Start();
+  // Compiles only.
+  bool CompileSources(bool withInitSource);
+  void Reset();
+  uint32_t appStatus = 0;
+  uint32_t applicationKind = 1;
+  // Called after the program's walk and before the objects die, while the globals can still be read.
+  std::function<void()> onEnd;
+  // A run after Program.Restart failed; lastError tells why. The result of Start isn't changed by it.
+  std::function<void()> onRestartFailed;
+
+  // --- Errors (errors in members, walker and values end here) ---
+  [[noreturn]] void RaiseError(uint32_t code, uint32_t argument = kNoArgument, std::string detail = {});
+  [[noreturn]] void RaiseSystemError(uint32_t systemCode, uint32_t argument = kNoArgument);
+  ErrorTexts errorTexts;
+  std::string FormatLastError() const { return GetErrorText(errorTexts, true); }
+
+  // --- Member arguments and results (members.cpp) ---
+  int GetArgCount() const { return argCounts[argDepth]; }
+  // Argument i, which must be below the count.
+  CValue& Arg(int i) { return args[argDepth * limits::kArgumentsPerLevel + static_cast<uint32_t>(i)]; }
+  CValue* GetArg(int i);
+  bool IsArgDefault(int i) { return i >= GetArgCount() || Arg(i).IsDefault(); }
+  int32_t GetArgInt(int i) { return i < GetArgCount() ? Arg(i).GetInt() : kDefaultInt; }
+  double GetArgDouble(int i) {
+    return i < GetArgCount() ? Arg(i).GetDouble() : kDefaultDouble;
+  }
+  double GetArgFloat(int i) {
+    return i < GetArgCount() ? Arg(i).GetFloat() : static_cast<double>(kDefaultFloat);
+  }
+  const char* GetArgString(int i) { return i < GetArgCount() ? GetArg(i)->GetString() : kDefaultString; }
+  Text GetArgText(int i);
+  CIBaseClassImpl* GetArgObject(int i);
+  CIBaseClassImpl* GetArgObjectOfClass(int i, uint32_t wantedClass);
+  void GetArgInt2(int first, int32_t& a, int32_t& b) {
+    a = GetArgInt(first);
+    b = GetArgInt(first + 1);
+  }
+  void GetArgInt4(int first, int32_t& a, int32_t& b, int32_t& c, int32_t& d) {
+    GetArgInt2(first, a, b);
+    GetArgInt2(first + 2, c, d);
+  }
+  CValue& GetResult() { return *values[sp]; }
+  uint16_t GetMemberId() const { return currentMember; }
+  // For a member whose name starts with On: reads the assignment behind it.
+  const BlockRecord* GetEventFunction();
+  // Runs a member of another object with the arguments of the current call, under the same id.
+  void ForwardMember(CIBaseClassImpl& object, uint16_t id);
+
+  // --- Objects (objects.cpp) ---
+  void DeleteObject(CIBaseClassImpl* object);
+  // Releases and frees without the walk.
+  void DestroyObject(CIBaseClassImpl* object, bool final);
+  void Collect();
+  CIBaseClassImpl* FixedObject(uint32_t id) const { return fixedObjects[id]; }
+  const CIndexList<CIBaseClassImpl>& ObjectsOfClass(uint32_t id) const { return classLists[id]; }
+  CIClassInfo* ClassInfo(uint32_t id) const { return classInfo_[id].get(); }
+  CArrayStore* NewArray();
+  void DropArray(CArrayStore* store);  // the last reference is gone
+  void Unpin(CIBaseClassImpl* object);
+  uint32_t NextSerial(uint32_t id) { return ++serials[id]; }
+  void Enlist(CIBaseClassImpl* object);
+  void Delist(CIBaseClassImpl* object);
+
+  // --- Events (events.cpp) ---
+  void PostEvent(const BlockRecord* function, std::vector<CValue> arguments);
+  // Replaces the arguments of a queued event of this function and key, so that only the latest fires.
+  void PostUniqueEvent(const BlockRecord* function, const void* key, std::vector<CValue> arguments);
+  CValue MakeValue(int32_t v);
+  CValue MakeValue(CIBaseClassImpl* object);
+  CValue MakeValue(std::string_view text);
+  void FireEvent();
+
+  // --- Run loop (run_loop.cpp) ---
+  // Sleeps and serves for that long. Gives at once inside an event.
+  void Wait(uint32_t ms);
+  // One round of the run loop's service: pump, timed lists, refresh, one event.
+  void ServiceStep();
+  void IdleStep();
+  void PumpMessages();
+  void RefreshAll();
+  void RequestRefresh();
+  uint32_t NowMs() { return services.clock->nowMs(); }
+  uint32_t AddRefresh(CIRefresh* object, bool atHead);
+  void RemoveRefresh(CIRefresh* object);
+  void AddMessageFilter(CIBaseMessages* filter);
+  void RemoveMessageFilter(CIBaseMessages* filter);
+  uint32_t AddTimed(CTimed* object);
+  void RemoveTimed(uint32_t node);
+  // Work of other subsystems at each poll (video, network, downloads).
+  void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
+  void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
+
+  // --- Strings of conversions ---
+  char* TemporaryBuffer() { return temporaries_[temporaryNext_++ % kTemporaries].data(); }
+  static constexpr size_t kTemporaryBytes = 48;
+
+  // --- The walker (expressions.cpp, statements.cpp, calls.cpp) ---
+  CValue* Evaluate();
+  void StatementWalk(Token start, CValue* result);
+  // Calls a function from the run loop or a member: arguments are in the bank already.
+  uint32_t EvaluateArguments();
+  CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level);
+
+  // --- State ---
+  CThreadParam& param;
+  Services services;
+  const ClassRegistry& registry;
+  KeywordTables keywordTables;
+  MemoryBudget budget;
+  CVariablePool variablePool;
+
+  std::unique_ptr<CAppFile> app;
+
+  // Scopes.
+  int32_t scopeDepth = 0;
+  std::vector<const BlockRecord*> scopeBlocks;
+  CIBaseObjectVar* frame = nullptr;
+  CIBaseObjectVar* thisObject = nullptr;
+  bool returned = false;
+  CValue* returnValue = nullptr;
+  int32_t currentPartNumber = 0;
+  Token declared = nullptr;
+
+  // Arguments.
+  uint32_t argDepth = 0;
+  std::array<int32_t, limits::kArgumentLevels + 1> argCounts{};
+  std::vector<CValue> args;  // 16 levels of 16
+  int32_t highWater = 0;
+  CValue defaultValue;  // handed out for an absent argument
+  uint16_t currentMember = 0;
+
+  // Evaluation stack.
+  std::vector<std::unique_ptr<CValue>> valueStore;
+  CValue** values = nullptr;
+  std::vector<CValue*> valuePointers;
+  std::vector<uint32_t> ops;
+  uint32_t sp = 0;
+  int callDepth = 0;
+  int evaluationDepth = 0;
+
+  // Objects.
+  std::array<CIndexList<CIBaseClassImpl>, kClassLists> classLists;
+  std::array<CIBaseClassImpl*, kClassCount + 1> fixedObjects{};
+  std::array<uint32_t, kClassCount + 1> serials{};
+  ErrorHook* errorHook = nullptr;  // of the Program object; null before it exists
+  CIBaseClassImpl* currentWindow = nullptr;
+  CIBaseClassImpl* mainWindow = nullptr;
+  CIBaseClassImpl* defaultGameInput = nullptr;
+  int32_t newsSinceCollection = 0;
+  int32_t collectionThreshold = 1000;
+  bool terminating = false;
+  uint32_t nextObjectNumber = 0x00400000;
+
+  // Run loop.
+  int32_t tickCountdown = 0;
+  int32_t tickPeriod = 10;
+  bool eventsEnabled = true;
+  CIndexList<CEvent> events;
+  uint32_t nextEvent = 0;
+  int32_t inEvent = 0;
+  uint32_t eventLimit = 10000;
+  int32_t pendingError = -1;
+  bool running = false;
+  uint32_t lastPump = 0;
+  int32_t speedPercent = 100;
+  uint32_t backColor = 0xFFFFFF;  // of the application part: 0xRRGGBB
+  std::array<CIBaseMessages*, 8> messageFilters{};
+  int32_t filterCount = 0;
+  CIndexList<CIRefresh> refreshList;
+  bool needsRefresh = false;
+  bool autoRefresh = true;
+  uint32_t refreshInterval = 50;
+  uint32_t lastRefresh = 0;
+  bool inRefresh = false;
+  int32_t animatedCount = 0;
+  CIndexList<CTimed> timed;
+  uint32_t movementInterval = 50;
+  uint32_t lastMovement = 0;
+  std::vector<std::string> tempFiles;
+  bool directSound3DUsed = false;
+  bool directSound3DEnabled = false;
+  // Made by their modules on first use; they outlive every runtime object.
+  std::unique_ptr<CSubsystem> graphics;
+  std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
+  // Subsystems that live as long as the run keep their state here, by class module.
+  std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
+  uint64_t tickLimit = 0;                // stop after that many ticks; 0: none
+  uint64_t ticks = 0;
+
+ private:
+  // Evaluation.
+  void Primary();
+  void PrimarySlow(uint16_t kind);
+  void Reduce(uint32_t op);
+  void Assignment();
+  void Conditional();
+  void PrimaryName();
+  void PrimaryElement();
+  CVariable* FindVariable(Token token);
+  void ReadValue(CValue& source);
+  void ReadElement(CValue& variable);
+  void MemberOf(CIBaseClassImpl* object);
+  void MemberOfText();
+  void MemberOfScriptObject(CIBaseObjectVar* object);
+  void CallClassMember(CIBaseClassImpl* object);
+  void ClassConstant(uint16_t classKind);
+  uint32_t ResolveMember(const CIClassInfo& info, Token token);
+  uint32_t ReadSubscripts(int32_t* subscripts);
+  CArrayStore& ArrayOf(CValue& variable);
+  void StoreNewArray(CIBaseObjectVar& object, Token token, int32_t level, CValue& left, const CValue& right);
+  void SkipSubscriptsOfUnknown();
+  void NewObject();
+  void NewClassObject(uint16_t classKind);
+  void NewScriptObject();
+  void CallByName();
+  // Evaluates the arguments behind the call token and runs the function; the result goes to the current slot.
+  void CallFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis);
+  // The call proper: arguments are in the bank at `argDepth`.
+  void RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis, CValue& result);
+  void BindParameters();
+  void SetPart(int32_t number);
+  CIBaseObjectVar* TakeFrame();
+  void GiveFrame(CIBaseObjectVar* used);
+  const BlockRecord& FunctionNamed(Token token, CVariable* variable);
+  void GrowValues();
+  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
+  // Runs a member or constructor; a CIError goes to the error hook, which may swallow it.
+  template <typename F>
+  void Guarded(CIBaseClassImpl& object, F&& run);
+  // True when the program takes the error over.
+  bool TakeOver(const CIError& error);
+
+  // Statements.
+  void Action(uint16_t kind);
+  void DoFor();
+  void DoWhile();
+  void DoSwitch();
+  void DoCloseBrace();
+  void DoBreak();
+  void DoContinue();
+  void DoReturn();
+  void DoDelete();
+  void PushScope(const BlockRecord& block);
+  void PopScope();
+  void GoBehind(uint32_t offset) { readCursor = TokenNext(At(offset)); }
+
+  // Run loop.
+  void Housekeeping() {
+    if (nextEvent && eventsEnabled && inEvent == 0) FireEvent();
+    if (--tickCountdown < 0 || pendingError != -1 || param.stop.load(std::memory_order_relaxed)) SlowHousekeeping();
+  }
+  void SlowHousekeeping();
+  void Tick();
+  void WatchForStop();
+  void StepTimed(uint32_t nowMs);
+  void Poll();
+  bool FilterAndDispatch();
+  bool RunProgram(bool& restart);
+  void Prepare(bool attach);
+  void LoadClasses(const std::vector<uint32_t>& ids);
+  void EnterFunctions();
+  bool MarkDependants(CIBaseClassImpl* object);
+
+  static constexpr size_t kTemporaries = 256;
+  std::array<std::array<char, kTemporaryBytes>, kTemporaries> temporaries_;
+  uint32_t temporaryNext_ = 0;
+  int32_t quietStatements_ = 0;
+  uint32_t lastStopCheck_ = 0;
+  std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
+  std::vector<CIBaseObjectVar*> freeFrames_;
+  std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text
+  CIndexList<CArrayStore> arrays_;
+  std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
+  bool draining_ = false;
+  std::vector<Text> literals_;
+  std::vector<std::function<void()>> polls_;
+};
+
+
+// A runtime object that holds its own text: String.
+class CITextHolder {
+ public:
+  virtual ~CITextHolder() = default;
+  virtual void SetHeldText(const Text& text) = 0;
+  virtual const Text& HeldText() const = 0;
+};
+
+}  // namespace vl

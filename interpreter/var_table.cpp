@@ -1,0 +1,94 @@
+#include "interpreter/var_table.h"
+
+#include <cstdlib>
+#include <new>
+
+namespace vl {
+
+CVariablePool::~CVariablePool() {
+  for (void* chunk : chunks_) {
+    // A stale write may have left content in a variable that was given back.
+    auto* variables = static_cast<CVariable*>(chunk);
+    for (size_t i = 0; i < kChunk; ++i) variables[i].~CVariable();
+    budget_->Return(kChunk * sizeof(CVariable));
+    std::free(chunk);
+  }
+}
+
+bool CVariablePool::Grow() {
+  if (!budget_->Take(kChunk * sizeof(CVariable))) return false;
+  void* memory = std::malloc(kChunk * sizeof(CVariable));
+  if (!memory) {
+    budget_->Return(kChunk * sizeof(CVariable));
+    return false;
+  }
+  chunks_.push_back(memory);
+  auto* variables = static_cast<CVariable*>(memory);
+  for (size_t i = kChunk; i-- > 0;) Give(new (&variables[i]) CVariable(interpreter_));
+  return true;
+}
+
+CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
+  CVariable* variable = pool.Take();
+  if (!variable) return nullptr;
+  if (count_ > 4 * mask_) Grow();
+  variable->level = level;
+  variable->nameId = nameId;
+  CVariable*& bucket = buckets_[Hash(nameId)];
+  variable->next = bucket;
+  bucket = variable;
+  if (level > 0) {
+    variable->scopeBelow = scopeTop_;
+    scopeTop_ = variable;
+  }
+  ++count_;
+  return variable;
+}
+
+void CVarTable::RemoveScopeTop(CVariablePool& pool) {
+  CVariable* variable = scopeTop_;
+  CVariable** link = &buckets_[Hash(variable->nameId)];
+  while (*link != variable) link = &(*link)->next;
+  *link = variable->next;
+  scopeTop_ = variable->scopeBelow;
+  --count_;
+  pool.Give(variable);
+}
+
+void CVarTable::Clear(CVariablePool& pool) {
+  scopeTop_ = nullptr;
+  count_ = 0;
+  for (uint32_t b = 0; b <= mask_; ++b) {
+    CVariable* variable = buckets_[b];
+    buckets_[b] = nullptr;
+    while (variable) {
+      CVariable* next = variable->next;
+      pool.Give(variable);
+      variable = next;
+    }
+  }
+}
+
+void CVarTable::Grow() {
+  const uint32_t newMask = mask_ * 8 + 7;
+  auto table = std::make_unique<CVariable*[]>(newMask + 1);
+  CVariable** old = buckets_;
+  const uint32_t oldMask = mask_;
+  mask_ = newMask;
+  // Within a chain the order is the age, which must hold; so each chain is appended in its order.
+  std::vector<CVariable*> tails(newMask + 1, nullptr);
+  for (uint32_t b = 0; b <= oldMask; ++b) {
+    for (CVariable* v = old[b]; v;) {
+      CVariable* next = v->next;
+      const uint32_t to = Hash(v->nameId);
+      v->next = nullptr;
+      (tails[to] ? tails[to]->next : table[to]) = v;
+      tails[to] = v;
+      v = next;
+    }
+  }
+  large_ = std::move(table);
+  buckets_ = large_.get();
+}
+
+}  // namespace vl

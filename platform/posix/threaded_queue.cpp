@@ -1,0 +1,64 @@
+#include "platform/posix/threaded_queue.h"
+
+#include <chrono>
+#include <utility>
+
+namespace vl {
+namespace {
+
+// What a run needs to end, and what pairs with something that was let in before.
+bool MustArrive(EventType type) {
+  return type == EventType::HostStop || type == EventType::Close || type == EventType::KeyUp ||
+         type == EventType::MouseUp || type == EventType::Blur;
+}
+
+}  // namespace
+
+void ThreadedQueue::PushLocked(const Event& event) {
+  if (events_.size() >= kMaxEvents) {
+    if (!MustArrive(event.type) || events_.size() >= 2 * kMaxEvents) {
+      if (event.type != EventType::HostStop) return;
+    }
+  } else if (events_.size() >= kMaxEvents / 2 && event.type == EventType::MouseMove) {
+    return;
+  }
+  events_.push_back(event);
+  arrived_.notify_one();
+}
+
+void ThreadedQueue::Push(const Event& event) {
+  const std::lock_guard lock(mutex_);
+  PushLocked(event);
+}
+
+void ThreadedQueue::PushWithBlob(Event event, std::string content) {
+  const std::lock_guard lock(mutex_);
+  if (blobs_.size() >= kMaxBlobs || events_.size() >= kMaxEvents) return;
+  event.id = nextBlob_++;
+  blobs_.emplace(event.id, std::move(content));
+  PushLocked(event);
+}
+
+bool ThreadedQueue::waitEvent(Event& event, int timeoutMs) {
+  std::unique_lock lock(mutex_);
+  const auto hasEvent = [this] { return !events_.empty(); };
+  if (timeoutMs < 0) {
+    arrived_.wait(lock, hasEvent);
+  } else if (!arrived_.wait_for(lock, std::chrono::milliseconds(timeoutMs), hasEvent)) {
+    return false;
+  }
+  event = events_.front();
+  events_.pop_front();
+  return true;
+}
+
+std::string ThreadedQueue::takeBlob(uint32_t id) {
+  const std::lock_guard lock(mutex_);
+  const auto found = blobs_.find(id);
+  if (found == blobs_.end()) return {};
+  std::string content = std::move(found->second);
+  blobs_.erase(found);
+  return content;
+}
+
+}  // namespace vl

@@ -1,0 +1,104 @@
+// WindowMailbox: the window system as the interpreter's thread sees it, and the box from which the host's thread
+// takes what to do.
+//
+// Calls only note what is wanted: the newest state and the newest picture of each window. So nothing waits for
+// the display, and a program that asks faster than the display can show costs no memory.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/window_system.h"
+
+namespace vl {
+
+// What has changed about a window since the host last looked; what has a value is to be done.
+struct WindowChange {
+  NativeWindow window = 0;
+  bool create = false;
+  bool destroy = false;
+  bool raise = false;
+  WindowDescription description;  // valid with create; its title is in `title`
+  std::optional<std::string> title;
+  std::optional<ShowState> state;
+  std::optional<std::pair<int, int>> position;
+  std::optional<Size> size;
+  std::optional<CursorShape> cursor;
+};
+
+struct WindowMessage {
+  std::string title;
+  std::string text;
+};
+
+// A window's newest picture. Words 0x00RRGGBB.
+struct WindowFrame {
+  std::vector<uint32_t> pixels;
+  int width = 0;
+  int height = 0;
+  Rect dirty;  // what the host has not shown yet; empty when nothing
+};
+
+class WindowMailbox final : public WindowSystem {
+ public:
+  // `wake` tells the host's thread that there is something to take; it is called on the interpreter's thread and
+  // never while the box is locked. hostWindow 0: there is none.
+  WindowMailbox(const ScreenInfo& screen, NativeWindow hostWindow, Size hostSize, std::function<void()> wake);
+
+  // The interpreter's side.
+  ScreenInfo screen() override { return screen_; }
+  NativeWindow hostWindow() override { return hostWindow_; }
+  Size hostSize() override;
+  NativeWindow createWindow(const WindowDescription& description) override;
+  void destroyWindow(NativeWindow window) override;
+  void showWindow(NativeWindow window, ShowState state) override;
+  void moveWindow(NativeWindow window, int x, int y) override;
+  void resizeWindow(NativeWindow window, int width, int height) override;
+  void raiseWindow(NativeWindow window) override;
+  void setTitle(NativeWindow window, std::string_view title) override;
+  void setCursor(NativeWindow window, CursorShape shape) override;
+  Rect frameBorders(const WindowDescription& description) override { return classicFrameBorders(description); }
+  void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
+               std::span<const Rect> dirty) override;
+  void showMessage(std::string_view title, std::string_view text) override;
+
+  // The host's side.
+  // In the order in which the windows were made; the caller applies all of them.
+  std::vector<WindowChange> TakeChanges();
+  std::vector<WindowMessage> TakeMessages();
+  // The person changed the size of the host's window.
+  void ReportHostSize(Size size);
+  // Calls show(window, frame) for each picture with something to show, which is then counted as shown. The box
+  // is locked meanwhile.
+  void TakeFrames(const std::function<void(NativeWindow window, const WindowFrame& frame)>& show);
+  // Calls look(frame) with the newest picture of a window; false when it has none.
+  bool LookAtFrame(NativeWindow window, const std::function<void(const WindowFrame& frame)>& look);
+
+ private:
+  struct Entry {
+    WindowChange change;
+    bool hasChange = false;
+    WindowFrame frame;
+  };
+  // Notes a change of a window that exists, and wakes the host.
+  void Note(NativeWindow window, const std::function<void(WindowChange& change)>& write);
+  // True when the host must be woken; the caller does so once the box is unlocked.
+  bool MarkWoken();
+
+  const ScreenInfo screen_;
+  const NativeWindow hostWindow_;
+  const std::function<void()> wake_;
+  std::mutex mutex_;
+  std::map<NativeWindow, Entry> windows_;
+  std::vector<NativeWindow> destroyed_;
+  std::vector<WindowMessage> messages_;
+  Size hostSize_;
+  NativeWindow next_;
+  bool isWoken_ = false;
+};
+
+}  // namespace vl

@@ -1,0 +1,69 @@
+// The commands of `vorlane`. Each reads its options, does its work and gives the exit status.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vl {
+
+enum ExitStatus { kExitOk = 0, kExitError = 1, kExitUnreadable = 2, kExitUsage = 64 };
+
+struct RunCommand {
+  std::string application;
+  bool headless = false;
+  std::string clock;
+  std::vector<std::string> parameters;  // NAME=VALUE
+  std::string arguments;
+  bool detached = false;
+  std::string size = "640x480";
+  uint64_t maxTimeMs = 0;
+  std::string inputFile;
+  std::string recordFile;
+  std::string screenshotFile;
+  std::string globalsFile;
+  bool hasSeed = false;
+  uint32_t seed = 0;
+  int Execute() const;
+};
+
+struct PackCommand {
+  std::string folder;
+  std::string output;
+  bool watch = false;
+  int Execute() const;
+};
+
+struct InfoCommand {
+  std::string application;
+  bool json = false;
+  bool build = false;
+  int Execute() const;
+};
+
+struct ExtractCommand {
+  std::string application;
+  std::string output;
+  int Execute() const;
+};
+
+struct TokensCommand {
+  std::string application;
+  int Execute() const;
+};
+
+struct CheckCommand {
+  std::vector<std::string> sources;
+  int Execute() const;
+};
+
+struct ReferenceCommand {
+  std::vector<std::string> classes;
+  bool json = false;
+  int Execute() const;
+};
+
+// One line on standard error, after "vorlane: ".
+void PrintError(const std::string& text);
+
+}  // namespace vl

@@ -1,0 +1,89 @@
+// The `vorlane` command: reads the command line and hands over to one of its commands.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+
+#include "include/vorlane.h"
+#include "tools/commands.h"
+
+namespace vl {
+
+void PrintError(const std::string& text) { std::fprintf(stderr, "vorlane: %s\n", text.c_str()); }
+
+}  // namespace vl
+
+int main(int argc, char** argv) {
+  CLI::App app{"Vorlane: plays, packs and examines applications of the Vorlane language.", "vorlane"};
+  app.set_version_flag("--version", VL_VERSION);
+  app.require_subcommand(1);
+  app.failure_message([](const CLI::App* a, const CLI::Error& e) {
+    return "vorlane: " + std::string(e.what()) + "\nTry '" + a->get_display_name() + " --help'.\n";
+  });
+
+  vl::RunCommand run;
+  CLI::App* runApp = app.add_subcommand("run", "Play an application");
+  runApp->add_option("APP", run.application, "A .vlp file, a project folder or one source file (.vlq)")->required();
+  runApp->add_flag("--headless", run.headless, "No display: windows live in memory, the clock is virtual");
+  runApp->add_option("--clock", run.clock, "Override the clock")->check(CLI::IsMember({"real", "virtual"}));
+  runApp->add_option("--param", run.parameters, "NAME=VALUE: a parameter as the page would give it; may be repeated")
+      ->allow_extra_args(false)
+      ->take_all();
+  runApp->add_option("--args", run.arguments, "The program's command line");
+  runApp->add_flag("--detached", run.detached, "A run of its own, without the host's window");
+  runApp->add_option("--size", run.size, "WIDTHxHEIGHT of the host's window")->capture_default_str();
+  runApp->add_option("--max-time", run.maxTimeMs, "Stop as the host would, after MS of the program's clock");
+  runApp->add_option("--input", run.inputFile, "Recorded input: JSON lines");
+  runApp->add_option("--record", run.recordFile, "Write such a file while a person plays");
+  runApp->add_option("--screenshot", run.screenshotFile, "PNG file for the window's picture when the run ends");
+  runApp->add_option("--globals", run.globalsFile, "File, or -, for the program's global variables as JSON");
+  CLI::Option* seed = runApp->add_option("--seed", run.seed, "Seed of the random generator");
+
+  vl::PackCommand pack;
+  CLI::App* packApp = app.add_subcommand("pack", "Pack a project folder into an application");
+  packApp->add_option("FOLDER", pack.folder, "A folder with a vorlane.toml")->required();
+  packApp->add_option("-o,--output", pack.output, "The application file to write");
+  packApp->add_flag("--watch", pack.watch, "Pack again whenever a file of the project changes");
+
+  vl::InfoCommand info;
+  CLI::App* infoApp = app.add_subcommand("info", "Show chunks, parts, banks, elements, versions and classes");
+  CLI::Option* infoFile = infoApp->add_option("APP", info.application, "A .vlp file");
+  infoApp->add_flag("--json", info.json, "As JSON");
+  infoApp->add_flag("--build", info.build, "What this player was built with instead");
+
+  vl::ExtractCommand extract;
+  CLI::App* extractApp = app.add_subcommand("extract", "Unpack an application into a project folder");
+  extractApp->add_option("APP", extract.application, "A .vlp file")->required();
+  extractApp->add_option("-o,--output", extract.output, "The folder to make; must be absent or empty")->required();
+
+  vl::TokensCommand tokens;
+  CLI::App* tokensApp = app.add_subcommand("tokens", "Print the compiled stream, a record a line");
+  tokensApp->add_option("APP", tokens.application, "A .vlp file, a project folder or one source file")->required();
+
+  vl::CheckCommand check;
+  CLI::App* checkApp = app.add_subcommand("check", "Compile only and report errors as file:line:column");
+  checkApp->add_option("SOURCE", check.sources, "Source files (.vlq) or project folders")->required();
+
+  vl::ReferenceCommand reference;
+  CLI::App* referenceApp = app.add_subcommand("reference", "The classes as built: members, events, constants");
+  referenceApp->add_option("CLASS", reference.classes, "Class names; all when none is given");
+  referenceApp->add_flag("--json", reference.json, "As JSON");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& e) {
+    return app.exit(e) == 0 ? vl::kExitOk : vl::kExitUsage;
+  }
+  run.hasSeed = seed->count() > 0;
+  if (*runApp) return run.Execute();
+  if (*packApp) return pack.Execute();
+  if (*infoApp) {
+    if (!info.build && infoFile->count() == 0) {
+      vl::PrintError("info needs an application file, or --build");
+      return vl::kExitUsage;
+    }
+    return info.Execute();
+  }
+  if (*extractApp) return extract.Execute();
+  if (*tokensApp) return tokens.Execute();
+  if (*checkApp) return check.Execute();
+  return reference.Execute();
+}

@@ -1,0 +1,5 @@
+#include "ui/ui_classes.h"
+
+namespace vl {
+void RegisterUiClasses(ClassRegistry&) {}
+}  // namespace vl
