@@ -6,7 +6,8 @@ A test is a folder AREA/NAME in one of two forms.
 One program: `main.vlq`, `main.vlp` or a project folder with `vorlane.toml`, and beside it any of
     options         command line options, one a line
     input.jsonl     recorded input, given as --input
-    expected.json   global variables at the end; the keys given are compared, others are free
+    expected.json   global variables at the end; the keys given are compared, others are free, and "!name" with any
+                    value stands for a variable that must not be there
     expected.png    the host window's picture, compared pixel by pixel
     expected.err    the last line on standard error; the exit status then is 1
     expected.status another exit status
@@ -95,7 +96,10 @@ def compare_globals(output, wanted):
         raise Failure(f"the globals aren't JSON: {error}: {output[:300]!r}") from None
     wrong = []
     for key, value in wanted.items():
-        if key not in actual:
+        if key.startswith("!"):
+            if key[1:] in actual:
+                wrong.append(f"  {key[1:]}: {json.dumps(actual[key[1:]])}, expected none")
+        elif key not in actual:
             wrong.append(f"  {key}: missing, expected {json.dumps(value)}")
         elif not same(actual[key], value):
             wrong.append(f"  {key}: {json.dumps(actual[key])}, expected {json.dumps(value)}")

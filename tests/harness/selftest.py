@@ -89,6 +89,8 @@ def globals_compare():
     check("1 and 1.0", same(b'{"a": 1.0}', {"a": 1}), True)
     for wanted in ({"a": 2}, {"a": True}, {"a": "1"}, {"b": 1}, {"a": None}, {"a": [1]}):
         check(f"1 is not {wanted}", same(b'{"a": 1}', wanted), False)
+    check("absent", same(b'{"a": 1}', {"!b": 0}), True)
+    check("not absent", same(b'{"a": 1}', {"!a": 0}), False)
     check("nested", same(b'{"a": {"sizes": [2], "elements": [1, null]}}', {"a": {"sizes": [2], "elements": [1, None]}}), True)
     check("longer", same(b'{"a": [1, 2]}', {"a": [1]}), False)
     check("no JSON", same(b"nonsense", {}), False)
