@@ -18,7 +18,6 @@ void CInterpretor::GrowValues() {
   valuePointers.reserve(size);
   while (valueStore.size() < size) {
     valueStore.push_back(std::make_unique<CValue>(this));
-    valueStore.back()->SetInt(0);
     valuePointers.push_back(valueStore.back().get());
   }
   ops.resize(size, 0);

@@ -74,11 +74,16 @@ uint32_t* CIChildWindow::AttributeWordOf(uint32_t constant, uint32_t& bit, bool&
     if (index >= family.bits.size()) return nullptr;
     bit = family.bits[index];
     switch (constant >> 16 & 0xF) {
-      case kWordStyle: return &style;
-      case kWordExStyle: return &exStyle;
-      case kWordAttrs: return &attrs;
-      case kWordAttrs2: return &attrs2;
-      default: return nullptr;
+      case kWordStyle:
+        return &style;
+      case kWordExStyle:
+        return &exStyle;
+      case kWordAttrs:
+        return &attrs;
+      case kWordAttrs2:
+        return &attrs2;
+      default:
+        return nullptr;
     }
   }
   return nullptr;

@@ -9,8 +9,8 @@ namespace vl {
 
 namespace {
 
-constexpr uint32_t kWindowBits[] = {kAttrGame,      kAttrDialog,    kAttrResizable, kAttrTool,       kAttrMessageBox,
-                                    kAttrStandard,  kAttrMaximized, kAttrNoSurface, kAttrFakeChild,  kAttrNoSysMenu,
+constexpr uint32_t kWindowBits[] = {kAttrGame,      kAttrDialog,      kAttrResizable,   kAttrTool,      kAttrMessageBox,
+                                    kAttrStandard,  kAttrMaximized,   kAttrNoSurface,   kAttrFakeChild, kAttrNoSysMenu,
                                     kAttrNoCaption, kAttrMinimizeBox, kAttrMaximizeBox, kAttrMinimized};
 constexpr AttributeFamily kWindowFamily = {0xAAD00000, kWindowBits};
 constexpr uint32_t kWindowArguments = kArgSizeFirst | 0xFFFF;
@@ -141,7 +141,7 @@ void CIWindow::CreateWindow(int32_t depth, int64_t background, bool inHostWindow
   interpreter.RequestRefresh();
   if (showPending) {
     pendingShow.fill(0);
-    const uint32_t command = (attrs & kAttrMinimized) ? SW_MINIMIZE
+    const uint32_t command = (attrs & kAttrMinimized)   ? SW_MINIMIZE
                              : (attrs & kAttrMaximized) ? SW_SHOWMAXIMIZED
                                                         : SW_SHOWNORMAL;
     SetPendingShow(command);
@@ -210,6 +210,12 @@ void CIWindow::SetBackColorRaw(uint32_t colour) {
 
 int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
   if (interpreter.terminating || destroyed) return 0;
+  // A message may end the window; the object stays until its procedure is left.
+  struct Pin {
+    CIWindow* window;
+    ~Pin() { window->interpreter.Unpin(window); }
+  } pin{this};
+  ++pins;
   const auto& stack = Tree().modalStack;
   if (!stack.empty() && stack.front() != window && message != WM_PAINT && message != WM_TIMER) {
     switch (message) {
@@ -221,18 +227,24 @@ int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_
       case WM_NCMBUTTONDOWN:
       case WM_LBUTTONDOWN:
       case WM_RBUTTONDOWN:
-      case WM_MBUTTONDOWN: return 0;
-      default: break;
+      case WM_MBUTTONDOWN:
+        return 0;
+      default:
+        break;
     }
   }
   switch (message) {
-    case WM_DESTROY: OnDestroyMessage(); return 0;
+    case WM_DESTROY:
+      OnDestroyMessage();
+      return 0;
     case WM_MOVE:
       x = LowSigned(lParam) - borderLeft;
       y = HighSigned(lParam) - borderTop;
       PostWith(kOnMove, {x, y}, true);
       return 0;
-    case WM_SIZE: OnSizeMessage(wParam, LowSigned(lParam), HighSigned(lParam)); return 0;
+    case WM_SIZE:
+      OnSizeMessage(wParam, LowSigned(lParam), HighSigned(lParam));
+      return 0;
     case WM_ACTIVATE:
       if (wParam == 1 || wParam == 2) interpreter.currentWindow = this;
       return 0;
@@ -240,8 +252,12 @@ int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_
       interpreter.currentWindow = this;
       PostWith(kOnSetFocus, {}, false);
       return 0;
-    case WM_KILLFOCUS: PostWith(kOnKillFocus, {}, false); return 0;
-    case WM_PAINT: PaintUpdate(window); return 0;
+    case WM_KILLFOCUS:
+      PostWith(kOnKillFocus, {}, false);
+      return 0;
+    case WM_PAINT:
+      PaintUpdate(window);
+      return 0;
     case WM_CLOSE:
       if (Tree().Capture() == window) Tree().SetCapture(0);
       Tree().Destroy(window);
@@ -251,14 +267,25 @@ int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_
       return 0;
     case WM_SYSCOMMAND:
       switch (wParam & 0xFFF0) {
-        case SC_MINIMIZE: PostWith(kOnMinimize, {}, true); break;
-        case SC_MAXIMIZE: PostWith(kOnMaximize, {}, true); break;
-        case SC_CLOSE: OnSystemClose(); break;
-        default: break;
+        case SC_MINIMIZE:
+          PostWith(kOnMinimize, {}, true);
+          break;
+        case SC_MAXIMIZE:
+          PostWith(kOnMaximize, {}, true);
+          break;
+        case SC_CLOSE:
+          OnSystemClose();
+          break;
+        default:
+          break;
       }
       return 0;
-    case WM_MOUSEMOVE: PostWith(kOnMouseMove, {LowSigned(lParam), HighSigned(lParam)}, false); return 0;
-    case WM_MOUSEWHEEL: PostWith(kOnMouseWheel, {HighSigned(static_cast<int32_t>(wParam))}, false); return 0;
+    case WM_MOUSEMOVE:
+      PostWith(kOnMouseMove, {LowSigned(lParam), HighSigned(lParam)}, false);
+      return 0;
+    case WM_MOUSEWHEEL:
+      PostWith(kOnMouseWheel, {HighSigned(static_cast<int32_t>(wParam))}, false);
+      return 0;
     case WM_DROPFILES: {
       const std::string path = interpreter.services.events->takeBlob(wParam);
       if (!events_[kOnDropFile]) return 1;

@@ -1,6 +1,9 @@
 // The table of the class Window: the members of its surface under the same ids, the common members of windows and
 // controls, its own, and the constants of all three.
+#include <array>
+
 #include "gfx2d/script/surface_class.h"
+#include "gfx2d/script/surface_constants.h"
 #include "ui/window_class.h"
 
 namespace vl {
@@ -163,7 +166,8 @@ constexpr MemberRow kMemberRows[] = {
     OnEvent(134, "OnMouseMove", "OnMouseMove = f: f(window, x, y)"),
     Missing(135, "GetHorizontalScrollBar", "GetHorizontalScrollBar(): of a window made with HSCROLL"),
     Missing(136, "GetVerticalScrollBar", "GetVerticalScrollBar(): of a window made with VSCROLL"),
-    Row(137, "BeginMouseCapture", kMember<&CIWindow::BeginMouseCapture>, "BeginMouseCapture(): the mouse is this window's"),
+    Row(137, "BeginMouseCapture", kMember<&CIWindow::BeginMouseCapture>,
+        "BeginMouseCapture(): the mouse is this window's"),
     Row(138, "EndMouseCapture", kMember<&CIWindow::EndMouseCapture>, "EndMouseCapture()"),
     Row(139, "HasMouseCapture", kMember<&CIWindow::HasMouseCapture>, "HasMouseCapture(): 1 or 0"),
     Missing(140, "Flash", "Flash(flag): draws attention"),
@@ -213,9 +217,24 @@ constexpr MemberRow kMemberRows[] = {
     Constant(185, "RIGHTBUTTON", 0x89AF0003, "mouse button"),
 };
 
+constexpr uint16_t kFirstSurfaceConstant = 186;
+
+constexpr auto MakeRows() {
+  std::array<MemberRow, std::size(kMemberRows) + std::size(kSurfaceConstants)> rows{};
+  size_t n = 0;
+  for (const MemberRow& row : kMemberRows) rows[n++] = row;
+  uint16_t id = kFirstSurfaceConstant;
+  for (const SurfaceConstant& c : kSurfaceConstants) {
+    rows[n++] = {id++, c.name, MemberKind::Constant, nullptr, c.value, c.globalKind, c.help};
+  }
+  return rows;
+}
+
+constexpr auto kRows = MakeRows();
+
 }  // namespace
 
-const ClassTable kWindowClass = {CLASS_WINDOW, kMemberRows, &CreateObject<CIWindow>,
+const ClassTable kWindowClass = {CLASS_WINDOW, kRows, &CreateObject<CIWindow>,
                                  "A window with a surface behind it; its members are global names for the current one"};
 
 }  // namespace vl

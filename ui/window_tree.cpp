@@ -16,9 +16,12 @@ constexpr uint32_t kActivated = 1;
 
 uint32_t ButtonMessage(int32_t button, bool down, bool twice) {
   switch (button) {
-    case kMouseMiddle: return down ? (twice ? WM_MBUTTONDBLCLK : WM_MBUTTONDOWN) : WM_MBUTTONUP;
-    case kMouseRight: return down ? (twice ? WM_RBUTTONDBLCLK : WM_RBUTTONDOWN) : WM_RBUTTONUP;
-    default: return down ? (twice ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN) : WM_LBUTTONUP;
+    case kMouseMiddle:
+      return down ? (twice ? WM_MBUTTONDBLCLK : WM_MBUTTONDOWN) : WM_MBUTTONUP;
+    case kMouseRight:
+      return down ? (twice ? WM_RBUTTONDBLCLK : WM_RBUTTONDOWN) : WM_RBUTTONUP;
+    default:
+      return down ? (twice ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN) : WM_LBUTTONUP;
   }
 }
 
@@ -104,8 +107,8 @@ int32_t WindowTree::Send(WindowHandle window, uint32_t message, uint32_t wParam,
 void WindowTree::Post(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
   if (queue_.size() >= kMaxQueued) {
     if (message == WM_MOUSEMOVE) return;
-    const auto move = std::find_if(queue_.begin(), queue_.end(),
-                                   [](const CMessage& m) { return m.message == WM_MOUSEMOVE; });
+    const auto move =
+        std::find_if(queue_.begin(), queue_.end(), [](const CMessage& m) { return m.message == WM_MOUSEMOVE; });
     if (move == queue_.end()) return;
     queue_.erase(move);
   }
@@ -135,11 +138,21 @@ void WindowTree::Translate(const Event& event) {
     case EventType::MouseMove:
     case EventType::MouseDown:
     case EventType::MouseUp:
-    case EventType::MouseWheel: TranslateMouse(event); return;
-    case EventType::KeyDown: Post(focus_ ? focus_ : window, WM_KEYDOWN, static_cast<uint32_t>(event.code)); return;
-    case EventType::KeyUp: Post(focus_ ? focus_ : window, WM_KEYUP, static_cast<uint32_t>(event.code)); return;
-    case EventType::Char: Post(focus_ ? focus_ : window, WM_CHAR, static_cast<uint32_t>(event.ch) & 0xFF); return;
-    case EventType::Close: Post(window, WM_SYSCOMMAND, SC_CLOSE); return;
+    case EventType::MouseWheel:
+      TranslateMouse(event);
+      return;
+    case EventType::KeyDown:
+      Post(focus_ ? focus_ : window, WM_KEYDOWN, static_cast<uint32_t>(event.code));
+      return;
+    case EventType::KeyUp:
+      Post(focus_ ? focus_ : window, WM_KEYUP, static_cast<uint32_t>(event.code));
+      return;
+    case EventType::Char:
+      Post(focus_ ? focus_ : window, WM_CHAR, static_cast<uint32_t>(event.ch) & 0xFF);
+      return;
+    case EventType::Close:
+      Post(window, WM_SYSCOMMAND, SC_CLOSE);
+      return;
     case EventType::Resize:
       if (event.x > 0 && event.y > 0) {
         node->width = event.x;
@@ -165,7 +178,9 @@ void WindowTree::Translate(const Event& event) {
       }
       Post(window, WM_ACTIVATE, 0);
       return;
-    case EventType::Expose: Invalidate(window); return;
+    case EventType::Expose:
+      Invalidate(window);
+      return;
     case EventType::Minimize:
       node->minimized = true;
       Post(window, WM_SYSCOMMAND, SC_MINIMIZE);
@@ -174,9 +189,14 @@ void WindowTree::Translate(const Event& event) {
       node->maximized = true;
       Post(window, WM_SYSCOMMAND, SC_MAXIMIZE);
       return;
-    case EventType::Restore: node->minimized = node->maximized = false; return;
-    case EventType::DropFile: Post(window, WM_DROPFILES, event.id, MakeLParam(event.x, event.y)); return;
-    default: return;
+    case EventType::Restore:
+      node->minimized = node->maximized = false;
+      return;
+    case EventType::DropFile:
+      Post(window, WM_DROPFILES, event.id, MakeLParam(event.x, event.y));
+      return;
+    default:
+      return;
   }
 }
 
@@ -196,13 +216,17 @@ void WindowTree::TranslateMouse(const Event& event) {
   }
   const uint32_t keys = MouseKeys(event.mods);
   switch (event.type) {
-    case EventType::MouseMove: Post(window, WM_MOUSEMOVE, keys, MakeLParam(x, y)); return;
+    case EventType::MouseMove:
+      Post(window, WM_MOUSEMOVE, keys, MakeLParam(x, y));
+      return;
     case EventType::MouseDown:
       Post(window, WM_MOUSEACTIVATE);
       if (focus_ != window && IsEnabled(window)) SetFocus(window);
       Post(window, ButtonMessage(event.code, true, event.ch == 2), keys, MakeLParam(x, y));
       return;
-    case EventType::MouseUp: Post(window, ButtonMessage(event.code, false, false), keys, MakeLParam(x, y)); return;
+    case EventType::MouseUp:
+      Post(window, ButtonMessage(event.code, false, false), keys, MakeLParam(x, y));
+      return;
     default:
       Post(focus_ ? focus_ : window, WM_MOUSEWHEEL, static_cast<uint32_t>(event.code) << 16 | keys, MakeLParam(x, y));
       return;
@@ -376,10 +400,8 @@ void WindowTree::SetPosition(WindowHandle window, int insertAfter, int x, int y,
     }
   }
   if (!(flags & SWP_NOSIZE)) {
-    const int newWidth =
-        std::clamp(width - node->borders.left - node->borders.right, 0, limits::kMaxSurfaceSide);
-    const int newHeight =
-        std::clamp(height - node->borders.top - node->borders.bottom, 0, limits::kMaxSurfaceSide);
+    const int newWidth = std::clamp(width - node->borders.left - node->borders.right, 0, limits::kMaxSurfaceSide);
+    const int newHeight = std::clamp(height - node->borders.top - node->borders.bottom, 0, limits::kMaxSurfaceSide);
     sized = newWidth != node->width || newHeight != node->height;
     node->width = newWidth;
     node->height = newHeight;
@@ -545,8 +567,7 @@ void WindowTree::RepaintBelow(WindowNode& node, const Rect& box) {
     if (!child->visible) continue;
     const int dx = child->x + child->borders.left;
     const int dy = child->y + child->borders.top;
-    const Rect covered =
-        box.Intersect(Rect{dx, dy, dx + child->width, dy + child->height});
+    const Rect covered = box.Intersect(Rect{dx, dy, dx + child->width, dy + child->height});
     if (!covered.IsEmpty()) Invalidate(child->handle);
   }
 }

@@ -50,9 +50,9 @@ struct WindowNode {
   bool minimized = false;
   bool maximized = false;
   std::string text;
-  uint32_t backColour = 0xFFFFFF;       // of the background, library order
-  std::vector<WindowHandle> children;   // topmost first
-  Rect update;                          // what WM_PAINT must repaint, client coordinates; empty for nothing
+  uint32_t backColour = 0xFFFFFF;      // of the background, library order
+  std::vector<WindowHandle> children;  // topmost first
+  Rect update;                         // what WM_PAINT must repaint, client coordinates; empty for nothing
   CursorShape cursor = CursorShape::Arrow;
   // Top-level: the picture on the screen.
   std::vector<uint32_t> picture;

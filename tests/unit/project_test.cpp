@@ -103,7 +103,7 @@ palette = "pal.bin"
   type = 99
   file = "data\\extra.vlb"
   compress = true
-  elements = ["raw.dat"]
+  elements = ["raw.dat", "long.dat", { file = "long.dat", name = "plain", compress = false }]
 
   [[part.bank]]
   type = "sound"
@@ -130,6 +130,7 @@ file = "raw.dat"
   Put("p/pics/b.bmp", bmp);
   Put("p/pics/a.bmp", bmp);
   Put("p/pics/a.txt", "no picture");
+  Put("p/long.dat", std::string(500, 'z'));
   Put("p/raw.dat", std::string("\0\1\2", 3));
   Put("p/snd/b.mp3", "2");
   Put("p/snd/long.mp3", "no match");
@@ -175,7 +176,9 @@ file = "raw.dat"
   EXPECT_EQ(pictures.elements[2].hotX, 0xFFFD);
   EXPECT_EQ(pictures.elements[2].image.width, 7);
   EXPECT_EQ(m.parts[0].banks[3].type, 99u);
-  EXPECT_EQ(m.parts[0].banks[3].elements[0].body.form, BodyModel::Form::Compressed);
+  EXPECT_EQ(m.parts[0].banks[3].elements[0].body.form, BodyModel::Form::Plain) << "it wouldn't get smaller";
+  EXPECT_EQ(m.parts[0].banks[3].elements[1].body.form, BodyModel::Form::Compressed);
+  EXPECT_EQ(m.parts[0].banks[3].elements[2].body.form, BodyModel::Form::Plain);
   const BankModel& sounds = m.parts[0].banks[4];
   ASSERT_EQ(sounds.elements.size(), 2u);
   EXPECT_EQ(sounds.elements[0].body.bytes, "1");

@@ -5,6 +5,7 @@
 #include "host/appfile/app_part.h"
 #include "host/appfile/model_reader.h"
 #include "tools/project/code_page.h"
+#include "tools/project/default_palette.h"
 #include "tools/project/disk_files.h"
 #include "tools/project/file_kind.h"
 #include "tools/project/project.h"
@@ -153,7 +154,7 @@ class Extractor {
     if (part.versionLow) Line("versionLow", std::to_string(*part.versionLow));
     Number("flags", h.flags, 0);
     const std::string directory = model_.parts.size() > 1 ? Unique("", h.name, "") + "/" : "";
-    if (h.hasHeader) {
+    if (h.hasHeader && h.palette != DefaultPartPalette()) {
       const std::string_view palette(reinterpret_cast<const char*>(h.palette.data()), h.palette.size());
       Line("palette", Quote(File(directory, "palette", ".bin", palette)));
     }
@@ -171,19 +172,25 @@ class Extractor {
     Number("sound3D", h.sound3D, 1);
     Number("releaseFlags", h.releaseFlags, 1);
     Number("releaseFlags2", h.releaseFlags2, 1);
-    Line("compressBuffers", Word(h.buffersCompressed));
-    Line("sources", "false");
+    const uint32_t version = model_.PartVersion(part);
+    const bool buffers = !h.initSource.empty() || !h.gameInputData.empty();
+    if (h.buffersCompressed != (buffers && version >= kVersionOwnChunks)) {
+      Line("compressBuffers", Word(h.buffersCompressed));
+    }
+    const auto isSource = [](const BankModel& bank) { return bank.type == kBankSource; };
+    if (std::none_of(part.banks.begin(), part.banks.end(), isSource)) Line("sources", "false");
     Chunks(part.unknownChunks, "part.chunk");
-    for (const BankModel& bank : part.banks) Bank(bank, directory);
+    for (const BankModel& bank : part.banks) Bank(bank, directory, version);
   }
 
-  void Bank(const BankModel& bank, const std::string& partDirectory) {
+  void Bank(const BankModel& bank, const std::string& partDirectory, uint32_t partVersion) {
     toml_ += "\n[[part.bank]]\n";
     const std::string_view word = BankTypeWord(bank.type);
     Line("type", word.empty() ? std::to_string(bank.type) : "\"" + std::string(word) + "\"");
     Line("name", Quote(bank.name));
+    const uint32_t usual = partVersion >= kVersionBankVersion ? kBankVersion2 : kBankVersion1;
     if (bank.version == kBankVersion1 || bank.version == kBankVersion2) {
-      Line("version", std::to_string(bank.version - kBankVersion1 + 1));
+      if (bank.version != usual) Line("version", std::to_string(bank.version - kBankVersion1 + 1));
     } else {
       Line("versionWord", Hex(bank.version));
     }
@@ -194,7 +201,6 @@ class Extractor {
       for (const PaletteRecord& record : *bank.palettes) bytes.append(record.begin(), record.end());
       Line("palettes", Quote(File(directory, "palettes", ".bin", bytes)));
     }
-    if (bank.type != kBankImage) Line("compress", "false");
     if (bank.elements.empty()) return;
     toml_ += "elements = [\n";
     for (const ElementModel& element : bank.elements) toml_ += "  { " + Element(bank, element, directory) + " },\n";
@@ -256,7 +262,8 @@ class Extractor {
       const bool text = !damaged && (bank.type == kBankString || bank.type == kBankSource);
       file("file", damaged ? ".damaged" : ExtensionFor(bank.type, bytes), text ? Utf8FromCodePage(bytes) : bytes);
     }
-    if (body.form == BodyModel::Form::Compressed) add("compress", "true");
+    // Always told: what isn't is compressed where it helps.
+    if (!damaged && !body.bytes.empty()) add("compress", Word(body.form == BodyModel::Form::Compressed));
     return out;
   }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "host/appfile/app_part.h"
+#include "host/appfile/compressed_buffer.h"
 #include "tools/project/code_page.h"
 #include "tools/project/default_palette.h"
 #include "tools/project/disk_files.h"
@@ -409,9 +410,15 @@ class ProjectLoader {
     for (size_t i = 0; i < bytes.size(); ++i) (*bank->palettes)[i / 1024][i % 1024] = static_cast<uint8_t>(bytes[i]);
   }
 
-  static void SetForm(ElementModel* element, bool compress) {
-    const bool packed = compress && !element->body.bytes.empty();
-    element->body.form = packed ? BodyModel::Form::Compressed : BodyModel::Form::Plain;
+  // `exact` is what the element itself tells; otherwise a body is compressed where that makes it smaller.
+  static void SetForm(ElementModel* element, bool compress, std::optional<bool> exact = std::nullopt) {
+    BodyModel& body = element->body;
+    bool packed = exact.value_or(compress) && !body.bytes.empty();
+    if (packed && !exact) {
+      const auto* bytes = reinterpret_cast<const uint8_t*>(body.bytes.data());
+      packed = DeflateBytes({bytes, body.bytes.size()}).size() < body.bytes.size();
+    }
+    body.form = packed ? BodyModel::Form::Compressed : BodyModel::Form::Plain;
   }
 
   // `where` is what faults about the files point at.
@@ -455,7 +462,7 @@ class ProjectLoader {
       element.body.bytes = text.value_or("");
     }
     if (type == kBankString && table.Bool("nul").value_or(true)) element.body.bytes += '\0';
-    SetForm(&element, table.Bool("compress").value_or(options.compress));
+    SetForm(&element, options.compress, table.Bool("compress"));
     if (const auto size = table.Integer("damagedSize", 1, UINT32_MAX)) {
       element.body.form = BodyModel::Form::Damaged;
       element.body.claimedSize = static_cast<uint32_t>(*size);
