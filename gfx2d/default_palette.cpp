@@ -20,9 +20,13 @@ constexpr PaletteRecord MakeDefault() {
     record.entries[kFirstHigh + i] = kSystemHigh[i];
   }
   size_t next = 10;
-  // Six steps a channel, without black.
+  // Six steps a channel, without the corners of the cube, which are system colours.
   for (int i = 1; i < 216; ++i) {
-    record.entries[next++] = {uint8_t(i / 36 * 51), uint8_t(i / 6 % 6 * 51), uint8_t(i % 6 * 51), kRampFlag};
+    const int red = i / 36;
+    const int green = i / 6 % 6;
+    const int blue = i % 6;
+    if (red % 5 == 0 && green % 5 == 0 && blue % 5 == 0) continue;
+    record.entries[next++] = {uint8_t(red * 51), uint8_t(green * 51), uint8_t(blue * 51), kRampFlag};
   }
   // Greys between the cube's own.
   for (int i = 0; i < 16; ++i) {

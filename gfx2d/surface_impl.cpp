@@ -76,8 +76,8 @@ bool cSurfaceImpl::ClipBox(int x, int y, int boxWidth, int boxHeight, Rect& box)
   if (!Lock()) return false;
   box.left = std::max(x, clipLeft);
   box.top = std::max(y, clipTop);
-  box.right = int(std::min<int64_t>(int64_t{x} + boxWidth, clipRight));
-  box.bottom = int(std::min<int64_t>(int64_t{y} + boxHeight, clipBottom));
+  box.right = std::min(ClampToInt(int64_t{x} + boxWidth), clipRight);
+  box.bottom = std::min(ClampToInt(int64_t{y} + boxHeight), clipBottom);
   return !box.IsEmpty();
 }
 

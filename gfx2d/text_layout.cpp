@@ -110,7 +110,9 @@ std::vector<TextLine> LayOutText(TextFont& font, std::string_view text, int widt
         }
       }
       const size_t underline = plain.underline != kNone && plain.underline >= done ? plain.underline - done : kNone;
-      lines.push_back(maker.Make(rest.substr(0, cut), underline));
+      size_t last = cut;
+      while (last > 0 && rest[last - 1] == ' ') --last;
+      lines.push_back(maker.Make(rest.substr(0, last), underline));
       size_t next = cut;
       while (next < rest.size() && rest[next] == ' ') ++next;
       done += next;

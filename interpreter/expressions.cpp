@@ -18,38 +18,176 @@ void CInterpretor::GrowValues() {
   valuePointers.reserve(size);
   while (valueStore.size() < size) {
     valueStore.push_back(std::make_unique<CValue>(this));
-    valueStore.back()->SetInt(0);
     valuePointers.push_back(valueStore.back().get());
   }
   ops.resize(size, 0);
   values = valuePointers.data();
+  valueLimit_ = static_cast<uint32_t>(size);
 }
 
+inline CVariable* CInterpretor::FindVariable(Token token) {
+  const uint32_t nameId = TokenNameId(token);
+  if (CVariable* v = frame->variables.Find(nameId)) return v;
+  if (token == declared) return nullptr;
+  if (thisObject != frame) {
+    if (CVariable* v = thisObject->variables.Find(nameId)) return v;
+  }
+  if (frame == this || thisObject == this) return nullptr;
+  return variables.Find(nameId);
+}
+
+// The loop holds the cursor and the top of the stacks in locals and writes them back before anything that may
+// throw or run code. Names and numbers are read, and operators on integers run, right here.
 CValue* CInterpretor::Evaluate() {
   if (++evaluationDepth > limits::kMaxEvaluationDepth) {
     --evaluationDepth;
     RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
   }
   const uint32_t base = sp;
+  uint32_t top = base;
+  Token cursor = readCursor;
   ops[base] = 0;
   for (;;) {
     // Two slots of headroom: the primary's own, and one for an omitted right side.
-    if (++sp + 2 >= valuePointers.size()) GrowValues();
-    Primary();
+    if (++top + 2 >= valueLimit_) GrowValues();
+    sp = top;
+    CValue& slot = *values[top];
+    const uint16_t primary = TokenKindOf(cursor);
+    if (primary == TK_NAME) {
+      CVariable* variable = FindVariable(cursor);
+      const Token next = TokenNext(cursor);
+      if (variable && variable->type <= VT_FLOAT && slot.IsPlain() && !IsMemberToken(TokenKindOf(next))) {
+        slot.type = variable->type;
+        slot.data = variable->data;
+        slot.lvalue = variable;
+        cursor = next;
+      } else {
+        readCursor = next;
+        if (variable) {
+          ReadValue(*variable);
+        } else {
+          slot.SetNew(VT_NEW_NAME, OffsetOf(cursor));
+        }
+        cursor = readCursor;
+      }
+    } else if (primary == TK_DECIMAL && slot.IsPlain()) {
+      slot.type = VT_INTEGER;
+      slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
+      slot.lvalue = nullptr;
+      cursor = TokenNext(cursor);
+    } else {
+      readCursor = cursor;
+      Primary();
+      cursor = readCursor;
+    }
     for (;;) {
-      const uint32_t kind = TokenKindOf(readCursor);
-      const bool isOperator = kind - TK_OPERATOR_FIRST <= TK_OPERATOR_LAST - TK_OPERATOR_FIRST;
-      if (isOperator && kind > ops[sp - 1]) {
-        ops[sp] = kind;
-        readCursor = TokenNext(readCursor);
+      const uint32_t kind = TokenKindOf(cursor);
+      if (kind - TK_OPERATOR_FIRST <= TK_OPERATOR_LAST - TK_OPERATOR_FIRST && kind > ops[top - 1]) {
+        ops[top] = kind;
+        cursor = TokenNext(cursor);
+        if (kind == TK_INCREMENT || kind == TK_DECREMENT) {
+          // The common end of a postfix: its right side is an omitted value, and it is reduced first.
+          CValue& left = *values[top];
+          const uint32_t next = TokenKindOf(cursor);
+          if (left.type == VT_INTEGER && left.lvalue && left.lvalue->type == VT_INTEGER &&
+              (next == TK_SEMICOLON || next == TK_PAREN_CLOSE || next == TK_COMMA)) {
+            const uint32_t step = kind == TK_INCREMENT ? 1u : ~0u;
+            left.lvalue->data.integer = static_cast<int32_t>(static_cast<uint32_t>(left.lvalue->data.integer) + step);
+            CValue& omitted = *values[top + 1];
+            omitted.SetDefault();
+            omitted.lvalue = nullptr;
+            continue;
+          }
+        }
         break;  // the next primary
       }
-      --sp;
-      if (sp == base) {
+      sp = --top;
+      if (top == base) {
+        readCursor = cursor;
         --evaluationDepth;
         return values[base + 1];
       }
-      Reduce(ops[sp]);
+      const uint32_t op = ops[top];
+      CValue& left = *values[top];
+      CValue& right = *values[top + 1];
+      if ((left.type | right.type) == VT_INTEGER) {
+        const int32_t a = left.data.integer;
+        const int32_t b = right.data.integer;
+        switch (op) {
+          case TK_ADD:
+            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+            continue;
+          case TK_SUB:
+            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+            continue;
+          case TK_MUL:
+            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
+            continue;
+          case TK_LESS:
+            left.data.integer = a < b;
+            continue;
+          case TK_LESS_EQUAL:
+            left.data.integer = a <= b;
+            continue;
+          case TK_GREATER:
+            left.data.integer = a > b;
+            continue;
+          case TK_GREATER_EQUAL:
+            left.data.integer = a >= b;
+            continue;
+          case TK_EQUAL:
+            left.data.integer = a == b;
+            continue;
+          case TK_NOT_EQUAL:
+            left.data.integer = a != b;
+            continue;
+          case TK_AND:
+            left.data.integer = a & b;
+            continue;
+          case TK_OR:
+            left.data.integer = a | b;
+            continue;
+          default:
+            break;
+        }
+      } else if ((left.type | right.type) == VT_FLOAT) {
+        const double a = left.type == VT_FLOAT ? left.data.real : left.data.integer;
+        const double b = right.type == VT_FLOAT ? right.data.real : right.data.integer;
+        switch (op) {
+          case TK_ADD:
+            left.type = VT_FLOAT;
+            left.data.real = a + b;
+            continue;
+          case TK_SUB:
+            left.type = VT_FLOAT;
+            left.data.real = a - b;
+            continue;
+          case TK_MUL:
+            left.type = VT_FLOAT;
+            left.data.real = a * b;
+            continue;
+          case TK_LESS:
+            left.type = VT_INTEGER;
+            left.data.integer = a < b;
+            continue;
+          case TK_GREATER:
+            left.type = VT_INTEGER;
+            left.data.integer = a > b;
+            continue;
+          default:
+            break;
+        }
+      }
+      if (op == TK_ASSIGN && (left.type <= VT_ARRAY || left.type == VT_DEFAULT) && left.lvalue &&
+          right.type <= VT_FLOAT && left.lvalue->IsPlain()) {
+        left.lvalue->type = right.type;
+        left.lvalue->data = right.data;
+        std::swap(values[top], values[top + 1]);
+        continue;
+      }
+      readCursor = cursor;
+      Reduce(op);
+      cursor = readCursor;
     }
   }
 }
@@ -60,7 +198,9 @@ void CInterpretor::Reduce(uint32_t op) {
   CValue& right = *values[sp + 1];
   const bool integers = (left.type | right.type) == VT_INTEGER;
   switch (op) {
-    case TK_ASSIGN: Assignment(); return;
+    case TK_ASSIGN:
+      Assignment();
+      return;
     case TK_ADD_ASSIGN:
     case TK_SUB_ASSIGN:
     case TK_MUL_ASSIGN:
@@ -75,8 +215,9 @@ void CInterpretor::Reduce(uint32_t op) {
       CValue* variable = left.lvalue;
       if (!variable) RaiseError(ERR_UNDEFINED);
       using Operator = void (*)(CValue&, CValue&);
-      static constexpr Operator kOperators[] = {ValueAdd, ValueSubtract, ValueMultiply, ValueDivide,    ValueAnd,
-                                                ValueOr,  ValueXor,      ValueModulo,   ValueShiftLeft, ValueShiftRight};
+      static constexpr Operator kOperators[] = {ValueAdd,       ValueSubtract,  ValueMultiply, ValueDivide,
+                                                ValueAnd,       ValueOr,        ValueXor,      ValueModulo,
+                                                ValueShiftLeft, ValueShiftRight};
       // The variable's own text is the only holder when the copy in the slot goes first: appending is in place.
       if (variable->type == VT_STRING) left.SetInt(0);
       kOperators[op - TK_ADD_ASSIGN](*variable, right);
@@ -84,7 +225,9 @@ void CInterpretor::Reduce(uint32_t op) {
       left.lvalue = variable;
       return;
     }
-    case TK_CONDITIONAL: Conditional(); return;
+    case TK_CONDITIONAL:
+      Conditional();
+      return;
     case TK_LOGICAL_AND: {
       const bool a = left.IsTrue();
       const bool b = right.IsTrue();
@@ -139,8 +282,12 @@ void CInterpretor::Reduce(uint32_t op) {
         ValueNotEqual(left, right);
       }
       break;
-    case TK_NOT: ValueNot(left); break;
-    case TK_COMPLEMENT: ValueComplement(left); break;
+    case TK_NOT:
+      ValueNot(left);
+      break;
+    case TK_COMPLEMENT:
+      ValueComplement(left);
+      break;
     case TK_INCREMENT:
     case TK_DECREMENT:
       if (left.type >= VT_NEW_NAME && left.type <= VT_NEW_ELEMENT) RaiseError(ERR_UNDEFINED);
@@ -163,15 +310,32 @@ void CInterpretor::Reduce(uint32_t op) {
         ValueSubtract(left, right);
       }
       break;
-    case TK_DIV: ValueDivide(left, right); break;
-    case TK_MUL: ValueMultiply(left, right); break;
-    case TK_AND: ValueAnd(left, right); break;
-    case TK_OR: ValueOr(left, right); break;
-    case TK_XOR: ValueXor(left, right); break;
-    case TK_MOD: ValueModulo(left, right); break;
-    case TK_SHL: ValueShiftLeft(left, right); break;
-    case TK_SHR: ValueShiftRight(left, right); break;
-    default: RaiseError(ERR_SYNTAX);
+    case TK_DIV:
+      ValueDivide(left, right);
+      break;
+    case TK_MUL:
+      ValueMultiply(left, right);
+      break;
+    case TK_AND:
+      ValueAnd(left, right);
+      break;
+    case TK_OR:
+      ValueOr(left, right);
+      break;
+    case TK_XOR:
+      ValueXor(left, right);
+      break;
+    case TK_MOD:
+      ValueModulo(left, right);
+      break;
+    case TK_SHL:
+      ValueShiftLeft(left, right);
+      break;
+    case TK_SHR:
+      ValueShiftRight(left, right);
+      break;
+    default:
+      RaiseError(ERR_SYNTAX);
   }
   // `lvalue` stays: the result of an operator still names the variable that its left side was read from.
 }
@@ -192,7 +356,9 @@ void CInterpretor::Assignment() {
       AddVariable(*object, TokenNameId(At(left.data.token)), 0)->Assign(right);
       break;
     }
-    case VT_NEW_ARRAY: StoreNewArray(*frame, At(left.data.token), scopeDepth, left, right); return;
+    case VT_NEW_ARRAY:
+      StoreNewArray(*frame, At(left.data.token), scopeDepth, left, right);
+      return;
     case VT_NEW_MEMBER_ARRAY: {
       auto* object = static_cast<CIBaseObjectVar*>(left.lvalueObject);
       StoreNewArray(*object, At(left.data.token), 0, left, right);
@@ -259,22 +425,13 @@ CVariable* CInterpretor::AddVariable(CIBaseObjectVar& object, uint32_t nameId, i
   return variable;
 }
 
-CVariable* CInterpretor::FindVariable(Token token) {
-  const uint32_t nameId = TokenNameId(token);
-  if (CVariable* v = frame->variables.Find(nameId)) return v;
-  if (token == declared) return nullptr;
-  if (thisObject != frame) {
-    if (CVariable* v = thisObject->variables.Find(nameId)) return v;
-  }
-  if (frame == this || thisObject == this) return nullptr;
-  return variables.Find(nameId);
-}
-
 void CInterpretor::Primary() {
   const Token token = readCursor;
   const uint16_t kind = TokenKindOf(token);
   switch (kind) {
-    case TK_NAME: PrimaryName(); return;
+    case TK_NAME:
+      PrimaryName();
+      return;
     case TK_DECIMAL:
     case TK_BASED:
     case TK_INTEGER: {
@@ -284,8 +441,12 @@ void CInterpretor::Primary() {
       readCursor = TokenNext(token);
       return;
     }
-    case TK_ELEMENT: PrimaryElement(); return;
-    default: PrimarySlow(kind); return;
+    case TK_ELEMENT:
+      PrimaryElement();
+      return;
+    default:
+      PrimarySlow(kind);
+      return;
   }
 }
 
@@ -318,7 +479,8 @@ void CInterpretor::ReadValue(CValue& source) {
       slot.Assign(source);
       MemberOfText();
       return;
-    default: RaiseError(ERR_NO_MEMBERS);
+    default:
+      RaiseError(ERR_NO_MEMBERS);
   }
 }
 
@@ -383,7 +545,8 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
   CValue& slot = *values[sp];
   slot.ForgetTarget();
   switch (kind) {
-    case TK_END: RaiseError(ERR_END);
+    case TK_END:
+      RaiseError(ERR_END);
     case CLASS_MATH:
     case CLASS_DISK:
     case CLASS_KEYBOARD:
@@ -399,13 +562,17 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       CallClassMember(object);
       return;
     }
-    case TK_CALL: CallByName(); return;
+    case TK_CALL:
+      CallByName();
+      return;
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;
       Evaluate();
       return;
-    case TK_NEW: NewObject(); return;
+    case TK_NEW:
+      NewObject();
+      return;
     case TK_THIS:
       readCursor = TokenNext(token);
       if (IsMemberToken(TokenKindOf(readCursor))) {

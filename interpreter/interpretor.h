@@ -332,6 +332,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   static constexpr size_t kTemporaries = 256;
   std::array<std::array<char, kTemporaryBytes>, kTemporaries> temporaries_;
   uint32_t temporaryNext_ = 0;
+  uint32_t valueLimit_ = 0;
   int32_t quietStatements_ = 0;
   uint32_t lastStopCheck_ = 0;
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;

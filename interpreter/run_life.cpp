@@ -124,7 +124,6 @@ bool CInterpretor::Start() {
 void CInterpretor::Prepare(bool attach) {
   if (valuePointers.empty()) GrowValues();
   sp = 0;
-  values[0]->SetInt(0);
   tickPeriod = 10;
   tickCountdown = tickPeriod;
   autoRefresh = true;
@@ -196,7 +195,11 @@ bool CInterpretor::RunProgram(bool& restart) {
 void CInterpretor::Reset() {
   terminating = true;
   stage = Stage::Loading;
-  for (auto& value : valueStore) value->SetInt(0);
+  // A slot that was never used holds no value: a member that leaves it alone gives none.
+  for (auto& value : valueStore) {
+    value->Release();
+    value->SetNew(VT_NEW_NAME, 0);
+  }
   for (CValue& argument : args) argument.SetInt(0);
   argCounts.fill(0);
   argDepth = 0;

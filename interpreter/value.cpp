@@ -55,12 +55,6 @@ void CValue::SetArray(CArrayStore* store) {
   data.array = store;
 }
 
-void CValue::SetDefault() {
-  Release();
-  type = VT_DEFAULT;
-  data.integer = kDefaultInt;
-}
-
 void CValue::SetNew(ValueType newType, uint32_t tokenOffset) {
   Release();
   type = newType;

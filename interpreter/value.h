@@ -51,7 +51,7 @@ class CValue {
     return *this;
   }
   void Assign(const CValue& other) {
-    if ((type | other.type) <= VT_FLOAT) {
+    if (other.type <= VT_FLOAT && IsPlain()) {
       type = other.type;
       data = other.data;
     } else {
@@ -59,13 +59,16 @@ class CValue {
     }
   }
 
+  // Owns nothing: the content may be overwritten as it is.
+  bool IsPlain() const { return (kPlainTypes >> type & 1) != 0; }
+
   void SetInt(int32_t v) {
-    if (type > VT_FLOAT) Release();
+    Release();
     type = VT_INTEGER;
     data.integer = v;
   }
   void SetFloat(double v) {
-    if (type > VT_FLOAT) Release();
+    Release();
     type = VT_FLOAT;
     data.real = v;
   }
@@ -76,7 +79,11 @@ class CValue {
   void SetObject(CIBaseClassImpl* object);
   void SetFunction(const BlockRecord* block);
   void SetArray(CArrayStore* store);
-  void SetDefault();
+  void SetDefault() {
+    Release();
+    type = VT_DEFAULT;
+    data.integer = kDefaultInt;
+  }
   // Types 6, 8 (no lvalue), 7, 9 (lvalueObject) and 10 (lvalue and element index).
   void SetNew(ValueType newType, uint32_t tokenOffset);
   void SetNewOfObject(ValueType newType, uint32_t tokenOffset, CIBaseClassImpl* object);
@@ -103,7 +110,7 @@ class CValue {
   bool IsTrue() const;
 
   void Release() {
-    if (type > VT_FLOAT) ReleaseSlow();
+    if (!IsPlain()) ReleaseSlow();
   }
   // For a slot that is about to get a value: it names no variable any more. A finished value stays readable.
   void ForgetTarget() {
@@ -131,6 +138,8 @@ class CValue {
   Data data{};
 
  private:
+  static constexpr uint32_t kPlainTypes = 1u << VT_INTEGER | 1u << VT_FLOAT | 1u << VT_FUNCTION | 1u << VT_NEW_NAME |
+                                          1u << VT_NEW_ARRAY | 1u << VT_NEW_ELEMENT | 1u << VT_DEFAULT;
   void AssignSlow(const CValue& other);
   int32_t GetIntSlow() const;
   double GetDoubleSlow(double ifDefault, bool rejectFunction) const;

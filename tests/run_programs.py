@@ -6,7 +6,8 @@ A test is a folder AREA/NAME in one of two forms.
 One program: `main.vlq`, `main.vlp` or a project folder with `vorlane.toml`, and beside it any of
     options         command line options, one a line
     input.jsonl     recorded input, given as --input
-    expected.json   global variables at the end; the keys given are compared, others are free
+    expected.json   global variables at the end; the keys given are compared, others are free, and "!name" with any
+                    value stands for a variable that must not be there
     expected.png    the host window's picture, compared pixel by pixel
     expected.err    the last line on standard error; the exit status then is 1
     expected.status another exit status
@@ -18,7 +19,8 @@ Many small programs: `cases`, a text of blocks, each a test of its own:
     [globals {"x": 1}]              it ends well with these globals
     [error 16 line 3]               or it ends with this error, the last line on standard error naming the line
     [check 16 at 3:7]               or `vorlane check` refuses it at this line and column
-A `[options ...]` line before the expectation gives command line options, separated by blanks.
+Before the expectation, a line `[options ...]` gives command line options, separated by blanks, and each line
+`[input {...}]` one event of recorded input.
 
 Usage: tests/run_programs.py [--vorlane PATH] [--update] [--jobs N] [FILTER...]
     FILTER: a part of AREA/NAME or of AREA/NAME:CASE. --update writes expected.png anew from what came out.
@@ -40,7 +42,7 @@ from harness import png  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 PROGRAMS = os.path.join(ROOT, "tests", "programs")
-TIMEOUT_S = 120
+TIMEOUT_S = 60
 
 
 class Failure(Exception):
@@ -94,7 +96,10 @@ def compare_globals(output, wanted):
         raise Failure(f"the globals aren't JSON: {error}: {output[:300]!r}") from None
     wrong = []
     for key, value in wanted.items():
-        if key not in actual:
+        if key.startswith("!"):
+            if key[1:] in actual:
+                wrong.append(f"  {key[1:]}: {json.dumps(actual[key[1:]])}, expected none")
+        elif key not in actual:
             wrong.append(f"  {key}: missing, expected {json.dumps(value)}")
         elif not same(actual[key], value):
             wrong.append(f"  {key}: {json.dumps(actual[key])}, expected {json.dumps(value)}")
@@ -165,9 +170,13 @@ class Runner:
         raise Failure(f"{count} pixels differ, the first at {first}; sizes {actual.width}x{actual.height} and "
                       f"{expected.width}x{expected.height}; see {left}/actual.png and difference.png")
 
-    def case(self, source, options, expectation):
+    def case(self, source, options, events, expectation):
         with tempfile.TemporaryDirectory(prefix="vorlane-case-") as folder:
             app = os.path.join(folder, "main.vlq")
+            if events:
+                options = [*options, "--input", os.path.join(folder, "input.jsonl")]
+                with open(options[-1], "w", encoding="utf-8") as f:
+                    f.write("".join(line + "\n" for line in events))
             with open(app, "w", encoding="utf-8", newline="") as f:
                 f.write(source)
             kind, value = expectation
@@ -196,8 +205,8 @@ CHECK = re.compile(r"\[check (\d+) at (\d+):(\d+)\]\Z")
 
 
 def parse_cases(text, where):
-    """(name, known failure or None, source, options, expectation) of each block."""
-    name, known, source, options, cases = None, None, [], [], []
+    """(name, known failure or None, source, options, input events, expectation) of each block."""
+    name, known, source, options, events, cases = None, None, [], [], [], []
 
     def refuse(number, why):
         raise SystemExit(f"{where}:{number}: {why}")
@@ -207,11 +216,14 @@ def parse_cases(text, where):
         if match:
             if name is not None:
                 refuse(number, f"case {name} has no expectation")
-            name, known, source, options = match.group(1), match.group(2), [], []
+            name, known, source, options, events = match.group(1), match.group(2), [], [], []
             continue
         expectation = None
         if line.startswith("[options "):
             options = line[len("[options "):-1].split()
+            continue
+        if line.startswith("[input "):
+            events.append(line[len("[input "):-1])
             continue
         if line.startswith("[globals "):
             try:
@@ -233,7 +245,7 @@ def parse_cases(text, where):
         if any(name == other[0] for other in cases):
             refuse(number, f"a second case {name}")
         # No line end behind the last line, so that a block's text is exactly what stands there.
-        cases.append((name, known, "\n".join(source), options, expectation))
+        cases.append((name, known, "\n".join(source), options, events, expectation))
         name = None
     if name is not None:
         refuse("end", f"case {name} has no expectation")
@@ -247,10 +259,9 @@ def collect(runner, filters):
     for folder, _, files in sorted(os.walk(PROGRAMS)):
         name = os.path.relpath(folder, PROGRAMS)
         if "cases" in files:
-            for case, known, source, options, expectation in parse_cases(read(os.path.join(folder, "cases")),
-                                                                         os.path.relpath(folder, ROOT) + "/cases"):
-                yield (f"{name}:{case}", known,
-                       lambda s=source, o=options, e=expectation: runner.case(s, o, e))
+            where = os.path.relpath(folder, ROOT) + "/cases"
+            for case, known, *rest in parse_cases(read(os.path.join(folder, "cases")), where):
+                yield f"{name}:{case}", known, lambda r=rest: runner.case(*r)
         elif any(f.startswith("expected.") for f in files) or {"main.vlq", "vorlane.toml"} & set(files):
             known = read(os.path.join(folder, "known_failure")).strip() if "known_failure" in files else None
             yield name, known, lambda f=folder, n=name: runner.program(f, n)

@@ -1,5 +1,10 @@
 #include "gfx2d/script/gfx2d_classes.h"
 
 namespace vl {
-void RegisterGfx2dClasses(ClassRegistry&) {}
+
+void RegisterGfx2dClasses(ClassRegistry& registry) {
+  registry.Add(kFontClass);
+  registry.Add(kSurfaceClass);
+}
+
 }  // namespace vl

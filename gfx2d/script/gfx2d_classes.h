@@ -5,6 +5,9 @@
 
 namespace vl {
 
+extern const ClassTable kFontClass;
+extern const ClassTable kSurfaceClass;
+
 void RegisterGfx2dClasses(ClassRegistry& registry);
 
 }  // namespace vl

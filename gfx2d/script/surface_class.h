@@ -59,8 +59,101 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   uint32_t backColor = 0xFFFFFF;
   uint32_t penColor = 0;
 
+  // Members, one method each.
+  void Write();
+  void WriteLn();
+  void MoveTo();
+  void Line();
+  void LineTo();
+  void Ellipse();
+  void Rectangle();
+  void SetPenColor();
+  void SetFillColor();
+  void SetFillGradientColor();
+  void SetFillGradientDir();
+  void SetPenGradientColor();
+  void SetPenGradientDir();
+  void SetPenSize();
+  void SetFont();
+  void SetAntiAlias();
+  void SetDrawMode();
+  void SetTransparentMode();
+  void Fill();
+  void Rotate();
+  void DrawText();
+  void SetPixel();
+  void GetDepth();
+  void GetPixelWidth();
+  void GetPixelHeight();
+  void GetPixel();
+  void GetPixelIndex();
+  void Copy();
+  void Stretch();
+  void Scroll();
+  void ReverseX();
+  void ReverseY();
+  void ReplaceColor();
+  void Clear();
+  void GetXPos();
+  void GetYPos();
+  void SetAutoBack();
+  void SetAutoRefresh();
+  void RefreshNow();
+  void SetBackgroundColor();
+  void GetBackgroundColor();
+  void IsAutoBack();
+  void IsAutoRefresh();
+  void EraseRect();
+  void SetWrapping();
+  void IsWrapping();
+  void GetFont();
+  void Lock();
+  void Unlock();
+  void GetStringWidth();
+  void GetStringHeight();
+
  private:
-  // The rest (state, members, helpers) is the implementer's: one method per member.
+  bool CreateSurface(int newWidth, int newHeight, int newDepth);
+  void ResetState();
+  void UpdateSimple();
+  void NoteShape(int x1, int y1, int x2, int y2);
+  void DrawLineTo(int x1, int y1, int x2, int y2);
+  // Argument i, or a default when it is left out.
+  int32_t IntOr(int i, int32_t ifMissing) const;
+  // A script's colour as the library's.
+  uint32_t ColourOr(int i, uint32_t ifMissing) const;
+  void BoxArguments(Rect& box) const;
+  Pattern* PenPattern();
+  CISurface* SourceArgument();
+  Rect WholeBox() const { return {0, 0, width, height}; }
+  Size StringSize();
+  // Text layout, in surface_text_layout.cpp.
+  struct TextLine {
+    std::string text;
+    int width = 0;
+  };
+  std::vector<TextLine> WrapText(std::string_view text);
+  void DrawTextLine(const TextLine& line, int lineHeight);
+  void ScrollFor(int lineHeight);
+
+  bool autoBack_ = true;
+  bool autoRefresh_ = true;
+  bool dirtyPending_ = false;
+  bool locked_ = false;
+  bool wrapping_ = true;
+  bool transparentMode_ = false;
+  int32_t drawMode_ = 0;
+  int32_t drawParam_ = 0;
+  int32_t penSize_ = 1;
+  bool antiAlias_ = false;
+  uint32_t fillColor_ = 0xFFFFFF;
+  int32_t fillType_ = 0;
+  int32_t penType_ = 0;
+  std::unique_ptr<Pattern> fillPattern_;
+  std::unique_ptr<Pattern> penPattern_;
+  SolidPattern solidPen_{0};
+  bool simpleDraw_ = true;
+  DirtyList dirty_;
 };
 
 }  // namespace vl

@@ -19,4 +19,14 @@ class CSurfaceHost {
   virtual void SetBackColorOfWindow(uint32_t colour) = 0;
 };
 
+class CISurface;
+
+// A runtime object that has a surface of its own: Window.
+class CSurfaceOwner {
+ public:
+  virtual ~CSurfaceOwner() = default;
+  // Null when it has none.
+  virtual CISurface* OwnedSurface() = 0;
+};
+
 }  // namespace vl

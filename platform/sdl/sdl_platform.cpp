@@ -37,6 +37,13 @@ class SdlVideo {
   bool isUp_;
 };
 
+// SDL falls back to drivers that show nothing; a person who asked for none of them must be told.
+bool IsShowingNothing() {
+  const char* driver = SDL_GetCurrentVideoDriver();
+  const bool isAskedFor = SDL_GetHint(SDL_HINT_VIDEODRIVER) != nullptr;
+  return !isAskedFor && driver && (SDL_strcmp(driver, "offscreen") == 0 || SDL_strcmp(driver, "dummy") == 0);
+}
+
 Event MakeEvent(EventType type, NativeWindow window) {
   Event event;
   event.type = type;
@@ -100,6 +107,10 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
   auto parts = std::make_unique<Parts>(options);
   if (!parts->video.IsUp()) {
     reason = std::string("no display: ") + SDL_GetError();
+    return nullptr;
+  }
+  if (IsShowingNothing()) {
+    reason = "no display: neither X11 nor Wayland can be reached; --headless runs without one";
     return nullptr;
   }
   SDL_EventState(SDL_DROPTEXT, SDL_DISABLE);

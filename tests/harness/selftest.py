@@ -70,11 +70,11 @@ def pictures(folder):
 
 def cases():
     parse = run_programs.parse_cases
-    text = "# top\n[case a]\nx = 1;\n\ny = 2;\n[options --seed 7]\n[globals {\"x\": 1}]\n[case b known_failure: why]\n[error 16 line 3]\n[case c]\nz\n[check 6 at 1:2]\n"
+    text = "# top\n[case a]\nx = 1;\n\ny = 2;\n[options --seed 7]\n[input {}]\n[globals {\"x\": 1}]\n[case b known_failure: why]\n[error 16 line 3]\n[case c]\nz\n[check 6 at 1:2]\n"
     check("cases", parse(text, "t"), [
-        ("a", None, "x = 1;\n\ny = 2;", ["--seed", "7"], ("globals", {"x": 1})),
-        ("b", "why", "", [], ("error", (16, 3))),
-        ("c", None, "z", [], ("check", (6, 1, 2))),
+        ("a", None, "x = 1;\n\ny = 2;", ["--seed", "7"], ["{}"], ("globals", {"x": 1})),
+        ("b", "why", "", [], [], ("error", (16, 3))),
+        ("c", None, "z", [], [], ("check", (6, 1, 2))),
     ])
     for name, bad in (("no expectation", "[case a]\nx\n"), ("text outside", "x\n"), ("nothing", "# x\n"),
                       ("twice", "[case a]\n[error 1 line 1]\n[case a]\n[error 1 line 1]\n"),
@@ -89,6 +89,8 @@ def globals_compare():
     check("1 and 1.0", same(b'{"a": 1.0}', {"a": 1}), True)
     for wanted in ({"a": 2}, {"a": True}, {"a": "1"}, {"b": 1}, {"a": None}, {"a": [1]}):
         check(f"1 is not {wanted}", same(b'{"a": 1}', wanted), False)
+    check("absent", same(b'{"a": 1}', {"!b": 0}), True)
+    check("not absent", same(b'{"a": 1}', {"!a": 0}), False)
     check("nested", same(b'{"a": {"sizes": [2], "elements": [1, null]}}', {"a": {"sizes": [2], "elements": [1, None]}}), True)
     check("longer", same(b'{"a": [1, 2]}', {"a": [1]}), False)
     check("no JSON", same(b"nonsense", {}), False)

@@ -1,0 +1,59 @@
+#include "gfx2d/script/graphics.h"
+
+#include <algorithm>
+
+#include "gfx2d/script/font_class.h"
+
+namespace vl {
+
+namespace {
+// The face of the desktop's own texts in the classic look.
+constexpr int kStockFontHeight = -11;
+}  // namespace
+
+CGraphics::CGraphics(CInterpretor& interpreter) : library(&interpreter.budget), interpreter_(interpreter) {
+  if (interpreter.services.windows) screenDepth = interpreter.services.windows->screen().depth;
+}
+
+CGraphics::~CGraphics() = default;
+
+CGraphics& CGraphics::Of(CInterpretor& interpreter) {
+  if (!interpreter.graphics) interpreter.graphics = std::make_unique<CGraphics>(interpreter);
+  return static_cast<CGraphics&>(*interpreter.graphics);
+}
+
+CIFont* CGraphics::DefaultFont() {
+  if (!defaultFont_) {
+    defaultFont_ = new CIFont(interpreter_, FontDescription{});
+    ++defaultFont_->refCount;
+  }
+  return defaultFont_;
+}
+
+CIFont* CGraphics::StockFont() {
+  if (!stockFont_) {
+    FontDescription description;
+    description.height = kStockFontHeight;
+    description.face = "MS Sans Serif";
+    stockFont_ = new CIFont(interpreter_, description);
+    ++stockFont_->refCount;
+  }
+  return stockFont_;
+}
+
+void CGraphics::Forget(CIFont* font) {
+  const bool isDefault = font == defaultFont_;
+  if (isDefault) defaultFont_ = nullptr;
+  if (font == stockFont_) stockFont_ = nullptr;
+  // Everyone who wrote in the font goes on in the default one; at the reset there is nobody to care for.
+  for (CIFontContainer* container : containers) {
+    if (container->font != font) continue;
+    if (isDefault || interpreter_.terminating) {
+      container->font = nullptr;
+    } else {
+      container->SetFontObject(DefaultFont());
+    }
+  }
+}
+
+}  // namespace vl

@@ -1,0 +1,111 @@
+// The table of the class Surface.
+#include <array>
+
+#include "gfx2d/script/gfx2d_classes.h"
+#include "gfx2d/script/surface_class.h"
+#include "gfx2d/script/surface_constants.h"
+
+namespace vl {
+
+namespace {
+
+constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
+  return {id, name, MemberKind::Member, function, 0, 0, help};
+}
+// Not in this player yet.
+constexpr MemberRow Missing(uint16_t id, const char* name, const char* help) {
+  return {id, name, MemberKind::Member, nullptr, 0, 0, help};
+}
+
+constexpr MemberRow kMemberRows[] = {
+    Row(1, "Write", kMember<&CISurface::Write>, "Write(...): its arguments as one text at the pen"),
+    Row(2, "WriteLn", kMember<&CISurface::WriteLn>, "WriteLn(...): a line for each argument"),
+    Row(3, "MoveTo", kMember<&CISurface::MoveTo>, "MoveTo(x, y): the pen"),
+    Row(4, "Line", kMember<&CISurface::Line>, "Line(x1, y1, x2, y2): a missing one is the pen's"),
+    Row(5, "LineTo", kMember<&CISurface::LineTo>, "LineTo(x, y): from the pen"),
+    Row(6, "Ellipse", kMember<&CISurface::Ellipse>, "Ellipse(x1, y1, x2, y2): right and bottom excluded"),
+    Row(7, "Rectangle", kMember<&CISurface::Rectangle>, "Rectangle(x1, y1, x2, y2): right and bottom excluded"),
+    Missing(8, "DrawPolygon", "DrawPolygon(points)"),
+    Row(9, "SetPenColor", kMember<&CISurface::SetPenColor>, "SetPenColor(color): 0xRRGGBB"),
+    Row(10, "SetFillColor", kMember<&CISurface::SetFillColor>, "SetFillColor(color): without one, no filling"),
+    Row(11, "SetFillGradientColor", kMember<&CISurface::SetFillGradientColor>, "SetFillGradientColor(c1, c2)"),
+    Row(12, "SetFillGradientDir", kMember<&CISurface::SetFillGradientDir>,
+        "SetFillGradientDir(d): 0 left to right, else top to bottom"),
+    Row(13, "SetPenGradientColor", kMember<&CISurface::SetPenGradientColor>, "SetPenGradientColor(c1, c2)"),
+    Row(14, "SetPenGradientDir", kMember<&CISurface::SetPenGradientDir>, "SetPenGradientDir(d)"),
+    Row(15, "SetPenSize", kMember<&CISurface::SetPenSize>, "SetPenSize(n): pixels; 0 for no outline"),
+    Row(16, "SetFont", kMember<&CISurface::SetFont>, "SetFont(font) or SetFont(face, size)"),
+    Row(17, "SetAntiAlias", kMember<&CISurface::SetAntiAlias>, "SetAntiAlias(flag): soft edges"),
+    Row(18, "SetDrawMode", kMember<&CISurface::SetDrawMode>, "SetDrawMode(mode, param)"),
+    Row(19, "SetTransparentMode", kMember<&CISurface::SetTransparentMode>,
+        "SetTransparentMode(flag): Copy skips pixels of value 0"),
+    Row(20, "Fill", kMember<&CISurface::Fill>, "Fill(x, y, tolerance): floods with the fill colour"),
+    Row(21, "Rotate", kMember<&CISurface::Rotate>, "Rotate(angle, interpolate): radians"),
+    Row(22, "DrawText", kMember<&CISurface::DrawText>, "DrawText(text, x, y, w, h, wrap, tab)"),
+    Row(23, "SetPixel", kMember<&CISurface::SetPixel>, "SetPixel(x, y, color)"),
+    Row(24, "GetDepth", kMember<&CISurface::GetDepth>, "GetDepth(): bits a pixel"),
+    Row(25, "GetPixelWidth", kMember<&CISurface::GetPixelWidth>, "GetPixelWidth(): pixels"),
+    Row(26, "GetPixelHeight", kMember<&CISurface::GetPixelHeight>, "GetPixelHeight(): pixels"),
+    Missing(27, "LoadImage", "LoadImage(name, ...)"),
+    Missing(28, "SaveImage", "SaveImage(name, format)"),
+    Row(29, "GetPixel", kMember<&CISurface::GetPixel>, "GetPixel(x, y): 0xRRGGBB"),
+    Row(30, "GetPixelIndex", kMember<&CISurface::GetPixelIndex>, "GetPixelIndex(x, y): depth 8 only"),
+    Row(31, "Copy", kMember<&CISurface::Copy>, "Copy(source, x, y, sx, sy, w, h)"),
+    Row(32, "Stretch", kMember<&CISurface::Stretch>, "Stretch(source, x, y, w, h, sx, sy, sw, sh)"),
+    Row(33, "Scroll", kMember<&CISurface::Scroll>, "Scroll(dx, dy, x, y, w, h): moves a box"),
+    Row(34, "ReverseX", kMember<&CISurface::ReverseX>, "ReverseX(x1, y1, x2, y2): mirrors left and right"),
+    Row(35, "ReverseY", kMember<&CISurface::ReverseY>, "ReverseY(x1, y1, x2, y2): mirrors top and bottom"),
+    Row(36, "ReplaceColor", kMember<&CISurface::ReplaceColor>, "ReplaceColor(from, to)"),
+    Row(37, "Clear", kMember<&CISurface::Clear>, "Clear(back, pen): everything as at the start"),
+    Row(38, "GetXPos", kMember<&CISurface::GetXPos>, "GetXPos(): the pen"),
+    Row(39, "GetYPos", kMember<&CISurface::GetYPos>, "GetYPos(): the pen"),
+    Missing(40, "ClearSprites", "ClearSprites(...)"),
+    Missing(41, "UpdateSprites", "UpdateSprites(...)"),
+    Missing(42, "DrawSprites", "DrawSprites(...)"),
+    Missing(43, "ScrollSprites", "ScrollSprites(...)"),
+    Missing(44, "GetFirstSprite", "GetFirstSprite(...)"),
+    Missing(45, "GetLastSprite", "GetLastSprite(...)"),
+    Missing(46, "GetNextSprite", "GetNextSprite(...)"),
+    Missing(47, "GetPrevSprite", "GetPrevSprite(...)"),
+    Missing(48, "DeleteSprites", "DeleteSprites(...)"),
+    Row(49, "SetAutoBack", kMember<&CISurface::SetAutoBack>, "SetAutoBack(flag): what lies behind sprites is kept"),
+    Row(50, "SetAutoRefresh", kMember<&CISurface::SetAutoRefresh>,
+        "SetAutoRefresh(flag): changes are shown by themselves"),
+    Row(51, "Refresh", kMember<&CISurface::RefreshNow>, "Refresh(): shows what changed; error 37 while automatic"),
+    Missing(52, "CaptureScreen", "CaptureScreen(...)"),
+    Missing(53, "CaptureWindow", "CaptureWindow(...)"),
+    Row(54, "SetBackgroundColor", kMember<&CISurface::SetBackgroundColor>, "SetBackgroundColor(color)"),
+    Row(55, "GetBackgroundColor", kMember<&CISurface::GetBackgroundColor>, "GetBackgroundColor(): 0xRRGGBB"),
+    Row(56, "IsAutoBack", kMember<&CISurface::IsAutoBack>, "IsAutoBack(): 1 or 0"),
+    Row(57, "IsAutoRefresh", kMember<&CISurface::IsAutoRefresh>, "IsAutoRefresh(): 1 or 0"),
+    Row(58, "EraseRect", kMember<&CISurface::EraseRect>, "EraseRect(x, y, w, h): filled with the background"),
+    Row(59, "SetWrapping", kMember<&CISurface::SetWrapping>, "SetWrapping(flag): Write wraps at the right edge"),
+    Row(60, "IsWrapping", kMember<&CISurface::IsWrapping>, "IsWrapping(): 1 or 0"),
+    Row(61, "GetFont", kMember<&CISurface::GetFont>, "GetFont(): its Font"),
+    Row(62, "Lock", kMember<&CISurface::Lock>, "Lock(x, y, w, h): before a long series of changes"),
+    Row(63, "Unlock", kMember<&CISurface::Unlock>, "Unlock()"),
+    Row(64, "GetStringWidth", kMember<&CISurface::GetStringWidth>, "GetStringWidth(text): in the screen's points"),
+    Row(65, "GetStringHeight", kMember<&CISurface::GetStringHeight>, "GetStringHeight(text): in the screen's points"),
+};
+
+constexpr uint16_t kFirstConstant = 67;
+
+constexpr auto MakeRows() {
+  std::array<MemberRow, std::size(kMemberRows) + std::size(kSurfaceConstants)> rows{};
+  size_t n = 0;
+  for (const MemberRow& row : kMemberRows) rows[n++] = row;
+  uint16_t id = kFirstConstant;
+  for (const SurfaceConstant& c : kSurfaceConstants) {
+    rows[n++] = {id++, c.name, MemberKind::Constant, nullptr, c.value, c.globalKind, c.help};
+  }
+  return rows;
+}
+
+constexpr auto kRows = MakeRows();
+
+}  // namespace
+
+const ClassTable kSurfaceClass = {CLASS_SURFACE, kRows, &CreateObject<CISurface>,
+                                  "A picture to draw on: New Surface(width, height, depth)"};
+
+}  // namespace vl

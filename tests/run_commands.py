@@ -1,0 +1,261 @@
+#!/usr/bin/env python3
+"""The command line as other tools rely on it: exit statuses, error lines, packing and unpacking, broken files.
+
+    tests/run_commands.py [--vorlane PATH] [FILTER...]
+
+The last line is `N passed, N failed`.
+"""
+
+import argparse
+import json
+import os
+import random
+import shutil
+import subprocess
+import sys
+import tempfile
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+EXAMPLES = sorted(os.listdir(os.path.join(ROOT, "examples")))
+EXAMPLES = [e for e in EXAMPLES if os.path.exists(os.path.join(ROOT, "examples", e, "vorlane.toml"))]
+SAMPLE = os.path.join(ROOT, "tests", "programs", "banks", "two_parts")
+
+
+class Failure(Exception):
+    pass
+
+
+class Bench:
+    """One folder to work in, and the command."""
+
+    def __init__(self, vorlane, folder):
+        self.vorlane, self.folder = vorlane, folder
+
+    def path(self, *names):
+        return os.path.join(self.folder, *names)
+
+    def write(self, name, content):
+        mode = "wb" if isinstance(content, bytes) else "w"
+        with open(self.path(name), mode) as f:
+            f.write(content)
+        return self.path(name)
+
+    def read(self, name):
+        with open(self.path(name), "rb") as f:
+            return f.read()
+
+    def run(self, *args, status=0):
+        env = dict(os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1")
+        done = subprocess.run([self.vorlane, *args], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                              stdin=subprocess.DEVNULL, cwd=self.folder, timeout=120, env=env)
+        wanted = status if isinstance(status, tuple) else (status,)
+        if done.returncode not in wanted:
+            raise Failure(f"vorlane {' '.join(args)}: status {done.returncode}, expected {status}:\n"
+                          f"{done.stderr.decode(errors='replace')[-2000:]}")
+        return done.stdout, done.stderr.decode("utf-8", "replace")
+
+
+def expect(condition, why):
+    if not condition:
+        raise Failure(why)
+
+
+def wrong_usage(b):
+    b.write("a.vlq", "x = 1;")
+    for args in ([], ["nonsense"], ["run"], ["run", "--nope", "a.vlq"], ["run", "a.vlq", "--size", "big"],
+                 ["run", "a.vlq", "--size", "0x0"], ["run", "a.vlq", "--clock", "slow"], ["run", "a.vlq", "--max-time", "-1"],
+                 ["run", "a.vlq", "--param", "novalue"], ["run", "a.vlq", "--headless", "--input", "absent.jsonl"],
+                 ["pack"], ["extract", "a.vlp"], ["check"], ["reference", "Nothing"], ["info"], ["tokens"]):
+        _, err = b.run(*args, status=64)
+        expect(err.strip(), f"{args}: no word about what is wrong")
+
+
+def wrong_input_lines(b):
+    b.write("a.vlq", "x = 1;")
+    for line in ("{", "[]", "{}", '{"at": 1}', '{"at": 1, "type": "nonsense"}', '{"at": "x", "type": "close"}',
+                 '{"at": 1, "type": "key", "key": "NoSuchKey"}', '{"at": -5, "type": "resize", "width": 1}',
+                 '{"at": 1, "type": "key", "key": "F99999999999"}'):
+        b.write("in.jsonl", line + "\n")
+        b.run("run", "a.vlq", "--headless", "--input", "in.jsonl", status=64)
+
+
+def help_texts(b):
+    for command in ([], ["run"], ["pack"], ["info"], ["extract"], ["tokens"], ["check"], ["reference"]):
+        out, _ = b.run(*command, "--help")
+        expect(b"--help" in out, f"{command}: no help")
+    out, _ = b.run("run", "--help")
+    for option in ("--headless", "--clock", "--param", "--args", "--detached", "--size", "--max-time", "--input", "--record",
+                   "--screenshot", "--globals", "--seed"):
+        expect(option.encode() in out, f"{option} isn't in the help of run")
+        man = open(os.path.join(ROOT, "packaging", "vorlane.1")).read()
+        expect(f"Fl -{option[2:]}" in man, f"{option} isn't in the man page")
+
+
+def statuses_of_run(b):
+    b.write("good.vlq", "x = 1;")
+    b.write("syntax.vlq", "x = 1;\ny = ;\n")
+    b.write("fails.vlq", "x = 1;\n\n\ny = x / 0;\n")
+    out, _ = b.run("run", "good.vlq", "--headless", "--globals", "-")
+    expect(json.loads(out) == {"x": 1}, out)
+    for name, line in (("syntax", "syntax - syntax: Error #16 at line 2."), ("fails", "fails - fails: Error #111 at line 4.")):
+        _, err = b.run("run", name + ".vlq", "--headless", status=1)
+        expect(err.rstrip("\n").split("\n")[-1] == line, f"last line {err!r}")
+    b.run("run", "good.vlq", "--headless", "--globals", "out.json")
+    expect(json.loads(b.read("out.json")) == {"x": 1}, "globals in a file")
+
+
+def unreadable_applications(b):
+    os.mkdir(b.path("empty"))
+    b.write("empty.vlp", b"")
+    b.write("text.vlp", b"this is no application at all, but a text of some length")
+    b.write("zeros.vlp", bytes(5000))
+    for app in ("absent.vlp", "absent.vlq", "empty", "empty.vlp", "text.vlp", "zeros.vlp"):
+        _, err = b.run("run", app, "--headless", status=2)
+        expect(err.count("\n") == 1, f"{app}: not one line: {err!r}")
+    for command in ("info", "tokens"):
+        b.run(command, "absent.vlp", status=2)
+    b.run("extract", "text.vlp", "-o", "out", status=2)
+
+
+def pack_extract_pack(b):
+    apps = [(name, os.path.join(ROOT, "examples", name)) for name in EXAMPLES] + [("sample", SAMPLE)]
+    for name, folder in apps:
+        b.run("pack", folder, "-o", f"{name}.vlp")
+        b.run("extract", f"{name}.vlp", "-o", f"{name}-out")
+        b.run("pack", f"{name}-out", "-o", f"{name}-again.vlp")
+        expect(b.read(f"{name}.vlp") == b.read(f"{name}-again.vlp"), f"{name}: packed again it differs")
+
+
+def packed_and_folder_run_alike(b):
+    b.run("pack", SAMPLE, "-o", "sample.vlp")
+    packed, _ = b.run("run", "sample.vlp", "--headless", "--globals", "-")
+    folder, _ = b.run("run", SAMPLE, "--headless", "--globals", "-")
+    expect(packed == folder and len(packed) > 200, "other globals")
+
+
+def the_same_twice(b):
+    app = os.path.join(ROOT, "examples", "follow")
+    outs = []
+    for n in (1, 2):
+        out, _ = b.run("run", app, "--headless", "--max-time", "700", "--globals", "-", "--screenshot", f"{n}.png")
+        outs.append(out)
+    expect(outs[0] == outs[1], "other globals the second time")
+    expect(b.read("1.png") == b.read("2.png"), "another picture the second time")
+
+
+def seeds_matter(b):
+    b.write("r.vlq", "x = Random(1000000);")
+    outs = [b.run("run", "r.vlq", "--headless", "--globals", "-", "--seed", seed)[0] for seed in ("1", "2", "1")]
+    expect(outs[0] == outs[2] and outs[0] != outs[1], outs)
+
+
+def info_as_json(b):
+    b.run("pack", SAMPLE, "-o", "sample.vlp")
+    out, _ = b.run("info", "sample.vlp", "--json")
+    info = json.loads(out)
+    text = json.dumps(info)
+    for word in ("First", "Second", "words", "Alpha", "cellar"):
+        expect(word in text, f"{word} isn't in the JSON")
+    out, _ = b.run("info", "sample.vlp")
+    for word in (b"First", b"words", b"Alpha"):
+        expect(word in out, f"{word} isn't in the text")
+
+
+def tokens_of_a_source(b):
+    b.write("a.vlq", "x = 1 + 2;\nFunction F(n) { Return n; }\n")
+    out, _ = b.run("tokens", "a.vlq")
+    expect(len(out.decode().strip().split("\n")) >= 15, "too few records")
+    b.write("bad.vlq", "x = ;")
+    b.run("tokens", "bad.vlq", status=1)
+
+
+def check_sources(b):
+    b.write("good.vlq", "x = 1;\n")
+    b.write("bad.vlq", "x = 1;\n  y = ++x;\n")
+    b.write("worse.vlq", "x = 1, 2;\n")
+    b.run("check", "good.vlq")
+    _, err = b.run("check", "good.vlq", "bad.vlq", "worse.vlq", status=1)
+    expect("bad.vlq:2:9:" in err and "worse.vlq:1:6:" in err and "good" not in err, err)
+    b.run("check", "absent.vlq", status=(1, 2))
+
+
+def reference_as_json(b):
+    out, _ = b.run("reference", "--json")
+    classes = {c["class"]: c for c in json.loads(out)}
+    for name, number in (("String", 8), ("Math", 2), ("Program", 56), ("System", 39), ("Bank", 60), ("Process", 52)):
+        expect(classes[name]["id"] == number, f"{name} has another id")
+    for c in classes.values():
+        ids = [m["id"] for m in c["members"]]
+        expect(len(set(ids)) == len(ids), f"{c['class']}: an id twice")
+        for m in c["members"]:
+            expect(m["kind"] in ("member", "event", "constant"), m)
+            expect(("value" in m) == (m["kind"] == "constant"), m)
+            expect((m["kind"] == "event") == (m["name"].startswith("On") and m["kind"] != "constant"), m)
+    constants = {m["name"]: m.get("value") for m in classes["System"]["members"]}
+    expect(constants["OS_LINUX"] == 5, constants.get("OS_LINUX"))
+    out, _ = b.run("reference", "Math")
+    expect(b"Atan2" in out, "no Atan2")
+
+
+def cut_files(b):
+    """A file cut anywhere ends with a status of its own and one line, and never takes the player down."""
+    b.run("pack", SAMPLE, "-o", "sample.vlp")
+    whole = b.read("sample.vlp")
+    for size in sorted(set(range(0, 40)) | set(range(0, len(whole), 97))):
+        b.write("cut.vlp", whole[:size])
+        _, err = b.run("run", "cut.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
+        b.run("info", "cut.vlp", status=(0, 2))
+        expect(err.count("\n") <= 2, err)
+
+
+def flipped_bits(b):
+    b.run("pack", SAMPLE, "-o", "sample.vlp")
+    whole = b.read("sample.vlp")
+    chance = random.Random(4711)
+    for _ in range(150):
+        broken = bytearray(whole)
+        for _ in range(chance.choice((1, 1, 1, 4))):
+            broken[chance.randrange(len(broken))] ^= 1 << chance.randrange(8)
+        b.write("broken.vlp", bytes(broken))
+        b.run("run", "broken.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
+        shutil.rmtree(b.path("out"), ignore_errors=True)
+        b.run("extract", "broken.vlp", "-o", "out", status=(0, 1, 2))
+
+
+def absurd_sizes(b):
+    """Every 32-bit word of the file in turn as the largest number: nothing allocates what the file can't hold."""
+    b.run("pack", SAMPLE, "-o", "sample.vlp")
+    whole = b.read("sample.vlp")
+    for at in range(0, min(len(whole), 4000) - 4, 23):
+        b.write("absurd.vlp", whole[:at] + b"\xff\xff\xff\x7f" + whole[at + 4:])
+        b.run("run", "absurd.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
+
+
+TESTS = [wrong_usage, wrong_input_lines, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
+         packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
+         reference_as_json, cut_files, flipped_bits, absurd_sizes]
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__)
+    parser.add_argument("--vorlane", default=os.path.join(ROOT, "build", "tools", "vorlane"))
+    parser.add_argument("filters", nargs="*")
+    args = parser.parse_args()
+    passed = failed = 0
+    for test in TESTS:
+        if args.filters and not any(f in test.__name__ for f in args.filters):
+            continue
+        with tempfile.TemporaryDirectory(prefix="vorlane-command-") as folder:
+            try:
+                test(Bench(os.path.abspath(args.vorlane), folder))
+                passed += 1
+            except Exception as error:  # a fault of one test must not hide the others
+                failed += 1
+                print(f"FAILED command {test.__name__}: {'' if isinstance(error, Failure) else type(error).__name__ + ': '}"
+                      f"{error}")
+    print(f"{passed} passed, {failed} failed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,217 @@
+// The POSIX back end: the thread-safe queue, the confined folder, addresses that may be opened.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "platform/posix/posix_clock.h"
+#include "platform/posix/posix_environment.h"
+#include "platform/posix/posix_file_system.h"
+#include "platform/posix/threaded_queue.h"
+
+namespace vl {
+namespace {
+
+TEST(ThreadedQueue, WakesTheWaiter) {
+  ThreadedQueue queue;
+  Event e;
+  EXPECT_FALSE(queue.waitEvent(e, 0));
+  EXPECT_FALSE(queue.waitEvent(e, 1));
+  std::thread host([&] {
+    for (int i = 0; i < 1000; ++i) {
+      Event pushed;
+      pushed.type = EventType::KeyDown;
+      pushed.code = i;
+      queue.Push(pushed);
+    }
+    queue.PushWithBlob({}, "content");
+  });
+  for (int i = 0; i < 1000; ++i) {
+    ASSERT_TRUE(queue.waitEvent(e, -1));
+    EXPECT_EQ(e.code, i);
+  }
+  ASSERT_TRUE(queue.waitEvent(e, -1));
+  host.join();
+  EXPECT_EQ(queue.takeBlob(e.id), "content");
+  EXPECT_EQ(queue.takeBlob(e.id), "");
+}
+
+TEST(ThreadedQueue, FloodsDropWhatCanBeMissed) {
+  ThreadedQueue queue;
+  Event move;
+  move.type = EventType::MouseMove;
+  Event key;
+  key.type = EventType::KeyDown;
+  for (size_t i = 0; i < 2 * ThreadedQueue::kMaxEvents; ++i) queue.Push(move);
+  for (size_t i = 0; i < 2 * ThreadedQueue::kMaxEvents; ++i) queue.Push(key);
+  Event stop;
+  stop.type = EventType::HostStop;
+  queue.Push(stop);
+  size_t count = 0;
+  size_t keys = 0;
+  Event e;
+  Event last;
+  while (queue.waitEvent(e, 0)) {
+    ++count;
+    keys += e.type == EventType::KeyDown;
+    last = e;
+  }
+  EXPECT_LE(count, ThreadedQueue::kMaxEvents + 1);
+  EXPECT_GE(keys, ThreadedQueue::kMaxEvents / 2) << "moves leave room for keys";
+  EXPECT_EQ(last.type, EventType::HostStop) << "the end always arrives";
+}
+
+class Folder : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    char name[] = "/tmp/vl_posix_XXXXXX";
+    ASSERT_NE(mkdtemp(name), nullptr);
+    base = name;
+    root = base / "root";
+    std::filesystem::create_directories(root / "sub" / "deep");
+    std::ofstream(base / "secret.txt") << "secret";
+    std::ofstream(root / "a.txt") << "alpha";
+    std::ofstream(root / "sub" / "b.txt") << "beta";
+    std::filesystem::create_symlink("../secret.txt", root / "out.txt");
+    std::filesystem::create_symlink(base / "secret.txt", root / "absolute.txt");
+    std::filesystem::create_directory_symlink("..", root / "up");
+    std::filesystem::create_symlink("sub/b.txt", root / "inside.txt");
+    std::filesystem::create_directory_symlink("../../sub", root / "sub" / "deep" / "back");
+    std::filesystem::create_symlink("loop.txt", root / "loop.txt");
+    std::filesystem::create_symlink("../new.txt", root / "create.txt");
+  }
+  void TearDown() override { std::filesystem::remove_all(base); }
+
+  std::string Read(FileSystem& files, std::string_view path) {
+    const auto file = files.open(path, FileMode::Read);
+    if (!file) return "(none)";
+    std::string text(size_t(file->size()), '\0');
+    EXPECT_EQ(file->read(text.data(), text.size()), text.size());
+    return text;
+  }
+
+  std::filesystem::path base;
+  std::filesystem::path root;
+};
+
+TEST_F(Folder, NothingOutsideCanBeReached) {
+  PosixFileSystem files(root.string());
+  const std::pair<const char*, const char*> cases[] = {
+      {"a.txt", "alpha"},
+      {"./sub//b.txt", "beta"},
+      {"sub/../a.txt", "alpha"},
+      {"inside.txt", "beta"},
+      {"sub/deep/back/b.txt", "beta"},
+      {"../secret.txt", "(none)"},
+      {"sub/../../secret.txt", "(none)"},
+      {"up/secret.txt", "(none)"},
+      {"up/root/a.txt", "(none)"},
+      {"out.txt", "(none)"},
+      {"absolute.txt", "(none)"},
+      {"loop.txt", "(none)"},
+      {"/etc/passwd", "(none)"},
+      {"sub", "(none)"},
+      {"", "(none)"},
+      {".", "(none)"},
+      {"..", "(none)"},
+      {"a.txt/b", "(none)"},
+      {"A.TXT", "(none)"},
+  };
+  for (const auto& [path, content] : cases) {
+    EXPECT_EQ(Read(files, path), content) << path;
+    EXPECT_EQ(files.exists(path), std::string(content) != "(none)") << path;
+  }
+  EXPECT_EQ(Read(files, std::string("a.txt\0x", 7)), "(none)");
+  EXPECT_EQ(Read(files, std::string(5000, 'x')), "(none)");
+  std::string deep;
+  for (int i = 0; i < 5000; ++i) deep += "sub/";
+  EXPECT_EQ(Read(files, deep + "b.txt"), "(none)");
+  EXPECT_EQ(files.open("create.txt", FileMode::Create), nullptr);
+  EXPECT_FALSE(std::filesystem::exists(base / "new.txt"));
+  EXPECT_FALSE(files.remove("up/secret.txt"));
+  EXPECT_TRUE(files.remove("out.txt")) << "the link, not what it points to";
+  EXPECT_TRUE(std::filesystem::exists(base / "secret.txt"));
+  PosixFileSystem none((base / "missing").string());
+  EXPECT_FALSE(none.IsOpen());
+  EXPECT_EQ(Read(none, "a.txt"), "(none)");
+}
+
+TEST_F(Folder, FilesReadAndWrite) {
+  PosixFileSystem files(root.string());
+  {
+    const auto file = files.open("sub/new.bin", FileMode::Create);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->write("0123456789", 10), 10u);
+    EXPECT_EQ(std::filesystem::file_size(root / "sub" / "new.bin"), 10u) << "written when it is written";
+    EXPECT_TRUE(file->seek(4));
+    char c[3];
+    EXPECT_EQ(file->read(c, 3), 3u);
+    EXPECT_EQ(std::string(c, 3), "456");
+    EXPECT_EQ(file->position(), 7);
+    EXPECT_TRUE(file->seek(9));
+    EXPECT_EQ(file->read(c, 3), 1u);
+    EXPECT_FALSE(file->failed()) << "the end is no failure";
+    EXPECT_FALSE(file->seek(-1));
+  }
+  const auto file = files.open("sub/new.bin", FileMode::ReadWrite);
+  file->write("AB", 2);
+  EXPECT_EQ(Read(files, "sub/new.bin"), "AB23456789");
+  files.open("sub/new.bin", FileMode::Create);
+  EXPECT_EQ(Read(files, "sub/new.bin"), "");
+  const auto readOnly = files.open("a.txt", FileMode::Read);
+  EXPECT_EQ(readOnly->write("x", 1), 0u);
+  EXPECT_TRUE(readOnly->failed());
+  EXPECT_TRUE(files.remove("sub/new.bin"));
+  EXPECT_FALSE(files.remove("sub/new.bin"));
+  EXPECT_FALSE(files.remove("sub"));
+  EXPECT_EQ(files.open("no/such/place.txt", FileMode::Create), nullptr);
+  ASSERT_EQ(mkfifo((root / "pipe").c_str(), 0600), 0);
+  EXPECT_EQ(files.open("pipe", FileMode::Read), nullptr) << "a pipe would never answer";
+}
+
+TEST(PosixEnvironment, OpensAddressesOnly) {
+  const std::pair<const char*, bool> cases[] = {{"http://example.com/", true},
+                                                {"HTTPS://example.com", true},
+                                                {"mailto:a@b.c", true},
+                                                {"http://", false},
+                                                {"file:///etc/passwd", false},
+                                                {"--help", false},
+                                                {"/usr/bin/true", false},
+                                                {"javascript:x", false},
+                                                {"http://a b", false},
+                                                {"http://a\nb", false},
+                                                {"", false}};
+  for (const auto& [url, allowed] : cases) EXPECT_EQ(IsBrowsableUrl(url), allowed) << url;
+}
+
+TEST(PosixEnvironment, LanguageComesFromTheLocale) {
+  PosixEnvironment environment;
+  const auto with = [&](const char* all, const char* lang) {
+    setenv("LC_ALL", all, 1);
+    setenv("LANG", lang, 1);
+    unsetenv("LC_MESSAGES");
+    return environment.isFrench();
+  };
+  EXPECT_TRUE(with("", "fr_CA.UTF-8"));
+  EXPECT_FALSE(with("", "en_US.UTF-8"));
+  EXPECT_FALSE(with("C", "fr_FR"));
+  unsetenv("LC_ALL");
+  unsetenv("LANG");
+  EXPECT_FALSE(environment.isFrench());
+}
+
+TEST(PosixClock, RunsForward) {
+  PosixClock clock(7);
+  EXPECT_EQ(clock.seed(), 7u);
+  const uint32_t first = clock.nowMs();
+  EXPECT_GE(clock.nowMs(), first);
+  EXPECT_LT(first, 10000u) << "counts from the start of the run";
+  EXPECT_GE(clock.localTime().year, 2024);
+}
+
+}  // namespace
+}  // namespace vl

@@ -1,0 +1,395 @@
+#include "ui/child_window.h"
+
+#include "base/system_colors.h"
+#include "gfx2d/colour.h"
+#include "ui/window_class.h"
+
+namespace vl {
+
+namespace {
+
+constexpr uint32_t kCommonBits[] = {kAttrNoBorder, WS_TABSTOP, 0x20000, WS_VSCROLL, WS_HSCROLL, kAttrHidden, WS_BORDER};
+constexpr AttributeFamily kCommonFamily = {0xDEB00000, kCommonBits};
+constexpr size_t kMaxRest = 7;
+constexpr uint32_t kTextColorIndex = 8;
+constexpr uint32_t kBackColorIndex = 5;
+constexpr int kDefaultFontSize = 16;
+
+}  // namespace
+
+CIChildWindow::CIChildWindow(CInterpretor& interpreter, uint32_t classId)
+    : CIBaseClassImpl(interpreter, classId, Listing::Listed),
+      CIRefresh(interpreter, false),
+      CIFontContainer(interpreter),
+      textColor(SystemColor(kTextColorIndex)),
+      backColor(SystemColor(kBackColorIndex)),
+      privateData(&interpreter) {
+  privateData.SetInt(0);
+  AddFamily(kCommonFamily);
+}
+
+CIChildWindow::~CIChildWindow() = default;
+
+void CIChildWindow::AddFamily(const AttributeFamily& family) {
+  if (static_cast<size_t>(familyCount_) < families_.size()) families_[static_cast<size_t>(familyCount_++)] = family;
+}
+
+void CIChildWindow::Create() {
+  CIBaseClassImpl::Create();
+  if (parent) parent->AddChild(this);
+  creationText.clear();
+}
+
+void CIChildWindow::Destroy(bool final) {
+  const WindowHandle window = hwnd;
+  hwnd = 0;
+  if (window) {
+    Tree().ForgetTarget(window);
+    Tree().Destroy(window);
+  }
+  if (parent) parent->RemoveChild(this);
+  parent = nullptr;
+  privateData.SetInt(0);
+  CIBaseClassImpl::Destroy(final);
+}
+
+bool CIChildWindow::DependsOn(CIBaseClassImpl* target) {
+  return parent && static_cast<CIBaseClassImpl*>(parent) == target && MarkDependant();
+}
+
+void CIChildWindow::SetBackColorRaw(uint32_t colour) {
+  backColor = colour;
+  if (WindowNode* node = Tree().Find(hwnd)) node->backColour = colour;
+}
+
+// Finds the word and bit of an attribute constant. `known`: the object has the family; a null result then means
+// an index past its table.
+uint32_t* CIChildWindow::AttributeWordOf(uint32_t constant, uint32_t& bit, bool& known) {
+  known = false;
+  for (int32_t f = 0; f < familyCount_; ++f) {
+    const AttributeFamily& family = families_[static_cast<size_t>(f)];
+    if ((constant & 0xFFF00000) != family.id) continue;
+    known = true;
+    const uint32_t index = constant & 0xFFFF;
+    if (index >= family.bits.size()) return nullptr;
+    bit = family.bits[index];
+    switch (constant >> 16 & 0xF) {
+      case kWordStyle:
+        return &style;
+      case kWordExStyle:
+        return &exStyle;
+      case kWordAttrs:
+        return &attrs;
+      case kWordAttrs2:
+        return &attrs2;
+      default:
+        return nullptr;
+    }
+  }
+  return nullptr;
+}
+
+void CIChildWindow::ParseWindowArguments(uint32_t mask, std::vector<CValue*>* rest) {
+  const auto spare = [&](CValue* value) {
+    if (!rest) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+    if (rest->size() >= kMaxRest) interpreter.RaiseError(ERR_TOO_MANY);
+    rest->push_back(value);
+  };
+  bool parentTaken = false;
+  for (int i = 0; i < interpreter.GetArgCount(); ++i) {
+    CValue* value = interpreter.GetArg(i);
+    if (value->IsDefault()) continue;
+    if (value->type == VT_OBJECT) {
+      if ((mask & kArgParent) && value->IsObjectOfClass(CLASS_WINDOW)) {
+        if (parentTaken) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+        parent = static_cast<CIWindow*>(value->data.object);
+        parentTaken = true;
+      } else {
+        spare(value);
+      }
+      continue;
+    }
+    if (value->type == VT_STRING) {
+      if (mask & kArgText) {
+        creationText = value->GetString();
+        mask &= ~static_cast<uint32_t>(kArgText);
+      } else {
+        spare(value);
+      }
+      continue;
+    }
+    const auto number = static_cast<uint32_t>(value->GetInt());
+    uint32_t bit = 0;
+    bool known = false;
+    uint32_t* word = AttributeWordOf(number, bit, known);
+    if (known) {
+      const bool allowed = ((word == &style || word == &exStyle) && (mask & kArgStyles)) ||
+                           (word == &attrs && (mask & kArgAttrs)) || (word == &attrs2 && (mask & kArgAttrs2));
+      if (!word || !allowed) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+      *word |= bit;
+      continue;
+    }
+    struct Place {
+      uint32_t bit;
+      int32_t* field;
+    };
+    const Place positionFirst[] = {{kArgX, &x}, {kArgY, &y}, {kArgWidth, &width}, {kArgHeight, &height}};
+    const Place sizeFirst[] = {{kArgWidth, &width}, {kArgHeight, &height}, {kArgX, &x}, {kArgY, &y}};
+    bool placed = false;
+    for (const Place& place : (mask & kArgSizeFirst) ? sizeFirst : positionFirst) {
+      if (!(mask & place.bit)) continue;
+      *place.field = static_cast<int32_t>(number);
+      mask &= ~place.bit;
+      placed = true;
+      break;
+    }
+    if (!placed) spare(value);
+  }
+  if ((mask & kArgCurrentWindow) && !parent) {
+    if (!interpreter.currentWindow) interpreter.RaiseError(ERR_NO_WINDOW);
+    parent = static_cast<CIWindow*>(interpreter.currentWindow);
+  }
+}
+
+bool CIChildWindow::CreateChild(bool asChild, bool inHostWindow) {
+  const WindowHandle parentHandle = parent ? parent->Handle() : 0;
+  if (!asChild || (!parentHandle && !inHostWindow)) style &= ~static_cast<uint32_t>(WS_CHILD);
+  if (attrs & kAttrHidden) {
+    style &= ~static_cast<uint32_t>(WS_VISIBLE);
+  } else {
+    style |= WS_VISIBLE;
+  }
+  if (attrs & kAttrNoBorder) style &= ~static_cast<uint32_t>(WS_BORDER);
+  WindowCreation creation;
+  creation.parent = (style & WS_CHILD) ? parentHandle : 0;
+  creation.inHostWindow = inHostWindow;
+  creation.style = style & ~static_cast<uint32_t>(WS_VISIBLE);
+  creation.exStyle = exStyle;
+  creation.x = x;
+  creation.y = y;
+  creation.width = width;
+  creation.height = height;
+  creation.borders = {borderLeft, borderTop, borderRight, borderBottom};
+  creation.text = creationText;
+  hwnd = Tree().Create(creation, this);
+  if (!hwnd) return false;
+  if (WindowNode* node = Tree().Find(hwnd)) node->backColour = backColor;
+  // It comes up at the next refresh, together with its siblings.
+  if (style & WS_VISIBLE) SetPendingShow(SW_SHOW);
+  return true;
+}
+
+void CIChildWindow::Refresh() {
+  dirty = false;
+  if (!Handle()) return;
+  const auto pending = pendingShow;
+  const bool wasShowPending = showPending;
+  const uint32_t flags = posFlags;
+  const int32_t after = insertAfter;
+  const bool restyled = styleDirty || exStyleDirty;
+  pendingShow.fill(0);
+  showPending = false;
+  posFlags = kNothingToDo;
+  insertAfter = 0;
+  styleDirty = exStyleDirty = false;
+  if (wasShowPending) {
+    for (uint32_t command = 0; command < kShowCommands; ++command) {
+      if (pending[command]) Tree().Show(hwnd, command);
+    }
+  }
+  if (flags != kNothingToDo) {
+    Tree().SetPosition(hwnd, after, x, y, OuterWidth(), OuterHeight(), flags);
+  }
+  if (WindowNode* node = Tree().Find(hwnd)) {
+    node->style = style;
+    node->exStyle = exStyle;
+    if (restyled) Tree().Invalidate(hwnd);
+  }
+}
+
+void CIChildWindow::SetSizeRaw(int32_t w, int32_t h, bool now) {
+  width = w;
+  height = h;
+  WindowNode* node = Tree().Find(hwnd);
+  if (now) {
+    if (node) Tree().SetPosition(hwnd, 0, 0, 0, OuterWidth(), OuterHeight(), SWP_NOMOVE | SWP_NOZORDER);
+  } else {
+    if (node && node->maximized) SetPendingShow(SW_RESTORE);
+    posFlags &= ~static_cast<uint32_t>(SWP_NOSIZE);
+  }
+  RequestRefresh();
+}
+
+void CIChildWindow::RequestOrder(int32_t order, bool now) {
+  if (!Handle()) return;
+  insertAfter = order;
+  if (now) {
+    Tree().SetPosition(hwnd, order, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+  } else {
+    posFlags &= ~static_cast<uint32_t>(SWP_NOZORDER);
+  }
+  RequestRefresh();
+}
+
+void CIChildWindow::GetX() { Result().SetInt(x); }
+void CIChildWindow::GetY() { Result().SetInt(y); }
+void CIChildWindow::GetWidth() { Result().SetInt(width); }
+void CIChildWindow::GetHeight() { Result().SetInt(height); }
+
+void CIChildWindow::Show() {
+  const int32_t now = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
+  if (now != 0 && now != 1) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+  if (!Handle()) return;
+  if (now) {
+    Tree().Show(hwnd, SW_SHOW);
+    RequestRefresh();
+  } else {
+    pendingShow[SW_HIDE] = 0;
+    SetPendingShow(SW_SHOW);
+  }
+}
+
+void CIChildWindow::Hide() {
+  if (!Handle()) return;
+  if (NowArgument(0)) {
+    Tree().Show(hwnd, SW_HIDE);
+    RequestRefresh();
+  } else {
+    pendingShow[SW_SHOW] = 0;
+    SetPendingShow(SW_HIDE);
+  }
+}
+
+void CIChildWindow::IsVisible() { Result().SetInt(Tree().IsVisible(hwnd)); }
+
+void CIChildWindow::SetPosition() {
+  const int32_t newX = interpreter.GetArgInt(0);
+  const int32_t newY = interpreter.GetArgInt(1);
+  if (newX != kDefaultInt) x = newX;
+  if (newY != kDefaultInt) y = newY;
+  if (NowArgument(2)) {
+    Tree().SetPosition(hwnd, 0, x, y, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
+  } else {
+    posFlags &= ~static_cast<uint32_t>(SWP_NOMOVE);
+  }
+  RequestRefresh();
+}
+
+void CIChildWindow::SetSize() {
+  const int32_t w = interpreter.GetArgInt(0);
+  const int32_t h = interpreter.GetArgInt(1);
+  SetSizeRaw(w == kDefaultInt ? width : w, h == kDefaultInt ? height : h, NowArgument(2));
+}
+
+void CIChildWindow::ToBack() { RequestOrder(HWND_BOTTOM, NowArgument(0)); }
+void CIChildWindow::ToFront() { RequestOrder(HWND_TOP, NowArgument(0)); }
+void CIChildWindow::SetTopMost() {
+  if (!parent) RequestOrder(HWND_TOPMOST, NowArgument(0));
+}
+void CIChildWindow::Enable() { Tree().Enable(hwnd, true); }
+void CIChildWindow::Disable() { Tree().Enable(hwnd, false); }
+void CIChildWindow::IsEnabled() { Result().SetInt(Tree().IsEnabled(hwnd)); }
+
+void CIChildWindow::SetText() {
+  if (interpreter.GetArgCount() == 0) return;
+  Tree().SetText(hwnd, interpreter.GetArgString(0));
+}
+
+void CIChildWindow::GetText() {
+  const WindowNode* node = Tree().Find(hwnd);
+  Result().SetString(node ? node->text : std::string());
+}
+
+void CIChildWindow::GetXMouse() { Result().SetInt(Tree().MousePosition().x - Tree().ClientOrigin(hwnd).x); }
+void CIChildWindow::GetYMouse() { Result().SetInt(Tree().MousePosition().y - Tree().ClientOrigin(hwnd).y); }
+
+// One argument is 0xRRGGBB; of three, a missing channel keeps its value. The colour is the library's.
+uint32_t CIChildWindow::ColorArgument(uint32_t old) {
+  if (interpreter.GetArgCount() <= 1) return SwapRedBlue(static_cast<uint32_t>(interpreter.GetArgInt(0)) & 0xFFFFFF);
+  uint32_t colour = old;
+  for (int i = 0; i < 3; ++i) {
+    const int32_t channel = interpreter.GetArgInt(i);
+    if (channel == kDefaultInt) continue;
+    colour = (colour & ~(0xFFu << (8 * i))) | (static_cast<uint32_t>(channel) & 0xFF) << (8 * i);
+  }
+  return colour;
+}
+
+void CIChildWindow::SetColor() {
+  SetTextColorRaw(ColorArgument(textColor));
+  RequestRefresh();
+}
+
+void CIChildWindow::SetBackColor() {
+  SetBackColorRaw(ColorArgument(backColor));
+  RequestRefresh();
+}
+
+void CIChildWindow::GetColor() { Result().SetInt(static_cast<int32_t>(SwapRedBlue(textColor))); }
+void CIChildWindow::GetBackColor() { Result().SetInt(static_cast<int32_t>(SwapRedBlue(backColor))); }
+
+void CIChildWindow::SetFont() {
+  CIFont* chosen = nullptr;
+  FontDescription description;
+  description.height = -kDefaultFontSize;
+  for (int i = 0; i < interpreter.GetArgCount(); ++i) {
+    CValue* value = interpreter.GetArg(i);
+    if (value->IsObjectOfClass(CLASS_FONT)) {
+      chosen = static_cast<CIFont*>(value->data.object);
+    } else if (value->type == VT_STRING) {
+      description.face = value->GetString();
+    } else if (!value->IsDefault()) {
+      description.height = -value->GetInt();
+    }
+  }
+  if (!chosen) chosen = new CIFont(interpreter, description);
+  ApplyFont(chosen);
+  RequestRefresh();
+}
+
+void CIChildWindow::GetFont() { Result().SetObject(font); }
+
+void CIChildWindow::GetParentWindow() { Result().SetObject(parent); }
+
+void CIChildWindow::HasAttribute() {
+  uint32_t bit = 0;
+  bool known = false;
+  const uint32_t* word = AttributeWordOf(static_cast<uint32_t>(interpreter.GetArgInt(0)), bit, known);
+  if (known && !word) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+  Result().SetInt(word && (*word & bit) != 0);
+}
+
+void CIChildWindow::SetPrivateData() { privateData.Assign(*interpreter.GetArg(0)); }
+void CIChildWindow::GetPrivateData() { Result().Assign(privateData); }
+
+Point CIChildWindow::ClientArgument(int32_t& given) {
+  if (interpreter.IsArgDefault(0)) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+  given = interpreter.GetArgInt(0);
+  return Tree().ClientOrigin(hwnd);
+}
+
+void CIChildWindow::GetXScreen() {
+  int32_t given = 0;
+  const Point origin = ClientArgument(given);
+  Result().SetInt(given + origin.x);
+}
+void CIChildWindow::GetYScreen() {
+  int32_t given = 0;
+  const Point origin = ClientArgument(given);
+  Result().SetInt(given + origin.y);
+}
+void CIChildWindow::GetXWindow() {
+  int32_t given = 0;
+  const Point origin = ClientArgument(given);
+  Result().SetInt(given - origin.x);
+}
+void CIChildWindow::GetYWindow() {
+  int32_t given = 0;
+  const Point origin = ClientArgument(given);
+  Result().SetInt(given - origin.y);
+}
+
+void CIChildWindow::SetFocus() { Tree().SetFocus(hwnd); }
+void CIChildWindow::HasFocus() { Result().SetInt(hwnd && Tree().Focus() == hwnd); }
+
+}  // namespace vl
