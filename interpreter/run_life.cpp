@@ -115,6 +115,13 @@ bool CInterpretor::Start() {
     running = false;
     Reset();
     if (!restart) return result;
+    // A program that restarts at once never comes to a tick: time passes and the host's stop is seen here too.
+    services.clock->tick();
+    messages->HasMessage();
+    if (param.stop.load() || (tickLimit && ++ticks > tickLimit)) {
+      if (onEnd) onEnd();
+      return result;
+    }
     first = false;
     detached = true;
   }
