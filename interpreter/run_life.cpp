@@ -158,8 +158,7 @@ void CInterpretor::Prepare(bool attach) {
       directSound3DEnabled = part->sound3D != 0;
     }
   }
-  for (const uint32_t id :
-       {CLASS_MATH, CLASS_KEYBOARD, CLASS_DISK, CLASS_PROGRAM, CLASS_SYSTEM, CLASS_DISPLAY}) {
+  for (const uint32_t id : {CLASS_MATH, CLASS_KEYBOARD, CLASS_DISK, CLASS_PROGRAM, CLASS_SYSTEM, CLASS_DISPLAY}) {
     const CIClassInfo* info = ClassInfo(id);
     if (!info || !info->table || !info->table->create) continue;
     fixedObjects[id] = info->table->create(*this);

@@ -1,4 +1,4 @@
-#include "host/desktop/interpreter_thread.h"
+#include "platform/posix/deep_thread.h"
 
 #include <pthread.h>
 
@@ -6,17 +6,17 @@
 
 namespace vl {
 
-struct InterpreterThread::State {
+struct DeepThread::State {
   std::function<void()> body;
   pthread_t thread{};
   bool started = false;
 };
 
-InterpreterThread::InterpreterThread() : state_(std::make_unique<State>()) {}
+DeepThread::DeepThread() : state_(std::make_unique<State>()) {}
 
-InterpreterThread::~InterpreterThread() { Join(); }
+DeepThread::~DeepThread() { Join(); }
 
-bool InterpreterThread::Start(std::function<void()> body) {
+bool DeepThread::Start(std::function<void()> body) {
   Join();
   state_->body = std::move(body);
   pthread_attr_t attributes;
@@ -34,7 +34,7 @@ bool InterpreterThread::Start(std::function<void()> body) {
   return state_->started;
 }
 
-void InterpreterThread::Join() {
+void DeepThread::Join() {
   if (!state_->started) return;
   pthread_join(state_->thread, nullptr);
   state_->started = false;

@@ -1,4 +1,4 @@
-// InterpreterThread: a thread with a stack that holds the deepest script recursion.
+// DeepThread: the interpreter's thread, with a stack that holds the deepest script recursion.
 #pragma once
 
 #include <functional>
@@ -6,10 +6,10 @@
 
 namespace vl {
 
-class InterpreterThread {
+class DeepThread {
  public:
-  InterpreterThread();
-  ~InterpreterThread();  // joins
+  DeepThread();
+  ~DeepThread();  // joins
   // False when the system gives no thread.
   bool Start(std::function<void()> body);
   void Join();
