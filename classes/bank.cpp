@@ -22,9 +22,7 @@ void CIBank::Construct() {
   Create();
 }
 
-void CIBank::GetElemCount() {
-  interpreter.GetResult().SetInt(static_cast<int32_t>(bank_->elements.size()));
-}
+void CIBank::GetElemCount() { interpreter.GetResult().SetInt(static_cast<int32_t>(bank_->elements.size())); }
 
 void CIBank::GetType() { interpreter.GetResult().SetInt(static_cast<int32_t>(kBankTypeFamily + bank_->type)); }
 

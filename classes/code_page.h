@@ -13,9 +13,12 @@ inline char LowerCase(char c) {
   switch (u) {
     case 0x8A:
     case 0x8C:
-    case 0x8E: return static_cast<char>(u + 0x10);
-    case 0x9F: return static_cast<char>(0xFF);
-    default: return c;
+    case 0x8E:
+      return static_cast<char>(u + 0x10);
+    case 0x9F:
+      return static_cast<char>(0xFF);
+    default:
+      return c;
   }
 }
 
@@ -25,9 +28,12 @@ inline char UpperCase(char c) {
   switch (u) {
     case 0x9A:
     case 0x9C:
-    case 0x9E: return static_cast<char>(u - 0x10);
-    case 0xFF: return static_cast<char>(0x9F);
-    default: return c;
+    case 0x9E:
+      return static_cast<char>(u - 0x10);
+    case 0xFF:
+      return static_cast<char>(0x9F);
+    default:
+      return c;
   }
 }
 

@@ -61,9 +61,15 @@ void CIMath::Abs() {
     case VT_INTEGER:
       result.SetInt(v.data.integer < 0 ? static_cast<int32_t>(0u - Wrap(v.data.integer)) : v.data.integer);
       return;
-    case VT_FLOAT: result.SetFloat(std::fabs(v.data.real)); return;
-    case VT_STRING: result.SetFloat(std::fabs(v.GetDouble())); return;
-    default: result.Assign(v); return;
+    case VT_FLOAT:
+      result.SetFloat(std::fabs(v.data.real));
+      return;
+    case VT_STRING:
+      result.SetFloat(std::fabs(v.GetDouble()));
+      return;
+    default:
+      result.Assign(v);
+      return;
   }
 }
 
@@ -193,14 +199,16 @@ constexpr MemberRow kRows[] = {
     Global(9, "Max", kMember<&CIMath::Max>, "Max(a, b): the larger value, with its type"),
     Global(10, "Min", kMember<&CIMath::Min>, "Min(a, b): the smaller value, with its type"),
     Global(11, "Pow", kMember<&CIMath::Pow>, "Pow(a, b): a to the power of b"),
-    Global(12, "Random", kMember<&CIMath::Random>, "Random(n): integer from 0 towards n; without n a float from 0 to 1"),
+    Global(12, "Random", kMember<&CIMath::Random>,
+           "Random(n): integer from 0 towards n; without n a float from 0 to 1"),
     Global(13, "Round", kMember<&CIMath::Round>, "Round(x): whole part of x, plus 1 when the fraction is 0.5 or more"),
     Global(14, "Sin", kMember<&CIMath::Sin>, "Sin(x): sine of x radians, exact at the quarter turns"),
     Global(15, "Sqrt", kMember<&CIMath::Sqrt>, "Sqrt(x): square root"),
     Global(16, "Tan", kMember<&CIMath::Tan>, "Tan(x): tangent of x radians"),
     Global(17, "Pi", kMember<&CIMath::Pi>, "Pi(): 3.141592653589793"),
     Global(18, "Acos", kMember<&CIMath::Acos>, "Acos(x): arc cosine in radians"),
-    Global(19, "IsFloatFinite", kMember<&CIMath::IsFloatFinite>, "IsFloatFinite(x): 1 unless x is infinite or no number"),
+    Global(19, "IsFloatFinite", kMember<&CIMath::IsFloatFinite>,
+           "IsFloatFinite(x): 1 unless x is infinite or no number"),
     Global(20, "IsNotAFloatNumber", kMember<&CIMath::IsNotAFloatNumber>, "IsNotAFloatNumber(x): 1 when x is no number"),
     Global(21, "SetRandom", kMember<&CIMath::SetRandom>, "SetRandom(seed): starts the random sequence of that seed"),
     Global(22, "GetRadian", kMember<&CIMath::GetRadian>, "GetRadian(d): degrees to radians"),

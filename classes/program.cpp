@@ -150,7 +150,9 @@ void CIProgram::GetArrayDimensionSize() {
   interpreter.GetResult().SetInt(static_cast<int32_t>(store.sizes[n]));
 }
 
-void CIProgram::LoadString() { interpreter.GetResult().SetText(LoadStringElement(interpreter, *interpreter.GetArg(0))); }
+void CIProgram::LoadString() {
+  interpreter.GetResult().SetText(LoadStringElement(interpreter, *interpreter.GetArg(0)));
+}
 
 std::vector<std::string> SplitArguments(std::string_view line) {
   std::vector<std::string> arguments;

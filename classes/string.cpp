@@ -117,8 +117,7 @@ void CIString::LastIndexOf() {
 void CIString::SubString() {
   const std::string_view text = text_.View();
   const int32_t start = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
-  const int32_t length =
-      interpreter.IsArgDefault(1) ? static_cast<int32_t>(text.size()) : interpreter.GetArgInt(1);
+  const int32_t length = interpreter.IsArgDefault(1) ? static_cast<int32_t>(text.size()) : interpreter.GetArgInt(1);
   if (start < 0 || static_cast<size_t>(start) >= text.size() || length <= 0) {
     Result("");
     return;
@@ -198,13 +197,15 @@ constexpr MemberRow kRows[] = {
     Row(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case"),
     Row(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside"),
     Row(13, "IndexOf", kMember<&CIString::IndexOf>, "IndexOf(text, start): first place of text from start on, or -1"),
-    Row(14, "LastIndexOf", kMember<&CIString::LastIndexOf>, "LastIndexOf(text): last of the hits that don't overlap, or -1"),
+    Row(14, "LastIndexOf", kMember<&CIString::LastIndexOf>,
+        "LastIndexOf(text): last of the hits that don't overlap, or -1"),
     Row(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end"),
     Row(16, "Length", kMember<&CIString::Length>, "Length(): number of characters"),
     Row(17, "GetFloat", kMember<&CIString::GetFloat>, "GetFloat(): the number in the text; 0x and 0b are read too"),
     Row(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction"),
     Row(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end"),
-    Row(20, "CompareNoCase", kMember<&CIString::CompareNoCase>, "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
+    Row(20, "CompareNoCase", kMember<&CIString::CompareNoCase>,
+        "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
     Row(21, "Replace", kMember<&CIString::Replace>, "Replace(what, with, caseSensitive): every occurrence replaced"),
 };
 

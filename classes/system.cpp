@@ -28,16 +28,22 @@ int32_t SystemOf(const SystemVersion& v) {
   switch (v.platform) {
     case 1:
       switch (v.minor) {
-        case 0: return kWindows95;
-        case 10: return kWindows98;
-        case 90: return kWindowsMe;
-        default: return kWindows9x;
+        case 0:
+          return kWindows95;
+        case 10:
+          return kWindows98;
+        case 90:
+          return kWindowsMe;
+        default:
+          return kWindows9x;
       }
     case 2:
       if (v.major != 5) return kWindowsNt;
       return v.minor == 0 ? kWindows2000 : kWindowsXp;
-    case 3: return kWindowsCe;
-    default: return kUnknown;
+    case 3:
+      return kWindowsCe;
+    default:
+      return kUnknown;
   }
 }
 
@@ -86,8 +92,8 @@ class CISystem : public CIBaseClassImpl {
     if (interpreter.GetArgCount() != 1 || interpreter.GetArg(0)->type > VT_FLOAT) BadArgument();
     const auto number = static_cast<uint32_t>(interpreter.GetArgInt(0));
     // The system's colour index of each constant, by the constant's low word.
-    static constexpr uint8_t kIndex[] = {21, 15, 20, 22, 16, 10, 2,  12, 1,  18, 9, 27, 28, 17,
-                                         13, 14, 26, 11, 3,  19, 24, 23, 4,  7,  0, 5,  6,  8};
+    static constexpr uint8_t kIndex[] = {21, 15, 20, 22, 16, 10, 2,  12, 1, 18, 9, 27, 28, 17,
+                                         13, 14, 26, 11, 3,  19, 24, 23, 4, 7,  0, 5,  6,  8};
     if ((number & 0xFFFF0000) != kColorFamily || (number & 0xFFFF) >= sizeof kIndex) BadArgument();
     Result(static_cast<int32_t>(SwapRedBlue(SystemColor(kIndex[number & 0xFFFF]))));
   }
@@ -107,7 +113,7 @@ constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, cons
   return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 constexpr MemberRow Color(uint16_t n, const char* name) {
-  return {static_cast<uint16_t>(55 + n), name, MemberKind::Constant, nullptr, kColorFamily + n, 0,
+  return {static_cast<uint16_t>(55 + n),  name, MemberKind::Constant, nullptr, kColorFamily + n, 0,
           "system colour for GetSysColor"};
 }
 

@@ -52,9 +52,15 @@ void PutFloat(std::string& out, double value) {
 
 void PutValue(std::string& out, const CValue& value, int depth) {
   switch (value.type) {
-    case VT_INTEGER: out += std::to_string(value.data.integer); return;
-    case VT_FLOAT: PutFloat(out, value.data.real); return;
-    case VT_STRING: PutString(out, value.StringView()); return;
+    case VT_INTEGER:
+      out += std::to_string(value.data.integer);
+      return;
+    case VT_FLOAT:
+      PutFloat(out, value.data.real);
+      return;
+    case VT_STRING:
+      PutString(out, value.StringView());
+      return;
     case VT_OBJECT:
       if (!value.data.object) break;
       out += "{\"object\":";
@@ -83,7 +89,8 @@ void PutValue(std::string& out, const CValue& value, int depth) {
       out += "]}";
       return;
     }
-    default: break;
+    default:
+      break;
   }
   out += "null";
 }

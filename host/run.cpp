@@ -22,16 +22,26 @@ const ClassRegistry& PlayerClasses() {
 
 std::string DescribeAppStatus(uint32_t status) {
   switch (status) {
-    case kAppNotRecognised: return "not an application file";
-    case kAppOutOfMemory: return "too large for the memory of a run";
-    case kAppReadFailed: return "a read failed";
-    case kAppEndOfFile: return "the file ends too early";
-    case kAppCantOpen: return "the file can't be opened";
-    case kAppBadStream: return "a compressed piece is damaged";
-    case kAppBankHeader: return "the header of a bank is damaged";
-    case kAppElementHeader: return "the header of an element is damaged";
-    case kAppNoApplication: return "no application was given";
-    default: return "the file is damaged (status " + std::to_string(status) + ")";
+    case kAppNotRecognised:
+      return "not an application file";
+    case kAppOutOfMemory:
+      return "too large for the memory of a run";
+    case kAppReadFailed:
+      return "a read failed";
+    case kAppEndOfFile:
+      return "the file ends too early";
+    case kAppCantOpen:
+      return "the file can't be opened";
+    case kAppBadStream:
+      return "a compressed piece is damaged";
+    case kAppBankHeader:
+      return "the header of a bank is damaged";
+    case kAppElementHeader:
+      return "the header of an element is damaged";
+    case kAppNoApplication:
+      return "no application was given";
+    default:
+      return "the file is damaged (status " + std::to_string(status) + ")";
   }
 }
 

@@ -91,9 +91,9 @@ inline constexpr uint32_t kClassLists = 77;
 
 struct ClassFacts {
   const char* name;
-  uint16_t constantBase;  // one above the last ordinary member id
-  bool fixed;             // one object a run, never made by New
-  bool kept;              // the collection always leaves its objects alone
+  uint16_t constantBase;                // one above the last ordinary member id
+  bool fixed;                           // one object a run, never made by New
+  bool kept;                            // the collection always leaves its objects alone
   std::span<const uint8_t> dependants;  // classes whose objects may hang on an object of this one
 };
 

@@ -105,8 +105,12 @@ void CFirstPass::Source(uint32_t number) {
   while (cursor_ < text_.size()) {
     wordStart_ = cursor_;
     switch (ClassOf(text_[cursor_])) {
-      case kLetter: Word(); break;
-      case kDigit: Number(); break;
+      case kLetter:
+        Word();
+        break;
+      case kDigit:
+        Number();
+        break;
       case kPunctuation:
         if (text_[cursor_] == '"' || text_[cursor_] == '\'') {
           Quoted();
@@ -114,7 +118,9 @@ void CFirstPass::Source(uint32_t number) {
           Punctuation();
         }
         break;
-      default: ++cursor_; break;
+      default:
+        ++cursor_;
+        break;
     }
   }
   wordStart_ = static_cast<uint32_t>(text_.size());
@@ -339,7 +345,9 @@ void CFirstPass::Punctuation() {
       Put<uint32_t>(0);
       End();
       return;
-    default: Plain(static_cast<uint16_t>(row->id)); return;
+    default:
+      Plain(static_cast<uint16_t>(row->id));
+      return;
   }
 }
 

@@ -89,12 +89,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CValue* GetArg(int i);
   bool IsArgDefault(int i) { return i >= GetArgCount() || Arg(i).IsDefault(); }
   int32_t GetArgInt(int i) { return i < GetArgCount() ? Arg(i).GetInt() : kDefaultInt; }
-  double GetArgDouble(int i) {
-    return i < GetArgCount() ? Arg(i).GetDouble() : kDefaultDouble;
-  }
-  double GetArgFloat(int i) {
-    return i < GetArgCount() ? Arg(i).GetFloat() : static_cast<double>(kDefaultFloat);
-  }
+  double GetArgDouble(int i) { return i < GetArgCount() ? Arg(i).GetDouble() : kDefaultDouble; }
+  double GetArgFloat(int i) { return i < GetArgCount() ? Arg(i).GetFloat() : static_cast<double>(kDefaultFloat); }
   const char* GetArgString(int i) { return i < GetArgCount() ? GetArg(i)->GetString() : kDefaultString; }
   Text GetArgText(int i);
   CIBaseClassImpl* GetArgObject(int i);
@@ -344,7 +340,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<Text> literals_;
   std::vector<std::function<void()>> polls_;
 };
-
 
 // A runtime object that holds its own text: String.
 class CITextHolder {

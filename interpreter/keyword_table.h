@@ -9,10 +9,10 @@
 namespace vl {
 
 struct KeywordRow {
-  uint32_t id = 0;          // token kind, or member id
-  const char* name = "";    // static text
-  uint32_t field3 = 0;      // token kind under which a member is also a global name, or 0
-  uint32_t flags = 0;       // bit 31: a constant
+  uint32_t id = 0;        // token kind, or member id
+  const char* name = "";  // static text
+  uint32_t field3 = 0;    // token kind under which a member is also a global name, or 0
+  uint32_t flags = 0;     // bit 31: a constant
 };
 
 class CKeywordTable {

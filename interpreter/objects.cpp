@@ -3,9 +3,7 @@
 
 namespace vl {
 
-void CInterpretor::Enlist(CIBaseClassImpl* object) {
-  object->listNode = classLists[object->classId].Prepend(object);
-}
+void CInterpretor::Enlist(CIBaseClassImpl* object) { object->listNode = classLists[object->classId].Prepend(object); }
 
 void CInterpretor::Delist(CIBaseClassImpl* object) {
   if (!object->listNode) return;

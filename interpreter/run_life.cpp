@@ -115,6 +115,13 @@ bool CInterpretor::Start() {
     running = false;
     Reset();
     if (!restart) return result;
+    // A program that restarts at once never comes to a tick: time passes and the host's stop is seen here too.
+    services.clock->tick();
+    messages->HasMessage();
+    if (param.stop.load() || (tickLimit && ++ticks > tickLimit)) {
+      if (onEnd) onEnd();
+      return result;
+    }
     first = false;
     detached = true;
   }
@@ -151,8 +158,7 @@ void CInterpretor::Prepare(bool attach) {
       directSound3DEnabled = part->sound3D != 0;
     }
   }
-  for (const uint32_t id :
-       {CLASS_MATH, CLASS_KEYBOARD, CLASS_DISK, CLASS_PROGRAM, CLASS_SYSTEM, CLASS_DISPLAY}) {
+  for (const uint32_t id : {CLASS_MATH, CLASS_KEYBOARD, CLASS_DISK, CLASS_PROGRAM, CLASS_SYSTEM, CLASS_DISPLAY}) {
     const CIClassInfo* info = ClassInfo(id);
     if (!info || !info->table || !info->table->create) continue;
     fixedObjects[id] = info->table->create(*this);

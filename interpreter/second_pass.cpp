@@ -138,15 +138,30 @@ void CSecondPass::Statement() {
       Copy();
       CopySemicolon();
       return;
-    case TK_SEMICOLON: Step(); return;
-    case TK_BRACE_OPEN: BraceBody(NewBlock(kBlockPlain)); return;
+    case TK_SEMICOLON:
+      Step();
+      return;
+    case TK_BRACE_OPEN:
+      BraceBody(NewBlock(kBlockPlain));
+      return;
     case TK_IF:
-    case TK_ELSE: IfStatement(); return;
-    case TK_WHILE: WhileStatement(); return;
-    case TK_FOR: ForStatement(); return;
-    case TK_SWITCH: SwitchStatement(); return;
-    case TK_FUNCTION: FunctionStatement(); return;
-    default: Fail(ERR_SYNTAX);
+    case TK_ELSE:
+      IfStatement();
+      return;
+    case TK_WHILE:
+      WhileStatement();
+      return;
+    case TK_FOR:
+      ForStatement();
+      return;
+    case TK_SWITCH:
+      SwitchStatement();
+      return;
+    case TK_FUNCTION:
+      FunctionStatement();
+      return;
+    default:
+      Fail(ERR_SYNTAX);
   }
 }
 
@@ -308,7 +323,8 @@ void CSecondPass::Expression(int depth) {
       case TK_SEMICOLON:
       case TK_END:
       case TK_COLON:
-      case TK_BRACKET_CLOSE: return;
+      case TK_BRACKET_CLOSE:
+        return;
       case TK_PAREN_CLOSE:
         if (depth == 0) return;
         Copy();
@@ -322,7 +338,9 @@ void CSecondPass::Expression(int depth) {
         Primary();
         break;
       case TK_INCREMENT:
-      case TK_DECREMENT: Copy(); break;
+      case TK_DECREMENT:
+        Copy();
+        break;
       default:
         if (kind < TK_OPERATOR_FIRST || kind > TK_OPERATOR_LAST) Fail(ERR_SYNTAX);
         Copy();
@@ -338,8 +356,11 @@ void CSecondPass::Primary() {
     case TK_NOT:
     case TK_COMPLEMENT:
     case TK_ADD:
-    case TK_SUB: Copy(); break;
-    default: break;
+    case TK_SUB:
+      Copy();
+      break;
+    default:
+      break;
   }
   PrimaryToken();
 }
@@ -407,7 +428,9 @@ void CSecondPass::PrimaryToken() {
       Expression(1);
       return;
     case TK_INCREMENT:
-    case TK_DECREMENT: Copy(); return;
+    case TK_DECREMENT:
+      Copy();
+      return;
     default:
       if (kind >= TK_MAIN_START && kind <= TK_OFF) {
         Copy();
@@ -421,7 +444,9 @@ void CSecondPass::PrimaryToken() {
 void CSecondPass::MemberChain() {
   for (;;) {
     switch (Kind()) {
-      case TK_MEMBER: Copy(); break;
+      case TK_MEMBER:
+        Copy();
+        break;
       case TK_MEMBER_CALL:
         Copy();
         Arguments();
@@ -430,7 +455,8 @@ void CSecondPass::MemberChain() {
         Copy();
         Subscripts();
         break;
-      default: return;
+      default:
+        return;
     }
   }
 }

@@ -37,9 +37,15 @@ void CInterpretor::Action(uint16_t kind) {
   switch (kind) {
     case TK_NAME:
     case TK_ELEMENT:
-    case TK_THIS: Evaluate(); return;
-    case TK_CALL: CallByName(); return;
-    case TK_BRACE_CLOSE: DoCloseBrace(); return;
+    case TK_THIS:
+      Evaluate();
+      return;
+    case TK_CALL:
+      CallByName();
+      return;
+    case TK_BRACE_CLOSE:
+      DoCloseBrace();
+      return;
     case TK_BRACE_OPEN:
       PushScope(blocks[TokenWord2(token)]);
       readCursor = TokenNext(token);
@@ -60,9 +66,15 @@ void CInterpretor::Action(uint16_t kind) {
         readCursor = At(TokenWord(readCursor));
       } while (TokenKindOf(readCursor) == TK_ELSE);
       return;
-    case TK_FOR: DoFor(); return;
-    case TK_WHILE: DoWhile(); return;
-    case TK_SWITCH: DoSwitch(); return;
+    case TK_FOR:
+      DoFor();
+      return;
+    case TK_WHILE:
+      DoWhile();
+      return;
+    case TK_SWITCH:
+      DoSwitch();
+      return;
     case TK_CASE: {
       Token t = token;
       while (TokenKindOf(t) != TK_SEMICOLON) {
@@ -73,18 +85,31 @@ void CInterpretor::Action(uint16_t kind) {
       return;
     }
     case TK_DEFAULT:
-    case TK_SEMICOLON: readCursor = TokenNext(token); return;
-    case TK_BREAK: DoBreak(); return;
-    case TK_CONTINUE: DoContinue(); return;
-    case TK_RETURN: DoReturn(); return;
-    case TK_DELETE: DoDelete(); return;
-    case TK_FUNCTION: GoBehind(blocks[TokenWord2(token)].bodyEnd); return;
+    case TK_SEMICOLON:
+      readCursor = TokenNext(token);
+      return;
+    case TK_BREAK:
+      DoBreak();
+      return;
+    case TK_CONTINUE:
+      DoContinue();
+      return;
+    case TK_RETURN:
+      DoReturn();
+      return;
+    case TK_DELETE:
+      DoDelete();
+      return;
+    case TK_FUNCTION:
+      GoBehind(blocks[TokenWord2(token)].bodyEnd);
+      return;
     case TK_MAIN_START:
       SetPart(static_cast<int32_t>(TokenWord(token)));
       readCursor = TokenNext(token);
       return;
     case TK_MAIN_END:
-    case TK_END: RaiseError(ERR_END);
+    case TK_END:
+      RaiseError(ERR_END);
     case TK_VAR:
     case TK_TEXT:
     case TK_CURWINDOW:
@@ -94,9 +119,13 @@ void CInterpretor::Action(uint16_t kind) {
     case CLASS_SYSTEM:
     case CLASS_PROGRAM:
     case CLASS_DISPLAY:
-    case CLASS_EDITOR: PrimarySlow(kind); return;
-    case TK_MEMBER_CALL: RaiseError(ERR_UNDEFINED, kNoArgument, "a call's value can't be followed by a member");
-    default: RaiseError(ERR_SYNTAX);
+    case CLASS_EDITOR:
+      PrimarySlow(kind);
+      return;
+    case TK_MEMBER_CALL:
+      RaiseError(ERR_UNDEFINED, kNoArgument, "a call's value can't be followed by a member");
+    default:
+      RaiseError(ERR_SYNTAX);
   }
 }
 
@@ -173,7 +202,8 @@ void CInterpretor::DoCloseBrace() {
       returned = true;
       if (returnValue) returnValue->SetInt(0);
       return;
-    default: RaiseError(ERR_UNKNOWN_BLOCK);
+    default:
+      RaiseError(ERR_UNKNOWN_BLOCK);
   }
 }
 

@@ -12,15 +12,15 @@
 namespace vl {
 
 struct CThreadParam {
-  std::string commandLine;      // what Program.GetCommandLine gives; empty in the control
-  bool detached = false;        // no host window: the program makes its own
+  std::string commandLine;  // what Program.GetCommandLine gives; empty in the control
+  bool detached = false;    // no host window: the program makes its own
   bool designMode = false;
-  bool allClasses = false;      // load every class table, whatever the application's list says
+  bool allClasses = false;  // load every class table, whatever the application's list says
   std::atomic<bool> stop{false};
-  std::string path;             // of the application file, in the run's file tree
+  std::string path;                                             // of the application file, in the run's file tree
   std::vector<std::pair<std::string, std::string>> parameters;  // of the page
-  std::string sourceName;       // local path of the application as the host knows it, or empty
-  int32_t startDelayMs = -1;    // minimum time for the start picture; below 0: none
+  std::string sourceName;     // local path of the application as the host knows it, or empty
+  int32_t startDelayMs = -1;  // minimum time for the start picture; below 0: none
   bool startDelayDone = false;
 };
 

@@ -14,11 +14,11 @@ enum TokenKind : uint16_t {
   TK_END = 0,
   TK_CLASS_FIRST = 1,
   TK_CLASS_LAST = 75,
-  TK_CALL = 77,          // name (
-  TK_NAME = 78,          // name
-  TK_ELEMENT = 79,       // name [
-  TK_MEMBER_CALL = 80,   // .name (
-  TK_MEMBER = 81,        // .name
+  TK_CALL = 77,            // name (
+  TK_NAME = 78,            // name
+  TK_ELEMENT = 79,         // name [
+  TK_MEMBER_CALL = 80,     // .name (
+  TK_MEMBER = 81,          // .name
   TK_MEMBER_ELEMENT = 82,  // .name [
   TK_VAR = 83,
   TK_NEW = 84,

@@ -15,8 +15,7 @@ void BuildKeywordTables(KeywordTables& tables, const ClassRegistry& registry, co
     tables.tables[id] = registry.tables[id];
     if (!registry.tables[id]) continue;
     for (const MemberRow& row : registry.tables[id]->rows) {
-      tables.members[id]->Add(
-          {row.id, row.name, row.globalKind, row.kind == MemberKind::Constant ? 0x80000000u : 0u});
+      tables.members[id]->Add({row.id, row.name, row.globalKind, row.kind == MemberKind::Constant ? 0x80000000u : 0u});
     }
   }
 }

@@ -25,14 +25,14 @@ enum SourceFlags : uint32_t {
   kSourceControlEnds = 1,  // a control character ends the text
   kSourceCopied = 2,       // the text isn't NUL-terminated and is copied
   kSourceInit = 4,
-  kSourceMain = 8,         // the source whose statements run
+  kSourceMain = 8,  // the source whose statements run
 };
 
 // The words that a program may use: the language's and those of the classes that the application names.
 struct KeywordTables {
-  CKeywordTable language;                                         // with a row for each class in use
+  CKeywordTable language;                                               // with a row for each class in use
   std::array<std::unique_ptr<CKeywordTable>, kClassCount + 1> members;  // null: class not in use
-  std::array<const ClassTable*, kClassCount + 1> tables{};        // null: not in use, or not in this player
+  std::array<const ClassTable*, kClassCount + 1> tables{};              // null: not in use, or not in this player
 };
 
 // Loads the tables of the named classes from the registry.

@@ -96,11 +96,20 @@ void CValue::AssignSlow(const CValue& other) {
       Text::Retain(other.data.text);
       SetTextBlock(other.data.text);
       return;
-    case VT_OBJECT: SetObject(other.data.object); return;
-    case VT_FUNCTION: SetFunction(other.data.function); return;
-    case VT_ARRAY: SetArray(other.data.array); return;
-    case VT_DEFAULT: SetDefault(); return;
-    default: owner->RaiseError(ERR_UNDEFINED);
+    case VT_OBJECT:
+      SetObject(other.data.object);
+      return;
+    case VT_FUNCTION:
+      SetFunction(other.data.function);
+      return;
+    case VT_ARRAY:
+      SetArray(other.data.array);
+      return;
+    case VT_DEFAULT:
+      SetDefault();
+      return;
+    default:
+      owner->RaiseError(ERR_UNDEFINED);
   }
 }
 
@@ -111,7 +120,9 @@ void CValue::ReleaseSlow() {
   const Data old = data;
   data.integer = 0;
   switch (was) {
-    case VT_STRING: Text::ReleaseBlock(old.text); return;
+    case VT_STRING:
+      Text::ReleaseBlock(old.text);
+      return;
     case VT_OBJECT:
       if (CIBaseClassImpl* object = old.object) {
         Unregister(*object);
@@ -126,7 +137,8 @@ void CValue::ReleaseSlow() {
       if (lvalueObject) Unregister(*lvalueObject);
       lvalue = nullptr;
       return;
-    default: return;
+    default:
+      return;
   }
 }
 
@@ -139,29 +151,43 @@ void CValue::Unregister(CIBaseClassImpl& object) {
 
 int32_t CValue::GetIntSlow() const {
   switch (type) {
-    case VT_INTEGER: return data.integer;
-    case VT_FLOAT: return TruncateToInt(data.real);
-    case VT_STRING: return ParseInteger(StringView());
+    case VT_INTEGER:
+      return data.integer;
+    case VT_FLOAT:
+      return TruncateToInt(data.real);
+    case VT_STRING:
+      return ParseInteger(StringView());
     case VT_OBJECT:
-    case VT_FUNCTION: owner->RaiseError(ERR_OBJECT_VALUE);
-    case VT_ARRAY: return 0;
-    case VT_DEFAULT: return kDefaultInt;
-    default: owner->RaiseError(ERR_UNDEFINED);
+    case VT_FUNCTION:
+      owner->RaiseError(ERR_OBJECT_VALUE);
+    case VT_ARRAY:
+      return 0;
+    case VT_DEFAULT:
+      return kDefaultInt;
+    default:
+      owner->RaiseError(ERR_UNDEFINED);
   }
 }
 
 double CValue::GetDoubleSlow(double ifDefault, bool rejectFunction) const {
   switch (type) {
-    case VT_INTEGER: return data.integer;
-    case VT_FLOAT: return data.real;
-    case VT_STRING: return ParseDouble(StringView());
+    case VT_INTEGER:
+      return data.integer;
+    case VT_FLOAT:
+      return data.real;
+    case VT_STRING:
+      return ParseDouble(StringView());
     case VT_FUNCTION:
       if (!rejectFunction) return 0.0;
       [[fallthrough]];
-    case VT_OBJECT: owner->RaiseError(ERR_OBJECT_VALUE);
-    case VT_ARRAY: return 0.0;
-    case VT_DEFAULT: return ifDefault;
-    default: owner->RaiseError(ERR_UNDEFINED);
+    case VT_OBJECT:
+      owner->RaiseError(ERR_OBJECT_VALUE);
+    case VT_ARRAY:
+      return 0.0;
+    case VT_DEFAULT:
+      return ifDefault;
+    default:
+      owner->RaiseError(ERR_UNDEFINED);
   }
 }
 
@@ -177,12 +203,17 @@ const char* CValue::GetString() const {
       FormatDouble(data.real, {buffer, CInterpretor::kTemporaryBytes});
       return buffer;
     }
-    case VT_STRING: return data.text ? data.text->data : "";
+    case VT_STRING:
+      return data.text ? data.text->data : "";
     case VT_OBJECT:
-    case VT_FUNCTION: owner->RaiseError(ERR_OBJECT_VALUE);
-    case VT_ARRAY: return "";
-    case VT_DEFAULT: return kDefaultString;
-    default: owner->RaiseError(ERR_UNDEFINED);
+    case VT_FUNCTION:
+      owner->RaiseError(ERR_OBJECT_VALUE);
+    case VT_ARRAY:
+      return "";
+    case VT_DEFAULT:
+      return kDefaultString;
+    default:
+      owner->RaiseError(ERR_UNDEFINED);
   }
 }
 
@@ -216,14 +247,21 @@ int32_t CValue::GetClassId() const {
 
 bool CValue::IsTrue() const {
   switch (type) {
-    case VT_INTEGER: return data.integer != 0;
-    case VT_FLOAT: return data.real != 0.0;
-    case VT_STRING: return data.text && data.text->data[0] != '0';
-    case VT_OBJECT: return data.object != nullptr;
-    case VT_FUNCTION: return data.function != nullptr;
-    case VT_ARRAY: return data.array != nullptr;
+    case VT_INTEGER:
+      return data.integer != 0;
+    case VT_FLOAT:
+      return data.real != 0.0;
+    case VT_STRING:
+      return data.text && data.text->data[0] != '0';
+    case VT_OBJECT:
+      return data.object != nullptr;
+    case VT_FUNCTION:
+      return data.function != nullptr;
+    case VT_ARRAY:
+      return data.array != nullptr;
     case VT_DEFAULT:
-    default: owner->RaiseError(ERR_UNDEFINED);
+    default:
+      owner->RaiseError(ERR_UNDEFINED);
   }
 }
 

@@ -104,7 +104,9 @@ class CValue {
   int32_t GetClassId() const;
   bool IsObjectOfClass(uint32_t classId) const { return GetClassId() == static_cast<int32_t>(classId); }
 
-  std::string_view StringView() const { return data.text ? std::string_view(data.text->data, data.text->length) : std::string_view(); }
+  std::string_view StringView() const {
+    return data.text ? std::string_view(data.text->data, data.text->length) : std::string_view();
+  }
 
   // Truth for && and ||: an empty string is true, a string that starts with the digit 0 is false.
   bool IsTrue() const;

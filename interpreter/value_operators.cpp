@@ -30,13 +30,21 @@ double AsReal(const CValue& v) { return v.type == VT_INTEGER ? v.data.integer : 
 void ToString(CValue& v) {
   char buffer[CInterpretor::kTemporaryBytes];
   switch (v.type) {
-    case VT_STRING: return;
-    case VT_INTEGER: v.SetString({buffer, FormatInteger(v.data.integer, buffer)}); return;
-    case VT_FLOAT: v.SetString({buffer, FormatDouble(v.data.real, buffer)}); return;
+    case VT_STRING:
+      return;
+    case VT_INTEGER:
+      v.SetString({buffer, FormatInteger(v.data.integer, buffer)});
+      return;
+    case VT_FLOAT:
+      v.SetString({buffer, FormatDouble(v.data.real, buffer)});
+      return;
     case VT_OBJECT:
-    case VT_FUNCTION: v.owner->RaiseError(ERR_OBJECT_VALUE);
-    case VT_ARRAY: v.owner->RaiseError(ERR_ARRAY_STRING);
-    default: v.owner->RaiseError(ERR_UNDEFINED);
+    case VT_FUNCTION:
+      v.owner->RaiseError(ERR_OBJECT_VALUE);
+    case VT_ARRAY:
+      v.owner->RaiseError(ERR_ARRAY_STRING);
+    default:
+      v.owner->RaiseError(ERR_UNDEFINED);
   }
 }
 
@@ -82,9 +90,15 @@ template <typename Compare>
 void Order(CValue& left, CValue& right, Compare compare) {
   bool result = false;
   switch (CoerceNumericOrString(left, right)) {
-    case Pair::Integers: result = compare(left.data.integer, right.data.integer); break;
-    case Pair::Reals: result = compare(AsReal(left), AsReal(right)); break;
-    case Pair::Strings: result = compare(CompareText(left, right), 0); break;
+    case Pair::Integers:
+      result = compare(left.data.integer, right.data.integer);
+      break;
+    case Pair::Reals:
+      result = compare(AsReal(left), AsReal(right));
+      break;
+    case Pair::Strings:
+      result = compare(CompareText(left, right), 0);
+      break;
   }
   left.SetInt(result);
 }
@@ -121,7 +135,9 @@ void ValueAdd(CValue& left, CValue& right) {
       left.data.integer =
           static_cast<int32_t>(static_cast<uint32_t>(left.data.integer) + static_cast<uint32_t>(right.data.integer));
       return;
-    case Pair::Reals: left.SetFloat(AsReal(left) + AsReal(right)); return;
+    case Pair::Reals:
+      left.SetFloat(AsReal(left) + AsReal(right));
+      return;
     case Pair::Strings: {
       if (!right.data.text) return;
       Text text = Text::Adopt(left.data.text);
@@ -140,7 +156,9 @@ void ValueSubtract(CValue& left, CValue& right) {
       left.data.integer =
           static_cast<int32_t>(static_cast<uint32_t>(left.data.integer) - static_cast<uint32_t>(right.data.integer));
       return;
-    case Pair::Reals: left.SetFloat(AsReal(left) - AsReal(right)); return;
+    case Pair::Reals:
+      left.SetFloat(AsReal(left) - AsReal(right));
+      return;
     case Pair::Strings: {
       const std::string_view piece = right.StringView();
       const std::string_view whole = left.StringView();
@@ -238,17 +256,27 @@ void ValueNotEqual(CValue& left, CValue& right) { left.SetInt(!ValueIsEqual(left
 
 void ValueNot(CValue& value) {
   switch (value.type) {
-    case VT_INTEGER: value.data.integer = value.data.integer == 0; return;
-    case VT_FLOAT: value.SetInt(value.data.real == 0.0); return;
-    default: RaiseNotNumber(value);
+    case VT_INTEGER:
+      value.data.integer = value.data.integer == 0;
+      return;
+    case VT_FLOAT:
+      value.SetInt(value.data.real == 0.0);
+      return;
+    default:
+      RaiseNotNumber(value);
   }
 }
 
 void ValueNegate(CValue& value) {
   switch (value.type) {
-    case VT_INTEGER: value.data.integer = static_cast<int32_t>(0u - static_cast<uint32_t>(value.data.integer)); return;
-    case VT_FLOAT: value.data.real = -value.data.real; return;
-    default: RaiseNotNumber(value);
+    case VT_INTEGER:
+      value.data.integer = static_cast<int32_t>(0u - static_cast<uint32_t>(value.data.integer));
+      return;
+    case VT_FLOAT:
+      value.data.real = -value.data.real;
+      return;
+    default:
+      RaiseNotNumber(value);
   }
 }
 
@@ -263,8 +291,11 @@ void ValueIncrement(CValue& variable, int32_t step) {
       variable.data.integer =
           static_cast<int32_t>(static_cast<uint32_t>(variable.data.integer) + static_cast<uint32_t>(step));
       return;
-    case VT_FLOAT: variable.data.real += step; return;
-    default: RaiseNotNumber(variable);
+    case VT_FLOAT:
+      variable.data.real += step;
+      return;
+    default:
+      RaiseNotNumber(variable);
   }
 }
 

@@ -7,10 +7,10 @@
 namespace vl {
 
 struct ApplicationFiles {
-  std::string error;                          // empty on success: one line
-  std::string path;                           // a file on the disk, or empty when `files` holds it
-  std::string mainName;                       // key of the application in `files`
-  std::map<std::string, std::string> files;   // packed in memory
+  std::string error;                         // empty on success: one line
+  std::string path;                          // a file on the disk, or empty when `files` holds it
+  std::string mainName;                      // key of the application in `files`
+  std::map<std::string, std::string> files;  // packed in memory
 };
 
 // Packs what isn't packed yet.

@@ -11,7 +11,8 @@ int CheckCommand::Execute() const {
   int status = kExitOk;
   for (const std::string& source : sources) {
     ApplicationFiles files = OpenApplication(source);
-    if (files.error.empty() && !files.path.empty()) files.error = source + ": not a source file (.vlq) or project folder";
+    if (files.error.empty() && !files.path.empty())
+      files.error = source + ": not a source file (.vlq) or project folder";
     if (!files.error.empty()) {
       PrintError(files.error);
       status = kExitUnreadable;
@@ -30,8 +31,7 @@ int CheckCommand::Execute() const {
     // A single file is named as it was given; of a project, the element is.
     const bool single = files.files.size() == 1 && source.size() > 4 && source.substr(source.size() - 4) == ".vlq";
     std::fprintf(stderr, "%s:%u:%u: error #%u%s%s\n", single ? source.c_str() : error.sourceName.c_str(),
-                 error.line + 1, error.column + 1, error.code, error.detail.empty() ? "" : ": ",
-                 error.detail.c_str());
+                 error.line + 1, error.column + 1, error.code, error.detail.empty() ? "" : ": ", error.detail.c_str());
     if (status == kExitOk) status = kExitError;
   }
   return status;

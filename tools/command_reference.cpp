@@ -11,9 +11,12 @@ namespace {
 
 const char* KindWord(MemberKind kind) {
   switch (kind) {
-    case MemberKind::Event: return "event";
-    case MemberKind::Constant: return "constant";
-    default: return "member";
+    case MemberKind::Event:
+      return "event";
+    case MemberKind::Constant:
+      return "constant";
+    default:
+      return "member";
   }
 }
 

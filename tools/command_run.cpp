@@ -138,8 +138,11 @@ int RunCommand::Execute() const {
     }
   }
   switch (vl_get_result(player.get())) {
-    case VL_OK: return status;
-    case VL_UNREADABLE: PrintError(application + ": " + vl_error_detail(player.get())); return kExitUnreadable;
+    case VL_OK:
+      return status;
+    case VL_UNREADABLE:
+      PrintError(application + ": " + vl_error_detail(player.get()));
+      return kExitUnreadable;
     case VL_ERROR: {
       const std::string detail = vl_error_detail(player.get());
       if (!detail.empty()) std::fprintf(stderr, "%s\n", detail.c_str());

@@ -19,7 +19,8 @@ std::string Operands(const CInterpretor& program, Token t) {
     case TK_ELEMENT:
     case TK_MEMBER_CALL:
     case TK_MEMBER:
-    case TK_MEMBER_ELEMENT: return program.namePool->Name(TokenNameId(t));
+    case TK_MEMBER_ELEMENT:
+      return program.namePool->Name(TokenNameId(t));
     case TK_FOR:
     case TK_WHILE:
     case TK_SWITCH:
@@ -34,34 +35,59 @@ std::string Operands(const CInterpretor& program, Token t) {
     case TK_IF:
     case TK_ELSE:
     case TK_CASE:
-    case TK_DEFAULT: std::snprintf(text, sizeof text, "-> %u", TokenWord(t)); return text;
-    case TK_MAIN_START: std::snprintf(text, sizeof text, "part %u", TokenWord(t)); return text;
+    case TK_DEFAULT:
+      std::snprintf(text, sizeof text, "-> %u", TokenWord(t));
+      return text;
+    case TK_MAIN_START:
+      std::snprintf(text, sizeof text, "part %u", TokenWord(t));
+      return text;
     case TK_DECIMAL:
-    case TK_INTEGER: std::snprintf(text, sizeof text, "%d", static_cast<int32_t>(TokenWord(t))); return text;
-    case TK_BASED: std::snprintf(text, sizeof text, "0x%X", TokenWord(t)); return text;
-    case TK_FLOAT: std::snprintf(text, sizeof text, "%.17g", TokenFloat(t)); return text;
-    case TK_TEXT: return std::string("\"") + TokenText(t) + "\"";
-    default: return "";
+    case TK_INTEGER:
+      std::snprintf(text, sizeof text, "%d", static_cast<int32_t>(TokenWord(t)));
+      return text;
+    case TK_BASED:
+      std::snprintf(text, sizeof text, "0x%X", TokenWord(t));
+      return text;
+    case TK_FLOAT:
+      std::snprintf(text, sizeof text, "%.17g", TokenFloat(t));
+      return text;
+    case TK_TEXT:
+      return std::string("\"") + TokenText(t) + "\"";
+    default:
+      return "";
   }
 }
 
 const char* KindText(uint16_t kind) {
   switch (kind) {
-    case TK_END: return "end";
-    case TK_CALL: return "call";
-    case TK_NAME: return "name";
-    case TK_ELEMENT: return "element";
-    case TK_MEMBER_CALL: return "member call";
-    case TK_MEMBER: return "member";
-    case TK_MEMBER_ELEMENT: return "member element";
-    case TK_MAIN_START: return "main";
-    case TK_MAIN_END: return "main end";
+    case TK_END:
+      return "end";
+    case TK_CALL:
+      return "call";
+    case TK_NAME:
+      return "name";
+    case TK_ELEMENT:
+      return "element";
+    case TK_MEMBER_CALL:
+      return "member call";
+    case TK_MEMBER:
+      return "member";
+    case TK_MEMBER_ELEMENT:
+      return "member element";
+    case TK_MAIN_START:
+      return "main";
+    case TK_MAIN_END:
+      return "main end";
     case TK_DECIMAL:
     case TK_BASED:
-    case TK_INTEGER: return "integer";
-    case TK_FLOAT: return "float";
-    case TK_TEXT: return "text";
-    default: break;
+    case TK_INTEGER:
+      return "integer";
+    case TK_FLOAT:
+      return "float";
+    case TK_TEXT:
+      return "text";
+    default:
+      break;
   }
   if (kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST) return FactsOfClass(kind).name;
   return TokenSourceForm(kind);

@@ -16,11 +16,10 @@ struct KeyName {
   int32_t code;
 };
 constexpr KeyName kKeyNames[] = {
-    {"BACKSPACE", kKeyBack}, {"TAB", kKeyTab},     {"ENTER", kKeyReturn}, {"RETURN", kKeyReturn},
-    {"SHIFT", kKeyShift},    {"CONTROL", kKeyControl}, {"ALT", kKeyMenu}, {"ESCAPE", kKeyEscape},
-    {"SPACE", kKeySpace},    {"PAGEUP", kKeyPrior}, {"PAGEDOWN", kKeyNext}, {"END", kKeyEnd},
-    {"HOME", kKeyHome},      {"LEFT", kKeyLeft},   {"UP", kKeyUp},        {"RIGHT", kKeyRight},
-    {"DOWN", kKeyDown},      {"INSERT", kKeyInsert}, {"DELETE", kKeyDelete},
+    {"BACKSPACE", kKeyBack},  {"TAB", kKeyTab},   {"ENTER", kKeyReturn},  {"RETURN", kKeyReturn}, {"SHIFT", kKeyShift},
+    {"CONTROL", kKeyControl}, {"ALT", kKeyMenu},  {"ESCAPE", kKeyEscape}, {"SPACE", kKeySpace},   {"PAGEUP", kKeyPrior},
+    {"PAGEDOWN", kKeyNext},   {"END", kKeyEnd},   {"HOME", kKeyHome},     {"LEFT", kKeyLeft},     {"UP", kKeyUp},
+    {"RIGHT", kKeyRight},     {"DOWN", kKeyDown}, {"INSERT", kKeyInsert}, {"DELETE", kKeyDelete},
 };
 
 int32_t KeyCode(const json& line) {
@@ -142,7 +141,9 @@ std::string FormatInputLine(const TimedInput& input) {
       line["x"] = e.x;
       line["y"] = e.y;
       break;
-    case VL_INPUT_CLOSE: line["type"] = "close"; break;
+    case VL_INPUT_CLOSE:
+      line["type"] = "close";
+      break;
     case VL_INPUT_RESIZE:
       line["type"] = "resize";
       line["width"] = e.x;

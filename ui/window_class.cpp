@@ -183,6 +183,12 @@ void CIWindow::Destroy(bool final) {
   }
 }
 
+// A window goes with the one that holds it, and with its surface.
+bool CIWindow::DependsOn(CIBaseClassImpl* target) {
+  if (surface && static_cast<CIBaseClassImpl*>(surface) == target) return MarkDependant();
+  return CIChildWindow::DependsOn(target);
+}
+
 void CIWindow::RemoveChild(CIChildWindow* child) {
   std::erase(children, child);
   if (activeChild == child) activeChild = nullptr;

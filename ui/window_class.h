@@ -40,11 +40,13 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
 
   void Construct() override;
   void Destroy(bool final) override;
+  bool DependsOn(CIBaseClassImpl* target) override;
 
   // CSurfaceHost and CSurfaceOwner.
   void PresentSurface(cSurface& shown, std::span<const Rect> dirtyBoxes) override;
   void SetTextColorOfWindow(uint32_t colour) override { SetTextColorRaw(colour); }
   void SetBackColorOfWindow(uint32_t colour) override { SetBackColorRaw(colour); }
+  void SurfaceIsGone() override { surface = nullptr; }
   CISurface* OwnedSurface() override { return surface; }
 
   void SetTextColorRaw(uint32_t colour) override;

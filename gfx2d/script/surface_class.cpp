@@ -87,6 +87,7 @@ void CISurface::Construct() {
 void CISurface::Destroy(bool final) {
   fillPattern_.reset();
   penPattern_.reset();
+  if (parentWindow) parentWindow->SurfaceIsGone();
   parentWindow = nullptr;
   surface.Destroy();
   CIBaseClassImpl::Destroy(final);

@@ -17,6 +17,8 @@ class CSurfaceHost {
   // Colours are the library's, red low.
   virtual void SetTextColorOfWindow(uint32_t colour) = 0;
   virtual void SetBackColorOfWindow(uint32_t colour) = 0;
+  // The surface dies; the window must not use it any more.
+  virtual void SurfaceIsGone() = 0;
 };
 
 class CISurface;

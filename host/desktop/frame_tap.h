@@ -26,15 +26,11 @@ class FrameTap final : public WindowSystem {
   ScreenInfo screen() override { return inner_.screen(); }
   NativeWindow hostWindow() override { return inner_.hostWindow(); }
   Size hostSize() override { return inner_.hostSize(); }
-  NativeWindow createWindow(const WindowDescription& description) override {
-    return inner_.createWindow(description);
-  }
+  NativeWindow createWindow(const WindowDescription& description) override { return inner_.createWindow(description); }
   void destroyWindow(NativeWindow window) override { inner_.destroyWindow(window); }
   void showWindow(NativeWindow window, ShowState state) override { inner_.showWindow(window, state); }
   void moveWindow(NativeWindow window, int x, int y) override { inner_.moveWindow(window, x, y); }
-  void resizeWindow(NativeWindow window, int width, int height) override {
-    inner_.resizeWindow(window, width, height);
-  }
+  void resizeWindow(NativeWindow window, int width, int height) override { inner_.resizeWindow(window, width, height); }
   void raiseWindow(NativeWindow window) override { inner_.raiseWindow(window); }
   void setTitle(NativeWindow window, std::string_view title) override { inner_.setTitle(window, title); }
   void setCursor(NativeWindow window, CursorShape shape) override { inner_.setCursor(window, shape); }

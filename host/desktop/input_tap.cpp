@@ -9,7 +9,9 @@ bool ToEvent(const vl_input_event& input, Event& event) {
   event.y = input.y;
   event.code = input.code;
   switch (input.type) {
-    case VL_INPUT_KEY: event.type = input.down ? EventType::KeyDown : EventType::KeyUp; return true;
+    case VL_INPUT_KEY:
+      event.type = input.down ? EventType::KeyDown : EventType::KeyUp;
+      return true;
     case VL_INPUT_CHAR:
       event.type = EventType::Char;
       event.ch = input.code;
@@ -22,11 +24,20 @@ bool ToEvent(const vl_input_event& input, Event& event) {
         event.ch = input.down == 2 ? 2 : 1;
       }
       return input.code >= 0 && input.code <= kMouseRight;
-    case VL_INPUT_WHEEL: event.type = EventType::MouseWheel; return true;
-    case VL_INPUT_CLOSE: event.type = EventType::Close; return true;
-    case VL_INPUT_RESIZE: event.type = EventType::Resize; return true;
-    case VL_INPUT_FOCUS: event.type = input.down ? EventType::Focus : EventType::Blur; return true;
-    default: return false;
+    case VL_INPUT_WHEEL:
+      event.type = EventType::MouseWheel;
+      return true;
+    case VL_INPUT_CLOSE:
+      event.type = EventType::Close;
+      return true;
+    case VL_INPUT_RESIZE:
+      event.type = EventType::Resize;
+      return true;
+    case VL_INPUT_FOCUS:
+      event.type = input.down ? EventType::Focus : EventType::Blur;
+      return true;
+    default:
+      return false;
   }
 }
 
@@ -56,15 +67,22 @@ bool FromEvent(const Event& event, vl_input_event& input) {
       input.type = VL_INPUT_MOUSE;
       input.down = event.type == EventType::MouseUp ? 0 : event.ch == 2 ? 2 : 1;
       return true;
-    case EventType::MouseWheel: input.type = VL_INPUT_WHEEL; return true;
-    case EventType::Close: input.type = VL_INPUT_CLOSE; return true;
-    case EventType::Resize: input.type = VL_INPUT_RESIZE; return true;
+    case EventType::MouseWheel:
+      input.type = VL_INPUT_WHEEL;
+      return true;
+    case EventType::Close:
+      input.type = VL_INPUT_CLOSE;
+      return true;
+    case EventType::Resize:
+      input.type = VL_INPUT_RESIZE;
+      return true;
     case EventType::Focus:
     case EventType::Blur:
       input.type = VL_INPUT_FOCUS;
       input.down = event.type == EventType::Focus;
       return true;
-    default: return false;
+    default:
+      return false;
   }
 }
 

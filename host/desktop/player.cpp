@@ -1,7 +1,6 @@
 #include "host/desktop/player.h"
 
 #include <chrono>
-#include <filesystem>
 
 namespace vl {
 
@@ -65,12 +64,11 @@ bool Player::MakePlatform(std::string& reason) {
 
 bool Player::SetFile(const std::string& path) {
   if (running_) return false;
-  std::error_code failed;
-  const std::filesystem::path absolute = std::filesystem::absolute(path, failed);
-  if (failed) return false;
+  const size_t slash = path.rfind('/');
+  const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
   memoryFiles_ = nullptr;
-  files_ = std::make_unique<PosixFileSystem>(absolute.parent_path().string());
-  application_ = absolute.filename().string();
+  files_ = std::make_unique<PosixFileSystem>(folder);
+  application_ = path.substr(slash == std::string::npos ? 0 : slash + 1);
   return true;
 }
 

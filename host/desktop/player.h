@@ -14,11 +14,11 @@
 
 #include "host/desktop/frame_tap.h"
 #include "host/desktop/input_tap.h"
-#include "host/desktop/interpreter_thread.h"
 #include "host/run.h"
 #include "include/vorlane.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/memory_files.h"
+#include "platform/posix/deep_thread.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
@@ -78,7 +78,7 @@ class Player {
   std::unique_ptr<InputTap> inputTap_;
   std::unique_ptr<SdlPlatform> sdl_;
   std::unique_ptr<Run> run_;
-  InterpreterThread thread_;
+  DeepThread thread_;
   bool running_ = false;
 
   // Between the two threads.

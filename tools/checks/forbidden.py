@@ -11,7 +11,7 @@ import sys
 from sources import NATIVE_BACK_ENDS, cpp_files, finish, includes, read, strip
 
 FREE = NATIVE_BACK_ENDS + ("tools", "tests", "bench", "fuzz", "examples")
-DESKTOP_HOST = "host/desktop"  # makes the interpreter's thread and names real files; the rest binds it too
+DESKTOP_HOST = "host/desktop"  # makes the interpreter's thread, so it may know threads; the rest binds it too
 
 # Not behind a member access or another scope's name, so that `file.time()` of our own stays free.
 HEAD = r"(?<![\w.:])(?<!->)(?:::|std::)?"
@@ -41,9 +41,7 @@ CALLS = [
     (r"\bstd::(?:format|vformat|regex|locale|filesystem)\b", "the helpers of base/"),
 ]
 CALLS = [(re.compile(pattern), use) for pattern, use in CALLS]
-DESKTOP_WORDS = re.compile(r"\bstd::(?:thread|mutex|condition_variable|lock_guard|unique_lock|scoped_lock|filesystem)\b"
-                           r"|\bpthread_\w+")
-DESKTOP_HEADERS = {"thread", "mutex", "condition_variable", "pthread.h", "filesystem"}
+THREADS = re.compile(r"\bstd::(?:thread|mutex|condition_variable|lock_guard|unique_lock|scoped_lock)\b")
 
 STANDARD = set("""algorithm any array atomic bit bitset cassert cctype cerrno cfloat charconv chrono cinttypes climits cmath
 compare complex concepts coroutine cstdarg cstddef cstdint cstdio cstdlib cstring deque exception forward_list functional
@@ -76,7 +74,7 @@ def check_include(path, header):
     for wanted, where in WRAPPERS:
         if wanted.match(header):
             return None if where.match(path) else "only its wrapper may include it"
-    if path.startswith(DESKTOP_HOST) and header in DESKTOP_HEADERS:
+    if path.startswith(DESKTOP_HOST) and NOT_IN_CORE.get(header) == "the pump":
         return None
     if header in NOT_IN_CORE:
         return f"use {NOT_IN_CORE[header]}"
@@ -98,7 +96,7 @@ def main():
             if code.lstrip().startswith("#"):
                 continue
             if path.startswith(DESKTOP_HOST):
-                code = DESKTOP_WORDS.sub("", code)
+                code = THREADS.sub("", code)
             for pattern, use in CALLS:
                 match = pattern.search(code)
                 if match:
