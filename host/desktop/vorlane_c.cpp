@@ -44,6 +44,14 @@ vl_player* vl_create(const vl_options* options, char* error, size_t error_size) 
     Report(error, error_size, "vl_options_init was not called for these options");
     return nullptr;
   }
+  if (options->backend < VL_BACKEND_DESKTOP || options->backend > VL_BACKEND_EMBED) {
+    Report(error, error_size, "unknown back end");
+    return nullptr;
+  }
+  if (options->clock < VL_CLOCK_DEFAULT || options->clock > VL_CLOCK_VIRTUAL) {
+    Report(error, error_size, "unknown clock");
+    return nullptr;
+  }
   if (options->width < 1 || options->height < 1 || options->width > 16384 || options->height > 16384) {
     Report(error, error_size, "the size of the window must be from 1x1 to 16384x16384");
     return nullptr;
