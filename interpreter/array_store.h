@@ -32,6 +32,10 @@ class CArrayStore {
   }
   // Null when it was never assigned, or the index is outside.
   CValue* Element(uint32_t index) const { return index < elements_.size() ? elements_[index] : nullptr; }
+  // The same for an array of one dimension; null for any other.
+  CValue* OfOneDimension(uint32_t index) const {
+    return dimensions == 1 && index < sizes[0] ? elements_[index] : nullptr;
+  }
   uint32_t ElementCount() const { return static_cast<uint32_t>(elements_.size()); }
   // Stores a copy. Raises 15 and what copying raises; 45 for an index outside.
   CValue& Store(uint32_t index, const CValue& value);

@@ -201,7 +201,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<std::unique_ptr<CValue>> valueStore;
   CValue** values = nullptr;
   std::vector<CValue*> valuePointers;
-  std::vector<uint32_t> ops;
+  std::vector<uint32_t> opStore;
+  uint32_t* ops = nullptr;
   uint32_t sp = 0;
   int callDepth = 0;
   int evaluationDepth = 0;
@@ -265,6 +266,10 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void PrimaryName();
   void PrimaryElement();
   CVariable* FindVariable(Token token);
+  CVariable* FindBehindFrame(Token token, uint32_t nameId);
+  Token ReadPlainElement(Token token, CValue** slots);
+  Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
+  [[noreturn]] void EvaluationTooDeep();
   void ReadValue(CValue& source);
   void ReadElement(CValue& variable);
   void MemberOf(CIBaseClassImpl* object);

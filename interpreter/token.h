@@ -114,6 +114,13 @@ enum TokenShape : uint8_t {
 
 inline constexpr uint8_t kTokenHasPosition = 1;
 
+// Sizes of whole records: the compiler writes each with its position word. The walker steps by these where it
+// knows the kind, as the next step then doesn't wait for the record's size.
+inline constexpr uint32_t kPlainRecord = kShapePlain + 4;
+inline constexpr uint32_t kWordRecord = kShapeWord + 4;
+inline constexpr uint32_t kFloatRecord = kShapeFloat + 4;
+inline constexpr uint32_t kNameRecord = kShapeName + 4;
+
 using Token = const uint8_t*;
 
 template <typename T>

@@ -75,7 +75,8 @@ class CVarTable {
   }
 
  private:
-  uint32_t Hash(uint32_t nameId) const { return (nameId ^ (nameId >> 13)) & mask_; }
+  // A name id is (bucket << 16) | index: both parts must tell in the low bits, and few names share one index.
+  uint32_t Hash(uint32_t nameId) const { return ((nameId >> 16) + (nameId & 0xFFFF) * 33) & mask_; }
   void Grow();
   void RemoveScopeTop(CVariablePool& pool);
 
