@@ -7,18 +7,17 @@
 #include <cstdint>
 #include <vector>
 
-#include "interpreter/value.h"
+#include "interpreter/var_table.h"
 
 namespace vl {
 
-class CVariablePool;
 
 class CArrayStore {
  public:
   static constexpr uint32_t kMaxDimensions = 10;
   static constexpr uint32_t kMaxSize = 0x1FFFFFFE;
 
-  CArrayStore(CInterpretor* interpreter, CVariablePool& pool, MemoryBudget& budget);
+  CArrayStore(CInterpretor* interpreter, CElementPool& pool, MemoryBudget& budget);
   ~CArrayStore();
   CArrayStore(const CArrayStore&) = delete;
   CArrayStore& operator=(const CArrayStore&) = delete;
@@ -51,9 +50,9 @@ class CArrayStore {
   void Rebuild(const std::array<uint32_t, kMaxDimensions>& newSizes);
 
   CInterpretor* owner_;
-  CVariablePool& pool_;
+  CElementPool& pool_;
   MemoryBudget& budget_;
-  std::vector<CVariable*> elements_;
+  std::vector<CValue*> elements_;
   uint64_t counted_ = 0;  // bytes taken from the budget for `elements_`
 };
 

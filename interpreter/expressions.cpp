@@ -6,10 +6,6 @@
 
 namespace vl {
 
-namespace {
-bool IsMemberToken(uint16_t kind) { return kind >= TK_MEMBER_CALL && kind <= TK_MEMBER_ELEMENT; }
-}  // namespace
-
 void CInterpretor::GrowValues() {
   constexpr size_t kStep = 100;
   const size_t size = valueStore.size() + kStep;
@@ -27,13 +23,18 @@ void CInterpretor::GrowValues() {
 }
 
 inline CVariable* CInterpretor::FindVariable(Token token) {
-  const uint32_t nameId = TokenNameId(token);
-  if (CVariable* v = frame->variables.Find(nameId)) return v;
-  return FindBehindFrame(token, nameId);
+  CVariable* known = TokenVariable(token);
+  if (known->home == &frame->variables && known->nameId == TokenNameId(token)) return known;
+  return FindAnew(token);
 }
 
-// Not in the frame: the object's own variable, or a global one.
-CVariable* CInterpretor::FindBehindFrame(Token token, uint32_t nameId) {
+// By the tables: the frame's variable, the object's own, or a global one. The token keeps one of the frame.
+CVariable* CInterpretor::FindAnew(Token token) {
+  const uint32_t nameId = TokenNameId(token);
+  if (CVariable* v = frame->variables.Find(nameId)) {
+    SetTokenVariable(Writable(token), v);
+    return v;
+  }
   if (token == declared) return nullptr;
   if (thisObject != frame) {
     if (CVariable* v = thisObject->variables.Find(nameId)) return v;
@@ -111,9 +112,20 @@ inline bool StepInteger(const CValue& left, uint32_t step) {
   return true;
 }
 
-// Runs an operator on numbers. False when it takes more than that.
-inline bool ReduceNumbers(uint32_t op, CValue& left, const CValue& right) {
+// Runs an operator on numbers: slots[0] is its left side, slots[1] its right one. False when it takes more
+// than that: nothing has happened then.
+inline bool ReduceNumbers(uint32_t op, CValue** slots) {
+  CValue& left = *slots[0];
+  CValue& right = *slots[1];
   switch (op) {
+    case TK_ASSIGN:
+      if (left.type >= VT_NEW_NAME && left.type != VT_DEFAULT) return false;
+      if (!left.lvalue || right.type > VT_FLOAT || !left.lvalue->IsPlain()) return false;
+      left.lvalue->type = right.type;
+      left.lvalue->data = right.data;
+      slots[0] = &right;
+      slots[1] = &left;
+      return true;
     case TK_ADD_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
     case TK_SUB_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
     case TK_MUL_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
@@ -200,7 +212,6 @@ Token CInterpretor::ReadPlainMember(const CVariable& variable, Token member, CVa
 // throw or run code. Numbers are read, and operators on numbers run, right here.
 CValue* CInterpretor::Evaluate() {
   const uint32_t base = sp;
-  if (++evaluationDepth > limits::kMaxEvaluationDepth) EvaluationTooDeep();
   if (base + kSlotsOfEvaluation > valueLimit_) GrowValues();
   Token cursor = readCursor;
   CValue** top = values + base;
@@ -209,44 +220,48 @@ CValue* CInterpretor::Evaluate() {
   for (;;) {
     CValue& slot = **++top;
     Token next = nullptr;
-    switch (TokenKindOf(cursor)) {
-      case TK_NAME:
-        if (CVariable* variable = FindVariable(cursor)) {
-          next = cursor + kNameRecord;
-          if (variable->type <= VT_FLOAT && slot.IsPlain() && !IsMemberToken(TokenKindOf(next))) {
-            PutNumber(slot, *variable, variable);
-          } else {
-            next = ReadPlainMember(*variable, next, top);
+    const auto header = ReadRaw<uint32_t>(cursor);
+    if (header == kPlainNameHeader) {
+      CVariable* variable = FindVariable(cursor);
+      if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) {
+        PutNumber(slot, *variable, variable);
+        next = cursor + kNameRecord;
+      }
+    } else {
+      switch (header & 0xFFFF) {
+        case TK_NAME:
+          if (const CVariable* variable = FindVariable(cursor)) {
+            next = ReadPlainMember(*variable, cursor + kNameRecord, top);
           }
-        }
-        break;
-      case TK_DECIMAL:
-        if (slot.IsPlain()) {
-          slot.type = VT_INTEGER;
-          slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
-          slot.lvalue = nullptr;
-          next = cursor + kWordRecord;
-        }
-        break;
-      case TK_FLOAT:
-        if (slot.IsPlain()) {
-          slot.type = VT_FLOAT;
-          slot.data.real = TokenFloat(cursor);
-          slot.lvalue = nullptr;
-          next = cursor + kFloatRecord;
-        }
-        break;
-      case TK_ELEMENT: next = ReadPlainElement(cursor, top); break;
-      case TK_SEMICOLON:
-      case TK_PAREN_CLOSE:
-      case TK_COMMA:
-        if (slot.IsPlain()) {
-          slot.SetDefault();
-          slot.lvalue = nullptr;
-          next = cursor;
-        }
-        break;
-      default: break;
+          break;
+        case TK_DECIMAL:
+          if (slot.IsPlain()) {
+            slot.type = VT_INTEGER;
+            slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
+            slot.lvalue = nullptr;
+            next = cursor + kWordRecord;
+          }
+          break;
+        case TK_FLOAT:
+          if (slot.IsPlain()) {
+            slot.type = VT_FLOAT;
+            slot.data.real = TokenFloat(cursor);
+            slot.lvalue = nullptr;
+            next = cursor + kFloatRecord;
+          }
+          break;
+        case TK_ELEMENT: next = ReadPlainElement(cursor, top); break;
+        case TK_SEMICOLON:
+        case TK_PAREN_CLOSE:
+        case TK_COMMA:
+          if (slot.IsPlain()) {
+            slot.SetDefault();
+            slot.lvalue = nullptr;
+            next = cursor;
+          }
+          break;
+        default: break;
+      }
     }
     if (!next) {
       sp = static_cast<uint32_t>(top - values);
@@ -257,45 +272,38 @@ CValue* CInterpretor::Evaluate() {
       op = ops + sp - 1;
     }
     cursor = next;
-    for (;;) {
-      const uint32_t precedence = kPrecedence[TokenKindOf(cursor)];
+    uint32_t precedence = kPrecedence[TokenKindOf(cursor)];
+    while (precedence <= *op) {
       const uint32_t waiting = *op;
-      if (precedence > waiting) {
-        *++op = precedence;
-        cursor += kPlainRecord;
-        break;  // the next primary
-      }
       if (waiting == 0) {
         sp = base;
         readCursor = cursor;
-        --evaluationDepth;
         return *top;
       }
       --op;
-      CValue& right = *top[0];
-      CValue& left = *top[-1];
       --top;
-      if (ReduceNumbers(waiting, left, right)) continue;
-      if (waiting == TK_ASSIGN && (left.type <= VT_ARRAY || left.type == VT_DEFAULT) && left.lvalue &&
-          right.type <= VT_FLOAT && left.lvalue->IsPlain()) {
-        left.lvalue->type = right.type;
-        left.lvalue->data = right.data;
-        std::swap(top[0], top[1]);
-        continue;
-      }
+      if (ReduceNumbers(waiting, top)) continue;
       sp = static_cast<uint32_t>(top - values);
       readCursor = cursor;
       Reduce(waiting);
       cursor = readCursor;
       top = values + sp;
       op = ops + sp - 1;
+      precedence = kPrecedence[TokenKindOf(cursor)];
     }
+    *++op = precedence;
+    cursor += kPlainRecord;
   }
 }
 
-void CInterpretor::EvaluationTooDeep() {
+CValue* CInterpretor::EvaluateInner() {
+  if (++evaluationDepth > limits::kMaxEvaluationDepth) {
+    --evaluationDepth;
+    RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
+  }
+  CValue* value = Evaluate();
   --evaluationDepth;
-  RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
+  return value;
 }
 
 // Runs an operator on values[sp] and values[sp + 1]; the common ones on numbers without leaving this function.
@@ -515,7 +523,7 @@ void CInterpretor::Conditional() {
   CValue first(this);
   first.Assign(*values[sp + 1]);
   // The condition stays in values[sp]; the second branch is evaluated above it.
-  const CValue* second = Evaluate();
+  const CValue* second = EvaluateInner();
   CValue& left = *values[sp];
   if (left.GetInt() != 0) {
     left.Assign(first);
@@ -594,7 +602,7 @@ uint32_t CInterpretor::ReadSubscripts(int32_t* subscripts) {
   uint32_t count = 0;
   for (;;) {
     if (count >= CArrayStore::kMaxDimensions) RaiseError(ERR_SUBSCRIPT_COUNT);
-    subscripts[count++] = Evaluate()->GetInt();
+    subscripts[count++] = EvaluateInner()->GetInt();
     const uint16_t kind = TokenKindOf(readCursor);
     readCursor = TokenNext(readCursor);
     if (kind == TK_BRACKET_CLOSE) return count;
@@ -674,7 +682,7 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;
-      Evaluate();
+      EvaluateInner();
       return;
     case TK_NEW:
       NewObject();
@@ -729,7 +737,7 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       return;
     case TK_PAREN_OPEN: {
       readCursor = TokenNext(token);
-      CValue* inner = Evaluate();
+      CValue* inner = EvaluateInner();
       if (TokenKindOf(readCursor) != TK_PAREN_CLOSE) RaiseError(ERR_SYNTAX);
       readCursor = TokenNext(readCursor);
       if (IsMemberToken(TokenKindOf(readCursor))) {

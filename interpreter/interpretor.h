@@ -176,6 +176,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   KeywordTables keywordTables;
   MemoryBudget budget;
   CVariablePool variablePool;
+  CElementPool elementPool;
 
   std::unique_ptr<CAppFile> app;
 
@@ -266,10 +267,11 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void PrimaryName();
   void PrimaryElement();
   CVariable* FindVariable(Token token);
-  CVariable* FindBehindFrame(Token token, uint32_t nameId);
+  CVariable* FindAnew(Token token);
   Token ReadPlainElement(Token token, CValue** slots);
   Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
-  [[noreturn]] void EvaluationTooDeep();
+  // Evaluate inside an evaluation: of a parenthesis, a subscript, an argument.
+  CValue* EvaluateInner();
   void ReadValue(CValue& source);
   void ReadElement(CValue& variable);
   void MemberOf(CIBaseClassImpl* object);
@@ -332,6 +334,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Prepare(bool attach);
   void LoadClasses(const std::vector<uint32_t>& ids);
   void EnterFunctions();
+  void PrepareNames();
   bool MarkDependants(CIBaseClassImpl* object);
 
   static constexpr size_t kTemporaries = 256;
@@ -347,6 +350,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;
   std::vector<Text> literals_;
+  CVariable noVariable_;  // what a name's token refers to before its first look-up
   std::vector<std::function<void()>> polls_;
 };
 
