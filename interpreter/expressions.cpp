@@ -296,6 +296,76 @@ CValue* CInterpretor::Evaluate() {
   }
 }
 
+// `i++` as the step of a loop, on an integer. Null when it takes more than that: nothing has happened then.
+Token CInterpretor::StepQuickly(Token cursor) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const Token next = sign + kPlainRecord;
+  if (TokenKindOf(sign) != TK_INCREMENT || TokenKindOf(next) != TK_PAREN_CLOSE) return nullptr;
+  CVariable* variable = FindVariable(cursor);
+  if (!variable || variable->type != VT_INTEGER || sp + 2 >= valueLimit_) return nullptr;
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (!slot.IsPlain() || !above.IsPlain()) return nullptr;
+  PutNumber(slot, *variable, variable);
+  above.SetDefault();
+  above.lvalue = nullptr;
+  StepInteger(slot, 1);
+  return next;
+}
+
+// The condition of two integers that most loops have: a name, a comparison, a name or number. As StepQuickly.
+Token CInterpretor::CompareQuickly(Token cursor, bool& holds) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const uint16_t comparison = TokenKindOf(sign);
+  if (comparison < TK_GREATER_EQUAL || comparison > TK_NOT_EQUAL || sp + 2 >= valueLimit_) return nullptr;
+  CVariable* left = FindVariable(cursor);
+  if (!left || left->type != VT_INTEGER) return nullptr;
+  Token next = sign + kPlainRecord;
+  CVariable* variable = nullptr;
+  int32_t right = 0;
+  if (ReadRaw<uint32_t>(next) == kPlainNameHeader) {
+    variable = FindVariable(next);
+    if (!variable || variable->type != VT_INTEGER) return nullptr;
+    right = variable->data.integer;
+    next += kNameRecord;
+  } else if (TokenKindOf(next) == TK_DECIMAL) {
+    right = static_cast<int32_t>(TokenWord(next));
+    next += kWordRecord;
+  } else {
+    return nullptr;
+  }
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (kPrecedence[TokenKindOf(next)] != 0 || !slot.IsPlain() || !above.IsPlain()) return nullptr;
+  above.type = VT_INTEGER;
+  above.data.integer = right;
+  above.lvalue = variable;
+  PutNumber(slot, *left, left);
+  const int32_t value = left->data.integer;
+  switch (comparison) {
+    case TK_GREATER_EQUAL: holds = value >= right; break;
+    case TK_LESS_EQUAL: holds = value <= right; break;
+    case TK_EQUAL: holds = value == right; break;
+    case TK_LESS: holds = value < right; break;
+    case TK_GREATER: holds = value > right; break;
+    default: holds = value != right; break;
+  }
+  slot.data.integer = holds;
+  return next;
+}
+
+// The condition at the cursor, read as an integer.
+bool CInterpretor::Condition() {
+  bool holds = false;
+  if (const Token next = CompareQuickly(readCursor, holds)) {
+    readCursor = next;
+    return holds;
+  }
+  return Evaluate()->GetInt() != 0;
+}
+
 CValue* CInterpretor::EvaluateInner() {
   if (++evaluationDepth > limits::kMaxEvaluationDepth) {
     --evaluationDepth;
