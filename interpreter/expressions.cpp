@@ -126,22 +126,38 @@ inline bool ReduceNumbers(uint32_t op, CValue** slots) {
       slots[0] = &right;
       slots[1] = &left;
       return true;
-    case TK_ADD_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
-    case TK_SUB_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
-    case TK_MUL_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
-    case TK_LOGICAL_AND: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a != 0 && b != 0; });
-    case TK_LOGICAL_OR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return (a | b) != 0; });
-    case TK_GREATER_EQUAL: return Compare(left, right, [](auto a, auto b) { return a >= b; });
-    case TK_LESS_EQUAL: return Compare(left, right, [](auto a, auto b) { return a <= b; });
-    case TK_EQUAL: return Compare(left, right, [](auto a, auto b) { return a == b; });
-    case TK_LESS: return Compare(left, right, [](auto a, auto b) { return a < b; });
-    case TK_GREATER: return Compare(left, right, [](auto a, auto b) { return a > b; });
-    case TK_NOT_EQUAL: return Compare(left, right, [](auto a, auto b) { return a != b; });
-    case TK_INCREMENT: return StepInteger(left, 1);
-    case TK_DECREMENT: return StepInteger(left, ~0u);
-    case TK_ADD: return Calculate(left, right, [](auto a, auto b) { return a + b; });
-    case TK_SUB: return Calculate(left, right, [](auto a, auto b) { return a - b; });
-    case TK_MUL: return Calculate(left, right, [](auto a, auto b) { return a * b; });
+    case TK_ADD_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
+    case TK_LOGICAL_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a != 0 && b != 0; });
+    case TK_LOGICAL_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return (a | b) != 0; });
+    case TK_GREATER_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a >= b; });
+    case TK_LESS_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a <= b; });
+    case TK_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a == b; });
+    case TK_LESS:
+      return Compare(left, right, [](auto a, auto b) { return a < b; });
+    case TK_GREATER:
+      return Compare(left, right, [](auto a, auto b) { return a > b; });
+    case TK_NOT_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a != b; });
+    case TK_INCREMENT:
+      return StepInteger(left, 1);
+    case TK_DECREMENT:
+      return StepInteger(left, ~0u);
+    case TK_ADD:
+      return Calculate(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB:
+      return Calculate(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL:
+      return Calculate(left, right, [](auto a, auto b) { return a * b; });
     case TK_DIV:
       if ((left.type | right.type) == VT_INTEGER) {
         if (right.data.integer <= 0) return false;
@@ -154,13 +170,18 @@ inline bool ReduceNumbers(uint32_t op, CValue** slots) {
       return true;
     case TK_MOD:
       return right.data.integer > 0 && OnIntegers(left, right, [](int32_t a, int32_t b) { return a % b; });
-    case TK_AND: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a & b; });
-    case TK_OR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a | b; });
-    case TK_XOR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a ^ b; });
+    case TK_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a & b; });
+    case TK_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a | b; });
+    case TK_XOR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a ^ b; });
     case TK_SHL:
       return OnIntegers(left, right, [](int32_t a, int32_t b) { return static_cast<uint32_t>(a) << (b & 31); });
-    case TK_SHR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a >> (b & 31); });
-    default: return false;
+    case TK_SHR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a >> (b & 31); });
+    default:
+      return false;
   }
 }
 
@@ -250,7 +271,9 @@ CValue* CInterpretor::Evaluate() {
             next = cursor + kFloatRecord;
           }
           break;
-        case TK_ELEMENT: next = ReadPlainElement(cursor, top); break;
+        case TK_ELEMENT:
+          next = ReadPlainElement(cursor, top);
+          break;
         case TK_SEMICOLON:
         case TK_PAREN_CLOSE:
         case TK_COMMA:
@@ -260,7 +283,8 @@ CValue* CInterpretor::Evaluate() {
             next = cursor;
           }
           break;
-        default: break;
+        default:
+          break;
       }
     }
     if (!next) {
@@ -294,6 +318,88 @@ CValue* CInterpretor::Evaluate() {
     *++op = precedence;
     cursor += kPlainRecord;
   }
+}
+
+// `i++` as the step of a loop, on an integer. Null when it takes more than that: nothing has happened then.
+Token CInterpretor::StepQuickly(Token cursor) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const Token next = sign + kPlainRecord;
+  if (TokenKindOf(sign) != TK_INCREMENT || TokenKindOf(next) != TK_PAREN_CLOSE) return nullptr;
+  CVariable* variable = FindVariable(cursor);
+  if (!variable || variable->type != VT_INTEGER || sp + 2 >= valueLimit_) return nullptr;
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (!slot.IsPlain() || !above.IsPlain()) return nullptr;
+  PutNumber(slot, *variable, variable);
+  above.SetDefault();
+  above.lvalue = nullptr;
+  StepInteger(slot, 1);
+  return next;
+}
+
+// The condition of two integers that most loops have: a name, a comparison, a name or number. As StepQuickly.
+Token CInterpretor::CompareQuickly(Token cursor, bool& holds) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const uint16_t comparison = TokenKindOf(sign);
+  if (comparison < TK_GREATER_EQUAL || comparison > TK_NOT_EQUAL || sp + 2 >= valueLimit_) return nullptr;
+  CVariable* left = FindVariable(cursor);
+  if (!left || left->type != VT_INTEGER) return nullptr;
+  Token next = sign + kPlainRecord;
+  CVariable* variable = nullptr;
+  int32_t right = 0;
+  if (ReadRaw<uint32_t>(next) == kPlainNameHeader) {
+    variable = FindVariable(next);
+    if (!variable || variable->type != VT_INTEGER) return nullptr;
+    right = variable->data.integer;
+    next += kNameRecord;
+  } else if (TokenKindOf(next) == TK_DECIMAL) {
+    right = static_cast<int32_t>(TokenWord(next));
+    next += kWordRecord;
+  } else {
+    return nullptr;
+  }
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (kPrecedence[TokenKindOf(next)] != 0 || !slot.IsPlain() || !above.IsPlain()) return nullptr;
+  above.type = VT_INTEGER;
+  above.data.integer = right;
+  above.lvalue = variable;
+  PutNumber(slot, *left, left);
+  const int32_t value = left->data.integer;
+  switch (comparison) {
+    case TK_GREATER_EQUAL:
+      holds = value >= right;
+      break;
+    case TK_LESS_EQUAL:
+      holds = value <= right;
+      break;
+    case TK_EQUAL:
+      holds = value == right;
+      break;
+    case TK_LESS:
+      holds = value < right;
+      break;
+    case TK_GREATER:
+      holds = value > right;
+      break;
+    default:
+      holds = value != right;
+      break;
+  }
+  slot.data.integer = holds;
+  return next;
+}
+
+// The condition at the cursor, read as an integer.
+bool CInterpretor::Condition() {
+  bool holds = false;
+  if (const Token next = CompareQuickly(readCursor, holds)) {
+    readCursor = next;
+    return holds;
+  }
+  return Evaluate()->GetInt() != 0;
 }
 
 CValue* CInterpretor::EvaluateInner() {

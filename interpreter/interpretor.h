@@ -266,6 +266,9 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CVariable* FindAnew(Token token);
   Token ReadPlainElement(Token token, CValue** slots);
   Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
+  Token StepQuickly(Token cursor);
+  Token CompareQuickly(Token cursor, bool& holds);
+  bool Condition();
   // Evaluate inside an evaluation: of a parenthesis, a subscript, an argument.
   CValue* EvaluateInner();
   void ReadValue(CValue& source);
@@ -303,6 +306,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
 
   // Statements.
   void Action(uint16_t kind);
+  void DoIf();
   void DoFor();
   void DoWhile();
   void DoSwitch();

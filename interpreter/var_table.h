@@ -56,9 +56,7 @@ class CVarTable {
   CVarTable(const CVarTable&) = delete;
   CVarTable& operator=(const CVarTable&) = delete;
 
-  CVariable* Find(uint32_t nameId) const {
-    return FindIn(buckets_[Hash(nameId)], nameId);
-  }
+  CVariable* Find(uint32_t nameId) const { return FindIn(buckets_[Hash(nameId)], nameId); }
   // A new variable of type VT_NEW_NAME; null when the budget is spent.
   CVariable* Add(uint32_t nameId, int32_t level, CVariablePool& pool);
   // Removes every variable whose level is at or above `level`; level 0 variables stay.
