@@ -239,12 +239,18 @@ TEST(ErrorTextTest, Titles) {
 
 // --- Names ---
 
+uint32_t Intern(CNamePool& pool, std::string_view name) {
+  uint32_t id = 0xFFFFFFFF;
+  EXPECT_TRUE(pool.Intern(name, id)) << name;
+  return id;
+}
+
 TEST(NamePool, IgnoresCaseAndKeepsIds) {
   CNamePool pool;
-  const uint32_t first = pool.Intern("Hello");
-  EXPECT_EQ(pool.Intern("hELLO"), first);
+  const uint32_t first = Intern(pool, "Hello");
+  EXPECT_EQ(Intern(pool, "hELLO"), first);
   EXPECT_EQ(pool.Name(first), "Hello") << "the first spelling stays";
-  const uint32_t other = pool.Intern("olleH");
+  const uint32_t other = Intern(pool, "olleH");
   EXPECT_NE(other, first) << "the same bucket";
   EXPECT_EQ(other >> 16, first >> 16);
   EXPECT_EQ(first & 0xFFFF, 0u);
@@ -259,18 +265,38 @@ TEST(NamePool, IgnoresCaseAndKeepsIds) {
 
 TEST(NamePool, ExactWhenAsked) {
   CNamePool pool(true);
-  EXPECT_NE(pool.Intern("a"), pool.Intern("A"));
-  EXPECT_EQ(pool.Intern("a"), pool.Intern("a"));
+  EXPECT_NE(Intern(pool, "a"), Intern(pool, "A"));
+  EXPECT_EQ(Intern(pool, "a"), Intern(pool, "a"));
 }
 
 TEST(NamePool, ManyNames) {
   CNamePool pool;
   std::vector<uint32_t> ids;
-  for (int i = 0; i < 3000; ++i) ids.push_back(pool.Intern("name" + std::to_string(i)));
+  for (int i = 0; i < 3000; ++i) ids.push_back(Intern(pool, "name" + std::to_string(i)));
   for (int i = 0; i < 3000; ++i) {
-    ASSERT_EQ(pool.Intern("NAME" + std::to_string(i)), ids[static_cast<size_t>(i)]);
+    ASSERT_EQ(Intern(pool, "NAME" + std::to_string(i)), ids[static_cast<size_t>(i)]);
     ASSERT_EQ(pool.Name(ids[static_cast<size_t>(i)]), "name" + std::to_string(i));
   }
+}
+
+// The index has 16 bits: a full bucket must refuse, as the next name would take the id of another bucket's.
+TEST(NamePool, AFullBucketRefuses) {
+  CNamePool pool;
+  uint32_t id = 0;
+  // Pairs of letters with the same sum: all these names fall into one bucket.
+  constexpr const char* kPairs[] = {"AD", "BC", "CB", "DA"};
+  std::string name;
+  uint32_t made = 0;
+  for (uint32_t n = 0;; ++n) {
+    name.clear();
+    for (uint32_t pair = 0; pair < 9; ++pair) name += kPairs[n >> 2 * pair & 3];
+    if (!pool.Intern(name, id)) break;
+    ASSERT_EQ(pool.Name(id), name);
+    ++made;
+  }
+  EXPECT_EQ(made, 65536u);
+  EXPECT_TRUE(pool.Intern("ADADADADADADADADAD", id)) << "a known name is still found";
+  EXPECT_TRUE(pool.Intern("E", id)) << "another bucket has room";
 }
 
 }  // namespace
