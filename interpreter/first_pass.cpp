@@ -77,11 +77,17 @@ void CFirstPass::Plain(uint16_t kind) {
   End();
 }
 
+uint32_t CFirstPass::NameId(std::string_view name) {
+  uint32_t id = 0;
+  if (!infos_.namePool->Intern(name, id)) Fail(ERR_MEMORY, wordStart_, "too many names");
+  return id;
+}
+
 void CFirstPass::NameToken(uint16_t kind, std::string_view name) {
   Begin(kind, kShapeName);
   Put<uint32_t>(0);
   Put<uint32_t>(0);
-  Put<uint32_t>(infos_.namePool->Intern(name));
+  Put<uint32_t>(NameId(name));
   End();
 }
 
@@ -189,7 +195,7 @@ void CFirstPass::Word() {
         Put<uint32_t>(0);
         Put<uint32_t>(0);
         Put<uint32_t>(infos_.sources[sourceNumber_].part);
-        Put<uint32_t>(infos_.namePool->Intern(name));
+        Put<uint32_t>(NameId(name));
         End();
         return;
       }

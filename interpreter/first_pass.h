@@ -35,6 +35,7 @@ class CFirstPass {
   void Put(T value);
   void End();
   void Plain(uint16_t kind);
+  uint32_t NameId(std::string_view name);
   void NameToken(uint16_t kind, std::string_view name);
 
   CTokenInfos& infos_;

@@ -1,5 +1,7 @@
 #include "interpreter/name_pool.h"
 
+#include <algorithm>
+
 namespace vl {
 
 namespace {
@@ -20,24 +22,33 @@ bool EqualNoCase(std::string_view a, std::string_view b) {
   return true;
 }
 
-bool CNamePool::Find(std::string_view name, uint32_t& id) const {
-  const uint32_t bucket = NameSum(name) % kBuckets;
-  const auto& names = buckets_[bucket];
-  for (size_t i = 0; i < names.size(); ++i) {
-    if (exact_ ? names[i] == name : EqualNoCase(names[i], name)) {
-      id = (bucket << 16) | static_cast<uint32_t>(i);
-      return true;
-    }
-  }
-  return false;
+std::string CNamePool::Key(std::string_view name) const {
+  std::string key(name);
+  if (!exact_) std::transform(key.begin(), key.end(), key.begin(), Lower);
+  return key;
 }
 
-uint32_t CNamePool::Intern(std::string_view name) {
-  uint32_t id = 0;
-  if (Find(name, id)) return id;
+bool CNamePool::Find(std::string_view name, uint32_t& id) const {
+  const auto found = ids_.find(Key(name));
+  if (found == ids_.end()) return false;
+  id = found->second;
+  return true;
+}
+
+bool CNamePool::Intern(std::string_view name, uint32_t& id) {
+  std::string key = Key(name);
+  const auto found = ids_.find(key);
+  if (found != ids_.end()) {
+    id = found->second;
+    return true;
+  }
   const uint32_t bucket = NameSum(name) % kBuckets;
-  buckets_[bucket].emplace_back(name);
-  return (bucket << 16) | static_cast<uint32_t>(buckets_[bucket].size() - 1);
+  std::vector<std::string>& names = buckets_[bucket];
+  if (names.size() >= kBucketNames) return false;
+  id = (bucket << 16) | static_cast<uint32_t>(names.size());
+  names.emplace_back(name);
+  ids_.emplace(std::move(key), id);
+  return true;
 }
 
 const std::string& CNamePool::Name(uint32_t id) const {

@@ -1,12 +1,14 @@
 // CNamePool: interns identifier texts, ignoring case.
 //
-// A name id is (bucket << 16) | index. Ids are stable within one compilation and the run that follows it.
+// A name id is (bucket << 16) | index, so a bucket holds at most 65536 names. Ids are stable within one compilation
+// and the run that follows it.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace vl {
@@ -18,14 +20,20 @@ bool EqualNoCase(std::string_view a, std::string_view b);
 class CNamePool {
  public:
   explicit CNamePool(bool exact = false) : exact_(exact) {}
-  uint32_t Intern(std::string_view name);
+  // False when the name's bucket is full.
+  bool Intern(std::string_view name, uint32_t& id);
   // False when the name was never interned.
   bool Find(std::string_view name, uint32_t& id) const;
   const std::string& Name(uint32_t id) const;
 
  private:
   static constexpr uint32_t kBuckets = 32;
+  static constexpr size_t kBucketNames = 65536;
+  std::string Key(std::string_view name) const;
+
   std::array<std::vector<std::string>, kBuckets> buckets_;
+  // By folded name: a program may hold a million names, and its author shouldn't wait for them.
+  std::unordered_map<std::string, uint32_t> ids_;
   bool exact_;
 };
 

@@ -37,8 +37,8 @@ int32_t ParseInteger(std::string_view text) {
 }
 
 double ParseDouble(std::string_view text) {
-  // The accepted form is rebuilt with an 'e' in a plain buffer. Digits beyond 800 can't change the result
-  // of a correctly rounded conversion by more than the last place; they only count for the exponent.
+  // The accepted form is rebuilt with an 'e' in a plain buffer. Zeros in front and digits beyond 800, which can't
+  // change the result of a correctly rounded conversion by more than the last place, only count for the exponent.
   char number[1024];
   size_t n = 0;
   size_t i = SkipBlanks(text);
@@ -48,17 +48,26 @@ double ParseDouble(std::string_view text) {
   bool digits = false;
   for (; i < text.size() && IsDigit(text[i]); ++i) {
     digits = true;
+    if (n == 0 && text[i] == '0') continue;
     if (n < 800) {
       number[n++] = text[i];
     } else {
       ++dropped;
     }
   }
+  // Digits before the point, for telling too large from too small.
+  const auto whole = static_cast<int64_t>(n);
   if (i < text.size() && text[i] == '.') {
     ++i;
+    bool significant = n > 0;
     number[n++] = '.';
     for (; i < text.size() && IsDigit(text[i]); ++i) {
       digits = true;
+      if (!significant && text[i] == '0') {
+        --dropped;
+        continue;
+      }
+      significant = true;
       if (n < 900) number[n++] = text[i];
     }
   }
@@ -69,7 +78,7 @@ double ParseDouble(std::string_view text) {
     bool down = false;
     if (i < text.size() && (text[i] == '-' || text[i] == '+')) down = text[i++] == '-';
     for (; i < text.size() && IsDigit(text[i]); ++i) {
-      if (exponent < 100000) exponent = exponent * 10 + (text[i] - '0');
+      if (exponent < 1'000'000'000) exponent = exponent * 10 + (text[i] - '0');
     }
     if (down) exponent = -exponent;
   }
@@ -81,8 +90,7 @@ double ParseDouble(std::string_view text) {
 #if defined(__cpp_lib_to_chars)
   const char* first = number;
   const auto result = std::from_chars(first, static_cast<const char*>(end), value);
-  if (result.ec == std::errc::result_out_of_range) value = exponent < 0 ? 0.0 : HUGE_VAL;
-  if (result.ec == std::errc::result_out_of_range && exponent < 0) value = 0.0;
+  if (result.ec == std::errc::result_out_of_range) value = whole + exponent > 0 ? HUGE_VAL : 0.0;
 #else
   // Only where the library lacks from_chars for doubles; such a platform has the C locale alone.
   value = std::strtod(number, nullptr);
