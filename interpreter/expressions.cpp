@@ -366,14 +366,9 @@ bool CInterpretor::Condition() {
   return Evaluate()->GetInt() != 0;
 }
 
-CValue* CInterpretor::EvaluateInner() {
-  if (++evaluationDepth > limits::kMaxEvaluationDepth) {
-    --evaluationDepth;
-    RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
-  }
-  CValue* value = Evaluate();
+void CInterpretor::RaiseTooDeep() {
   --evaluationDepth;
-  return value;
+  RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
 }
 
 // Runs an operator on values[sp] and values[sp + 1]; the common ones on numbers without leaving this function.
@@ -628,6 +623,10 @@ void CInterpretor::Primary() {
     case TK_ELEMENT:
       PrimaryElement();
       return;
+    case TK_CALL:
+      values[sp]->ForgetTarget();
+      CallByName();
+      return;
     default:
       PrimarySlow(kind);
       return;
@@ -746,9 +745,6 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       CallClassMember(object);
       return;
     }
-    case TK_CALL:
-      CallByName();
-      return;
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;

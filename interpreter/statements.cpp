@@ -26,6 +26,7 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
       case TK_NAME:
       case TK_ELEMENT: Evaluate(); break;
       case TK_IF: DoIf(); break;
+      case TK_RETURN: DoReturn(); return;
       case TK_BRACE_CLOSE:
         DoCloseBrace();
         if (returned) return;
@@ -69,7 +70,6 @@ void CInterpretor::Action(uint16_t kind) {
     case TK_SEMICOLON: readCursor = TokenNext(token); return;
     case TK_BREAK: DoBreak(); return;
     case TK_CONTINUE: DoContinue(); return;
-    case TK_RETURN: DoReturn(); return;
     case TK_DELETE: DoDelete(); return;
     case TK_FUNCTION: GoBehind(blocks[TokenWord2(token)].bodyEnd); return;
     case TK_MAIN_START:
@@ -91,18 +91,6 @@ void CInterpretor::Action(uint16_t kind) {
     case TK_MEMBER_CALL: RaiseError(ERR_UNDEFINED, kNoArgument, "a call's value can't be followed by a member");
     default: RaiseError(ERR_SYNTAX);
   }
-}
-
-void CInterpretor::PushScope(const BlockRecord& block) {
-  const auto depth = static_cast<size_t>(++scopeDepth);
-  if (depth >= scopeBlocks.size()) scopeBlocks.resize(depth + 64, nullptr);
-  scopeBlocks[depth] = &block;
-}
-
-void CInterpretor::PopScope() {
-  frame->variables.RemoveFromLevel(scopeDepth, variablePool);
-  scopeBlocks[static_cast<size_t>(scopeDepth)] = nullptr;
-  --scopeDepth;
 }
 
 void CInterpretor::DoIf() {
