@@ -11,7 +11,6 @@
 
 namespace vl {
 
-
 class CArrayStore {
  public:
   static constexpr uint32_t kMaxDimensions = 10;

@@ -126,22 +126,38 @@ inline bool ReduceNumbers(uint32_t op, CValue** slots) {
       slots[0] = &right;
       slots[1] = &left;
       return true;
-    case TK_ADD_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
-    case TK_SUB_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
-    case TK_MUL_ASSIGN: return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
-    case TK_LOGICAL_AND: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a != 0 && b != 0; });
-    case TK_LOGICAL_OR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return (a | b) != 0; });
-    case TK_GREATER_EQUAL: return Compare(left, right, [](auto a, auto b) { return a >= b; });
-    case TK_LESS_EQUAL: return Compare(left, right, [](auto a, auto b) { return a <= b; });
-    case TK_EQUAL: return Compare(left, right, [](auto a, auto b) { return a == b; });
-    case TK_LESS: return Compare(left, right, [](auto a, auto b) { return a < b; });
-    case TK_GREATER: return Compare(left, right, [](auto a, auto b) { return a > b; });
-    case TK_NOT_EQUAL: return Compare(left, right, [](auto a, auto b) { return a != b; });
-    case TK_INCREMENT: return StepInteger(left, 1);
-    case TK_DECREMENT: return StepInteger(left, ~0u);
-    case TK_ADD: return Calculate(left, right, [](auto a, auto b) { return a + b; });
-    case TK_SUB: return Calculate(left, right, [](auto a, auto b) { return a - b; });
-    case TK_MUL: return Calculate(left, right, [](auto a, auto b) { return a * b; });
+    case TK_ADD_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
+    case TK_LOGICAL_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a != 0 && b != 0; });
+    case TK_LOGICAL_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return (a | b) != 0; });
+    case TK_GREATER_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a >= b; });
+    case TK_LESS_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a <= b; });
+    case TK_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a == b; });
+    case TK_LESS:
+      return Compare(left, right, [](auto a, auto b) { return a < b; });
+    case TK_GREATER:
+      return Compare(left, right, [](auto a, auto b) { return a > b; });
+    case TK_NOT_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a != b; });
+    case TK_INCREMENT:
+      return StepInteger(left, 1);
+    case TK_DECREMENT:
+      return StepInteger(left, ~0u);
+    case TK_ADD:
+      return Calculate(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB:
+      return Calculate(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL:
+      return Calculate(left, right, [](auto a, auto b) { return a * b; });
     case TK_DIV:
       if ((left.type | right.type) == VT_INTEGER) {
         if (right.data.integer <= 0) return false;
@@ -154,13 +170,18 @@ inline bool ReduceNumbers(uint32_t op, CValue** slots) {
       return true;
     case TK_MOD:
       return right.data.integer > 0 && OnIntegers(left, right, [](int32_t a, int32_t b) { return a % b; });
-    case TK_AND: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a & b; });
-    case TK_OR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a | b; });
-    case TK_XOR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a ^ b; });
+    case TK_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a & b; });
+    case TK_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a | b; });
+    case TK_XOR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a ^ b; });
     case TK_SHL:
       return OnIntegers(left, right, [](int32_t a, int32_t b) { return static_cast<uint32_t>(a) << (b & 31); });
-    case TK_SHR: return OnIntegers(left, right, [](int32_t a, int32_t b) { return a >> (b & 31); });
-    default: return false;
+    case TK_SHR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a >> (b & 31); });
+    default:
+      return false;
   }
 }
 
@@ -250,7 +271,9 @@ CValue* CInterpretor::Evaluate() {
             next = cursor + kFloatRecord;
           }
           break;
-        case TK_ELEMENT: next = ReadPlainElement(cursor, top); break;
+        case TK_ELEMENT:
+          next = ReadPlainElement(cursor, top);
+          break;
         case TK_SEMICOLON:
         case TK_PAREN_CLOSE:
         case TK_COMMA:
@@ -260,7 +283,8 @@ CValue* CInterpretor::Evaluate() {
             next = cursor;
           }
           break;
-        default: break;
+        default:
+          break;
       }
     }
     if (!next) {
@@ -345,12 +369,24 @@ Token CInterpretor::CompareQuickly(Token cursor, bool& holds) {
   PutNumber(slot, *left, left);
   const int32_t value = left->data.integer;
   switch (comparison) {
-    case TK_GREATER_EQUAL: holds = value >= right; break;
-    case TK_LESS_EQUAL: holds = value <= right; break;
-    case TK_EQUAL: holds = value == right; break;
-    case TK_LESS: holds = value < right; break;
-    case TK_GREATER: holds = value > right; break;
-    default: holds = value != right; break;
+    case TK_GREATER_EQUAL:
+      holds = value >= right;
+      break;
+    case TK_LESS_EQUAL:
+      holds = value <= right;
+      break;
+    case TK_EQUAL:
+      holds = value == right;
+      break;
+    case TK_LESS:
+      holds = value < right;
+      break;
+    case TK_GREATER:
+      holds = value > right;
+      break;
+    default:
+      holds = value != right;
+      break;
   }
   slot.data.integer = holds;
   return next;
