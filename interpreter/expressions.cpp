@@ -402,14 +402,9 @@ bool CInterpretor::Condition() {
   return Evaluate()->GetInt() != 0;
 }
 
-CValue* CInterpretor::EvaluateInner() {
-  if (++evaluationDepth > limits::kMaxEvaluationDepth) {
-    --evaluationDepth;
-    RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
-  }
-  CValue* value = Evaluate();
+void CInterpretor::RaiseTooDeep() {
   --evaluationDepth;
-  return value;
+  RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
 }
 
 // Runs an operator on values[sp] and values[sp + 1]; the common ones on numbers without leaving this function.
@@ -664,6 +659,10 @@ void CInterpretor::Primary() {
     case TK_ELEMENT:
       PrimaryElement();
       return;
+    case TK_CALL:
+      values[sp]->ForgetTarget();
+      CallByName();
+      return;
     default:
       PrimarySlow(kind);
       return;
@@ -782,9 +781,6 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       CallClassMember(object);
       return;
     }
-    case TK_CALL:
-      CallByName();
-      return;
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;

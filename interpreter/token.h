@@ -149,7 +149,7 @@ inline const char* TokenText(Token t) { return reinterpret_cast<const char*>(t +
 // Name shape: the cached member id and class, and the name id.
 inline uint16_t TokenMemberId(Token t) { return ReadRaw<uint16_t>(t + 4); }
 inline uint32_t TokenMemberClass(Token t) { return ReadRaw<uint32_t>(t + 8); }
-// Kinds 78 and 79 keep in these words the variable that was found last. It may be another one by now.
+// Kinds 77 to 79 keep in these words the variable that was found last. It may be another one by now.
 struct CVariable;
 inline CVariable* TokenVariable(Token t) { return ReadRaw<CVariable*>(t + 4); }
 inline void SetTokenVariable(uint8_t* t, CVariable* variable) { WriteRaw(t + 4, variable); }
