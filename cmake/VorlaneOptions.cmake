@@ -35,7 +35,7 @@ target_include_directories(vl_flags INTERFACE ${PROJECT_SOURCE_DIR} ${PROJECT_SO
 target_compile_options(vl_flags INTERFACE -Wall -Wextra -Wno-unused-parameter -fno-strict-aliasing)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # g++ 12 sees overflows in its own std::string that can't happen.
-  target_compile_options(vl_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-stringop-overflow$<SEMICOLON>-Wno-restrict>)
+  target_compile_options(vl_flags INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-stringop-overflow$<SEMICOLON>-Wno-restrict$<SEMICOLON>-Wno-array-bounds>)
 endif()
 if(VL_PCH)
   # What SDL's and the threads' flags define; with it everywhere one precompiled header fits all.

@@ -34,29 +34,29 @@ typedef struct vl_options {
   uint32_t struct_size; /* sizeof(vl_options), set by vl_options_init */
   vl_backend backend;
   vl_clock clock;
-  int32_t width, height;  /* client size of the host's window in pixels; default 640 x 480 */
-  int32_t detached;       /* 1: no host window, the program opens its own */
-  int32_t has_seed;       /* 1: `seed` seeds the random generator */
+  int32_t width, height; /* client size of the host's window in pixels; default 640 x 480 */
+  int32_t detached;      /* 1: no host window, the program opens its own */
+  int32_t has_seed;      /* 1: `seed` seeds the random generator */
   uint32_t seed;
-  uint64_t max_time_ms;   /* stop as the host would, after that much of the program's clock; 0: never */
-  const char* title;      /* of the host's window; UTF-8, may be NULL */
-  int32_t keep_globals;   /* 1: vl_globals() works after the run */
-  int32_t keep_input;     /* 1: vl_recorded_input() works after the run */
+  uint64_t max_time_ms; /* stop as the host would, after that much of the program's clock; 0: never */
+  const char* title;    /* of the host's window; UTF-8, may be NULL */
+  int32_t keep_globals; /* 1: vl_globals() works after the run */
+  int32_t keep_input;   /* 1: vl_recorded_input() works after the run */
 } vl_options;
 
 typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;
 
 typedef enum vl_result {
-  VL_OK = 0,          /* the program ended or was stopped */
-  VL_ERROR = 1,       /* a compile or script error: see vl_error */
-  VL_UNREADABLE = 2   /* the application can't be read: see vl_error_detail */
+  VL_OK = 0,        /* the program ended or was stopped */
+  VL_ERROR = 1,     /* a compile or script error: see vl_error */
+  VL_UNREADABLE = 2 /* the application can't be read: see vl_error_detail */
 } vl_result;
 
 typedef enum vl_input_type {
-  VL_INPUT_KEY = 1,    /* code: virtual key, down: 1 or 0 */
-  VL_INPUT_CHAR = 2,   /* code: byte of code page 1252 */
-  VL_INPUT_MOUSE = 3,  /* x, y; code 0: move, 1 left, 2 middle, 3 right with down 1 (2: double click) or 0 */
-  VL_INPUT_WHEEL = 4,  /* code: 120 a notch, x, y */
+  VL_INPUT_KEY = 1,   /* code: virtual key, down: 1 or 0 */
+  VL_INPUT_CHAR = 2,  /* code: byte of code page 1252 */
+  VL_INPUT_MOUSE = 3, /* x, y; code 0: move, 1 left, 2 middle, 3 right with down 1 (2: double click) or 0 */
+  VL_INPUT_WHEEL = 4, /* code: 120 a notch, x, y */
   VL_INPUT_CLOSE = 5,
   VL_INPUT_RESIZE = 6, /* x, y: new client size */
   VL_INPUT_FOCUS = 7   /* down: 1 or 0 */

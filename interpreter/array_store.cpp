@@ -6,11 +6,11 @@
 
 namespace vl {
 
-CArrayStore::CArrayStore(CInterpretor* interpreter, CVariablePool& pool, MemoryBudget& budget)
+CArrayStore::CArrayStore(CInterpretor* interpreter, CElementPool& pool, MemoryBudget& budget)
     : owner_(interpreter), pool_(pool), budget_(budget) {}
 
 CArrayStore::~CArrayStore() {
-  for (CVariable* element : elements_) {
+  for (CValue* element : elements_) {
     if (element) pool_.Give(element);
   }
   budget_.Return(counted_);
@@ -19,7 +19,7 @@ CArrayStore::~CArrayStore() {
 void CArrayStore::Resize(uint64_t count) {
   if (count > elements_.capacity()) {
     const uint64_t capacity = std::max<uint64_t>(count, elements_.capacity() + elements_.capacity() / 2);
-    const uint64_t bytes = capacity * sizeof(CVariable*);
+    const uint64_t bytes = capacity * sizeof(CValue*);
     if (bytes > counted_) {
       if (!budget_.Take(bytes - counted_)) owner_->RaiseError(ERR_MEMORY);
       counted_ = bytes;
@@ -36,7 +36,7 @@ uint32_t CArrayStore::FirstAddress(const int32_t* subscripts, uint32_t count) {
     const uint32_t size = static_cast<uint32_t>(subscripts[d]) + 1;
     if (size < 1 || size > kMaxSize) owner_->RaiseError(ERR_SUBSCRIPT, d + 1);
     product *= size;
-    if (product > limits::kRunMemoryBytes / sizeof(CVariable*)) owner_->RaiseError(ERR_MEMORY);
+    if (product > limits::kRunMemoryBytes / sizeof(CValue*)) owner_->RaiseError(ERR_MEMORY);
   }
   Resize(product);
   for (uint32_t d = 0; d < count; ++d) sizes[d] = static_cast<uint32_t>(subscripts[d]) + 1;
@@ -76,11 +76,11 @@ void CArrayStore::Rebuild(const std::array<uint32_t, kMaxDimensions>& newSizes) 
   uint64_t product = 1;
   for (uint32_t d = 0; d < dimensions; ++d) {
     product *= newSizes[d];
-    if (product > limits::kRunMemoryBytes / sizeof(CVariable*)) owner_->RaiseError(ERR_MEMORY);
+    if (product > limits::kRunMemoryBytes / sizeof(CValue*)) owner_->RaiseError(ERR_MEMORY);
   }
-  const uint64_t bytes = product * sizeof(CVariable*);
+  const uint64_t bytes = product * sizeof(CValue*);
   if (!budget_.Take(bytes)) owner_->RaiseError(ERR_MEMORY);
-  std::vector<CVariable*> moved(static_cast<size_t>(product), nullptr);
+  std::vector<CValue*> moved(static_cast<size_t>(product), nullptr);
   // Walk the old places with a running subscript, so that no division is needed.
   std::array<uint32_t, kMaxDimensions> at{};
   for (size_t i = 0; i < elements_.size(); ++i) {
@@ -99,10 +99,10 @@ void CArrayStore::Rebuild(const std::array<uint32_t, kMaxDimensions>& newSizes) 
 
 CValue& CArrayStore::Store(uint32_t index, const CValue& value) {
   if (index >= elements_.size()) owner_->RaiseError(ERR_SUBSCRIPT, 1);
-  CVariable*& element = elements_[index];
+  CValue*& element = elements_[index];
   if (!element) {
     if (value.type >= VT_NEW_NAME && value.type <= VT_NEW_ELEMENT) owner_->RaiseError(ERR_UNDEFINED);
-    CVariable* fresh = pool_.Take();
+    CValue* fresh = pool_.Take();
     if (!fresh) owner_->RaiseError(ERR_MEMORY);
     element = fresh;
   }

@@ -7,18 +7,16 @@
 #include <cstdint>
 #include <vector>
 
-#include "interpreter/value.h"
+#include "interpreter/var_table.h"
 
 namespace vl {
-
-class CVariablePool;
 
 class CArrayStore {
  public:
   static constexpr uint32_t kMaxDimensions = 10;
   static constexpr uint32_t kMaxSize = 0x1FFFFFFE;
 
-  CArrayStore(CInterpretor* interpreter, CVariablePool& pool, MemoryBudget& budget);
+  CArrayStore(CInterpretor* interpreter, CElementPool& pool, MemoryBudget& budget);
   ~CArrayStore();
   CArrayStore(const CArrayStore&) = delete;
   CArrayStore& operator=(const CArrayStore&) = delete;
@@ -32,6 +30,10 @@ class CArrayStore {
   }
   // Null when it was never assigned, or the index is outside.
   CValue* Element(uint32_t index) const { return index < elements_.size() ? elements_[index] : nullptr; }
+  // The same for an array of one dimension; null for any other.
+  CValue* OfOneDimension(uint32_t index) const {
+    return dimensions == 1 && index < sizes[0] ? elements_[index] : nullptr;
+  }
   uint32_t ElementCount() const { return static_cast<uint32_t>(elements_.size()); }
   // Stores a copy. Raises 15 and what copying raises; 45 for an index outside.
   CValue& Store(uint32_t index, const CValue& value);
@@ -47,9 +49,9 @@ class CArrayStore {
   void Rebuild(const std::array<uint32_t, kMaxDimensions>& newSizes);
 
   CInterpretor* owner_;
-  CVariablePool& pool_;
+  CElementPool& pool_;
   MemoryBudget& budget_;
-  std::vector<CVariable*> elements_;
+  std::vector<CValue*> elements_;
   uint64_t counted_ = 0;  // bytes taken from the budget for `elements_`
 };
 

@@ -17,7 +17,7 @@ uint32_t CInterpretor::EvaluateArguments() {
     argDepth = level + 1;
     CValue* bank = args.data() + level * limits::kArgumentsPerLevel;
     for (;;) {
-      const CValue* value = Evaluate();
+      const CValue* value = EvaluateInner();
       if (count >= limits::kArgumentsPerLevel) RaiseError(ERR_TOO_MANY);
       bank[count++].Assign(*value);
       if (TokenKindOf(readCursor) != TK_COMMA) break;

@@ -6,10 +6,6 @@
 
 namespace vl {
 
-namespace {
-bool IsMemberToken(uint16_t kind) { return kind >= TK_MEMBER_CALL && kind <= TK_MEMBER_ELEMENT; }
-}  // namespace
-
 void CInterpretor::GrowValues() {
   constexpr size_t kStep = 100;
   const size_t size = valueStore.size() + kStep;
@@ -20,14 +16,25 @@ void CInterpretor::GrowValues() {
     valueStore.push_back(std::make_unique<CValue>(this));
     valuePointers.push_back(valueStore.back().get());
   }
-  ops.resize(size, 0);
+  opStore.resize(size, 0);
+  ops = opStore.data();
   values = valuePointers.data();
   valueLimit_ = static_cast<uint32_t>(size);
 }
 
 inline CVariable* CInterpretor::FindVariable(Token token) {
+  CVariable* known = TokenVariable(token);
+  if (known->home == &frame->variables && known->nameId == TokenNameId(token)) return known;
+  return FindAnew(token);
+}
+
+// By the tables: the frame's variable, the object's own, or a global one. The token keeps one of the frame.
+CVariable* CInterpretor::FindAnew(Token token) {
   const uint32_t nameId = TokenNameId(token);
-  if (CVariable* v = frame->variables.Find(nameId)) return v;
+  if (CVariable* v = frame->variables.Find(nameId)) {
+    SetTokenVariable(Writable(token), v);
+    return v;
+  }
   if (token == declared) return nullptr;
   if (thisObject != frame) {
     if (CVariable* v = thisObject->variables.Find(nameId)) return v;
@@ -36,160 +43,373 @@ inline CVariable* CInterpretor::FindVariable(Token token) {
   return variables.Find(nameId);
 }
 
-// The loop holds the cursor and the top of the stacks in locals and writes them back before anything that may
-// throw or run code. Names and numbers are read, and operators on integers run, right here.
+namespace {
+
+// Precedence by token kind: the kind itself for an operator, 0 for what ends an expression.
+constexpr std::array<uint8_t, TK_KIND_COUNT> MakePrecedence() {
+  std::array<uint8_t, TK_KIND_COUNT> table{};
+  for (uint8_t kind = TK_OPERATOR_FIRST; kind <= TK_OPERATOR_LAST; ++kind) table[kind] = kind;
+  return table;
+}
+constexpr std::array<uint8_t, TK_KIND_COUNT> kPrecedence = MakePrecedence();
+// An evaluation's operators that wait grow in precedence, so this many slots are enough for it.
+constexpr uint32_t kSlotsOfEvaluation = TK_OPERATOR_LAST - TK_OPERATOR_FIRST + 4;
+
+// A number goes to a slot that owns nothing.
+inline void PutNumber(CValue& slot, const CValue& number, CValue* lvalue) {
+  slot.type = number.type;
+  slot.data = number.data;
+  slot.lvalue = lvalue;
+}
+
+inline double RealOf(const CValue& number) { return number.type == VT_FLOAT ? number.data.real : number.data.integer; }
+
+// The operators on two numbers, in line. False when one side is no number: nothing has happened then.
+template <typename F>
+inline bool Calculate(CValue& left, const CValue& right, F f) {
+  if ((left.type | right.type) == VT_INTEGER) {
+    left.data.integer =
+        static_cast<int32_t>(f(static_cast<uint32_t>(left.data.integer), static_cast<uint32_t>(right.data.integer)));
+    return true;
+  }
+  if ((left.type | right.type) != VT_FLOAT) return false;
+  left.data.real = f(RealOf(left), RealOf(right));
+  left.type = VT_FLOAT;
+  return true;
+}
+
+template <typename F>
+inline bool Compare(CValue& left, const CValue& right, F f) {
+  if ((left.type | right.type) == VT_INTEGER) {
+    left.data.integer = f(left.data.integer, right.data.integer);
+    return true;
+  }
+  if ((left.type | right.type) != VT_FLOAT) return false;
+  left.data.integer = f(RealOf(left), RealOf(right));
+  left.type = VT_INTEGER;
+  return true;
+}
+
+template <typename F>
+inline bool OnIntegers(CValue& left, const CValue& right, F f) {
+  if ((left.type | right.type) != VT_INTEGER) return false;
+  left.data.integer = static_cast<int32_t>(f(left.data.integer, right.data.integer));
+  return true;
+}
+
+// The compound assignments on numbers: the variable changes, and the slot takes its new value.
+template <typename F>
+inline bool CalculateInPlace(CValue& left, const CValue& right, F f) {
+  if (left.type > VT_FLOAT || !left.lvalue || !Calculate(*left.lvalue, right, f)) return false;
+  left.type = left.lvalue->type;
+  left.data = left.lvalue->data;
+  return true;
+}
+
+inline bool StepInteger(const CValue& left, uint32_t step) {
+  if (left.type != VT_INTEGER || !left.lvalue || left.lvalue->type != VT_INTEGER) return false;
+  left.lvalue->data.integer = static_cast<int32_t>(static_cast<uint32_t>(left.lvalue->data.integer) + step);
+  return true;
+}
+
+// Runs an operator on numbers: slots[0] is its left side, slots[1] its right one. False when it takes more
+// than that: nothing has happened then.
+inline bool ReduceNumbers(uint32_t op, CValue** slots) {
+  CValue& left = *slots[0];
+  CValue& right = *slots[1];
+  switch (op) {
+    case TK_ASSIGN:
+      if (left.type >= VT_NEW_NAME && left.type != VT_DEFAULT) return false;
+      if (!left.lvalue || right.type > VT_FLOAT || !left.lvalue->IsPlain()) return false;
+      left.lvalue->type = right.type;
+      left.lvalue->data = right.data;
+      slots[0] = &right;
+      slots[1] = &left;
+      return true;
+    case TK_ADD_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL_ASSIGN:
+      return CalculateInPlace(left, right, [](auto a, auto b) { return a * b; });
+    case TK_LOGICAL_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a != 0 && b != 0; });
+    case TK_LOGICAL_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return (a | b) != 0; });
+    case TK_GREATER_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a >= b; });
+    case TK_LESS_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a <= b; });
+    case TK_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a == b; });
+    case TK_LESS:
+      return Compare(left, right, [](auto a, auto b) { return a < b; });
+    case TK_GREATER:
+      return Compare(left, right, [](auto a, auto b) { return a > b; });
+    case TK_NOT_EQUAL:
+      return Compare(left, right, [](auto a, auto b) { return a != b; });
+    case TK_INCREMENT:
+      return StepInteger(left, 1);
+    case TK_DECREMENT:
+      return StepInteger(left, ~0u);
+    case TK_ADD:
+      return Calculate(left, right, [](auto a, auto b) { return a + b; });
+    case TK_SUB:
+      return Calculate(left, right, [](auto a, auto b) { return a - b; });
+    case TK_MUL:
+      return Calculate(left, right, [](auto a, auto b) { return a * b; });
+    case TK_DIV:
+      if ((left.type | right.type) == VT_INTEGER) {
+        if (right.data.integer <= 0) return false;
+        left.data.integer /= right.data.integer;
+        return true;
+      }
+      if ((left.type | right.type) != VT_FLOAT || RealOf(right) == 0.0) return false;
+      left.data.real = RealOf(left) / RealOf(right);
+      left.type = VT_FLOAT;
+      return true;
+    case TK_MOD:
+      return right.data.integer > 0 && OnIntegers(left, right, [](int32_t a, int32_t b) { return a % b; });
+    case TK_AND:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a & b; });
+    case TK_OR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a | b; });
+    case TK_XOR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a ^ b; });
+    case TK_SHL:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return static_cast<uint32_t>(a) << (b & 31); });
+    case TK_SHR:
+      return OnIntegers(left, right, [](int32_t a, int32_t b) { return a >> (b & 31); });
+    default:
+      return false;
+  }
+}
+
+}  // namespace
+
+// `a[i]` and `a[3]` where the array has one dimension and the element is a number. Gives the token behind, null
+// when it takes more than that: nothing has happened then. The subscript is left above, as its evaluation does.
+Token CInterpretor::ReadPlainElement(Token token, CValue** slots) {
+  const CVariable* variable = FindVariable(token);
+  const Token subscript = token + kNameRecord;
+  if (!variable || variable->type != VT_ARRAY || !slots[0]->IsPlain() || !slots[1]->IsPlain()) return nullptr;
+  CValue* source = nullptr;
+  int32_t index = 0;
+  Token next = subscript;
+  if (TokenKindOf(subscript) == TK_NAME) {
+    source = FindVariable(subscript);
+    if (!source || source->type != VT_INTEGER) return nullptr;
+    index = source->data.integer;
+    next += kNameRecord;
+  } else if (TokenKindOf(subscript) == TK_DECIMAL) {
+    index = static_cast<int32_t>(TokenWord(subscript));
+    next += kWordRecord;
+  }
+  if (TokenKindOf(next) != TK_BRACKET_CLOSE || next == subscript) return nullptr;
+  next += kPlainRecord;
+  CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(index));
+  if (!element || element->type > VT_FLOAT || IsMemberToken(TokenKindOf(next))) return nullptr;
+  CValue& above = *slots[1];
+  above.type = VT_INTEGER;
+  above.data.integer = index;
+  above.lvalue = source;
+  PutNumber(*slots[0], *element, element);
+  return next;
+}
+
+// `o.name` where the script object has that variable and it is a number; as ReadPlainElement.
+Token CInterpretor::ReadPlainMember(const CVariable& variable, Token member, CValue** slots) {
+  if (variable.type != VT_OBJECT || TokenKindOf(member) != TK_MEMBER || !slots[0]->IsPlain()) return nullptr;
+  const CIBaseClassImpl* object = variable.data.object;
+  if (!object || object->classInfo) return nullptr;
+  CVariable* found = static_cast<const CIBaseObjectVar*>(object)->variables.Find(TokenNameId(member));
+  const Token next = member + kNameRecord;
+  if (!found || found->type > VT_FLOAT || IsMemberToken(TokenKindOf(next))) return nullptr;
+  PutNumber(*slots[0], *found, found);
+  return next;
+}
+
+// The loop holds the cursor and the tops of the stacks in locals and writes them back before anything that may
+// throw or run code. Numbers are read, and operators on numbers run, right here.
 CValue* CInterpretor::Evaluate() {
+  const uint32_t base = sp;
+  if (base + kSlotsOfEvaluation > valueLimit_) GrowValues();
+  Token cursor = readCursor;
+  CValue** top = values + base;
+  uint32_t* op = ops + base;  // what waits for the value at the top
+  *op = 0;
+  for (;;) {
+    CValue& slot = **++top;
+    Token next = nullptr;
+    const auto header = ReadRaw<uint32_t>(cursor);
+    if (header == kPlainNameHeader) {
+      CVariable* variable = FindVariable(cursor);
+      if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) {
+        PutNumber(slot, *variable, variable);
+        next = cursor + kNameRecord;
+      }
+    } else {
+      switch (header & 0xFFFF) {
+        case TK_NAME:
+          if (const CVariable* variable = FindVariable(cursor)) {
+            next = ReadPlainMember(*variable, cursor + kNameRecord, top);
+          }
+          break;
+        case TK_DECIMAL:
+          if (slot.IsPlain()) {
+            slot.type = VT_INTEGER;
+            slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
+            slot.lvalue = nullptr;
+            next = cursor + kWordRecord;
+          }
+          break;
+        case TK_FLOAT:
+          if (slot.IsPlain()) {
+            slot.type = VT_FLOAT;
+            slot.data.real = TokenFloat(cursor);
+            slot.lvalue = nullptr;
+            next = cursor + kFloatRecord;
+          }
+          break;
+        case TK_ELEMENT:
+          next = ReadPlainElement(cursor, top);
+          break;
+        case TK_SEMICOLON:
+        case TK_PAREN_CLOSE:
+        case TK_COMMA:
+          if (slot.IsPlain()) {
+            slot.SetDefault();
+            slot.lvalue = nullptr;
+            next = cursor;
+          }
+          break;
+        default:
+          break;
+      }
+    }
+    if (!next) {
+      sp = static_cast<uint32_t>(top - values);
+      readCursor = cursor;
+      Primary();
+      next = readCursor;
+      top = values + sp;
+      op = ops + sp - 1;
+    }
+    cursor = next;
+    uint32_t precedence = kPrecedence[TokenKindOf(cursor)];
+    while (precedence <= *op) {
+      const uint32_t waiting = *op;
+      if (waiting == 0) {
+        sp = base;
+        readCursor = cursor;
+        return *top;
+      }
+      --op;
+      --top;
+      if (ReduceNumbers(waiting, top)) continue;
+      sp = static_cast<uint32_t>(top - values);
+      readCursor = cursor;
+      Reduce(waiting);
+      cursor = readCursor;
+      top = values + sp;
+      op = ops + sp - 1;
+      precedence = kPrecedence[TokenKindOf(cursor)];
+    }
+    *++op = precedence;
+    cursor += kPlainRecord;
+  }
+}
+
+// `i++` as the step of a loop, on an integer. Null when it takes more than that: nothing has happened then.
+Token CInterpretor::StepQuickly(Token cursor) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const Token next = sign + kPlainRecord;
+  if (TokenKindOf(sign) != TK_INCREMENT || TokenKindOf(next) != TK_PAREN_CLOSE) return nullptr;
+  CVariable* variable = FindVariable(cursor);
+  if (!variable || variable->type != VT_INTEGER || sp + 2 >= valueLimit_) return nullptr;
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (!slot.IsPlain() || !above.IsPlain()) return nullptr;
+  PutNumber(slot, *variable, variable);
+  above.SetDefault();
+  above.lvalue = nullptr;
+  StepInteger(slot, 1);
+  return next;
+}
+
+// The condition of two integers that most loops have: a name, a comparison, a name or number. As StepQuickly.
+Token CInterpretor::CompareQuickly(Token cursor, bool& holds) {
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+  const Token sign = cursor + kNameRecord;
+  const uint16_t comparison = TokenKindOf(sign);
+  if (comparison < TK_GREATER_EQUAL || comparison > TK_NOT_EQUAL || sp + 2 >= valueLimit_) return nullptr;
+  CVariable* left = FindVariable(cursor);
+  if (!left || left->type != VT_INTEGER) return nullptr;
+  Token next = sign + kPlainRecord;
+  CVariable* variable = nullptr;
+  int32_t right = 0;
+  if (ReadRaw<uint32_t>(next) == kPlainNameHeader) {
+    variable = FindVariable(next);
+    if (!variable || variable->type != VT_INTEGER) return nullptr;
+    right = variable->data.integer;
+    next += kNameRecord;
+  } else if (TokenKindOf(next) == TK_DECIMAL) {
+    right = static_cast<int32_t>(TokenWord(next));
+    next += kWordRecord;
+  } else {
+    return nullptr;
+  }
+  CValue& slot = *values[sp + 1];
+  CValue& above = *values[sp + 2];
+  if (kPrecedence[TokenKindOf(next)] != 0 || !slot.IsPlain() || !above.IsPlain()) return nullptr;
+  above.type = VT_INTEGER;
+  above.data.integer = right;
+  above.lvalue = variable;
+  PutNumber(slot, *left, left);
+  const int32_t value = left->data.integer;
+  switch (comparison) {
+    case TK_GREATER_EQUAL:
+      holds = value >= right;
+      break;
+    case TK_LESS_EQUAL:
+      holds = value <= right;
+      break;
+    case TK_EQUAL:
+      holds = value == right;
+      break;
+    case TK_LESS:
+      holds = value < right;
+      break;
+    case TK_GREATER:
+      holds = value > right;
+      break;
+    default:
+      holds = value != right;
+      break;
+  }
+  slot.data.integer = holds;
+  return next;
+}
+
+// The condition at the cursor, read as an integer.
+bool CInterpretor::Condition() {
+  bool holds = false;
+  if (const Token next = CompareQuickly(readCursor, holds)) {
+    readCursor = next;
+    return holds;
+  }
+  return Evaluate()->GetInt() != 0;
+}
+
+CValue* CInterpretor::EvaluateInner() {
   if (++evaluationDepth > limits::kMaxEvaluationDepth) {
     --evaluationDepth;
     RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
   }
-  const uint32_t base = sp;
-  uint32_t top = base;
-  Token cursor = readCursor;
-  ops[base] = 0;
-  for (;;) {
-    // Two slots of headroom: the primary's own, and one for an omitted right side.
-    if (++top + 2 >= valueLimit_) GrowValues();
-    sp = top;
-    CValue& slot = *values[top];
-    const uint16_t primary = TokenKindOf(cursor);
-    if (primary == TK_NAME) {
-      CVariable* variable = FindVariable(cursor);
-      const Token next = TokenNext(cursor);
-      if (variable && variable->type <= VT_FLOAT && slot.IsPlain() && !IsMemberToken(TokenKindOf(next))) {
-        slot.type = variable->type;
-        slot.data = variable->data;
-        slot.lvalue = variable;
-        cursor = next;
-      } else {
-        readCursor = next;
-        if (variable) {
-          ReadValue(*variable);
-        } else {
-          slot.SetNew(VT_NEW_NAME, OffsetOf(cursor));
-        }
-        cursor = readCursor;
-      }
-    } else if (primary == TK_DECIMAL && slot.IsPlain()) {
-      slot.type = VT_INTEGER;
-      slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
-      slot.lvalue = nullptr;
-      cursor = TokenNext(cursor);
-    } else {
-      readCursor = cursor;
-      Primary();
-      cursor = readCursor;
-    }
-    for (;;) {
-      const uint32_t kind = TokenKindOf(cursor);
-      if (kind - TK_OPERATOR_FIRST <= TK_OPERATOR_LAST - TK_OPERATOR_FIRST && kind > ops[top - 1]) {
-        ops[top] = kind;
-        cursor = TokenNext(cursor);
-        if (kind == TK_INCREMENT || kind == TK_DECREMENT) {
-          // The common end of a postfix: its right side is an omitted value, and it is reduced first.
-          CValue& left = *values[top];
-          const uint32_t next = TokenKindOf(cursor);
-          if (left.type == VT_INTEGER && left.lvalue && left.lvalue->type == VT_INTEGER &&
-              (next == TK_SEMICOLON || next == TK_PAREN_CLOSE || next == TK_COMMA)) {
-            const uint32_t step = kind == TK_INCREMENT ? 1u : ~0u;
-            left.lvalue->data.integer = static_cast<int32_t>(static_cast<uint32_t>(left.lvalue->data.integer) + step);
-            CValue& omitted = *values[top + 1];
-            omitted.SetDefault();
-            omitted.lvalue = nullptr;
-            continue;
-          }
-        }
-        break;  // the next primary
-      }
-      sp = --top;
-      if (top == base) {
-        readCursor = cursor;
-        --evaluationDepth;
-        return values[base + 1];
-      }
-      const uint32_t op = ops[top];
-      CValue& left = *values[top];
-      CValue& right = *values[top + 1];
-      if ((left.type | right.type) == VT_INTEGER) {
-        const int32_t a = left.data.integer;
-        const int32_t b = right.data.integer;
-        switch (op) {
-          case TK_ADD:
-            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
-            continue;
-          case TK_SUB:
-            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
-            continue;
-          case TK_MUL:
-            left.data.integer = static_cast<int32_t>(static_cast<uint32_t>(a) * static_cast<uint32_t>(b));
-            continue;
-          case TK_LESS:
-            left.data.integer = a < b;
-            continue;
-          case TK_LESS_EQUAL:
-            left.data.integer = a <= b;
-            continue;
-          case TK_GREATER:
-            left.data.integer = a > b;
-            continue;
-          case TK_GREATER_EQUAL:
-            left.data.integer = a >= b;
-            continue;
-          case TK_EQUAL:
-            left.data.integer = a == b;
-            continue;
-          case TK_NOT_EQUAL:
-            left.data.integer = a != b;
-            continue;
-          case TK_AND:
-            left.data.integer = a & b;
-            continue;
-          case TK_OR:
-            left.data.integer = a | b;
-            continue;
-          default:
-            break;
-        }
-      } else if ((left.type | right.type) == VT_FLOAT) {
-        const double a = left.type == VT_FLOAT ? left.data.real : left.data.integer;
-        const double b = right.type == VT_FLOAT ? right.data.real : right.data.integer;
-        switch (op) {
-          case TK_ADD:
-            left.type = VT_FLOAT;
-            left.data.real = a + b;
-            continue;
-          case TK_SUB:
-            left.type = VT_FLOAT;
-            left.data.real = a - b;
-            continue;
-          case TK_MUL:
-            left.type = VT_FLOAT;
-            left.data.real = a * b;
-            continue;
-          case TK_LESS:
-            left.type = VT_INTEGER;
-            left.data.integer = a < b;
-            continue;
-          case TK_GREATER:
-            left.type = VT_INTEGER;
-            left.data.integer = a > b;
-            continue;
-          default:
-            break;
-        }
-      }
-      if (op == TK_ASSIGN && (left.type <= VT_ARRAY || left.type == VT_DEFAULT) && left.lvalue &&
-          right.type <= VT_FLOAT && left.lvalue->IsPlain()) {
-        left.lvalue->type = right.type;
-        left.lvalue->data = right.data;
-        std::swap(values[top], values[top + 1]);
-        continue;
-      }
-      readCursor = cursor;
-      Reduce(op);
-      cursor = readCursor;
-    }
-  }
+  CValue* value = Evaluate();
+  --evaluationDepth;
+  return value;
 }
 
 // Runs an operator on values[sp] and values[sp + 1]; the common ones on numbers without leaving this function.
@@ -409,7 +629,7 @@ void CInterpretor::Conditional() {
   CValue first(this);
   first.Assign(*values[sp + 1]);
   // The condition stays in values[sp]; the second branch is evaluated above it.
-  const CValue* second = Evaluate();
+  const CValue* second = EvaluateInner();
   CValue& left = *values[sp];
   if (left.GetInt() != 0) {
     left.Assign(first);
@@ -488,7 +708,7 @@ uint32_t CInterpretor::ReadSubscripts(int32_t* subscripts) {
   uint32_t count = 0;
   for (;;) {
     if (count >= CArrayStore::kMaxDimensions) RaiseError(ERR_SUBSCRIPT_COUNT);
-    subscripts[count++] = Evaluate()->GetInt();
+    subscripts[count++] = EvaluateInner()->GetInt();
     const uint16_t kind = TokenKindOf(readCursor);
     readCursor = TokenNext(readCursor);
     if (kind == TK_BRACKET_CLOSE) return count;
@@ -568,7 +788,7 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;
-      Evaluate();
+      EvaluateInner();
       return;
     case TK_NEW:
       NewObject();
@@ -623,7 +843,7 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       return;
     case TK_PAREN_OPEN: {
       readCursor = TokenNext(token);
-      CValue* inner = Evaluate();
+      CValue* inner = EvaluateInner();
       if (TokenKindOf(readCursor) != TK_PAREN_CLOSE) RaiseError(ERR_SYNTAX);
       readCursor = TokenNext(readCursor);
       if (IsMemberToken(TokenKindOf(readCursor))) {

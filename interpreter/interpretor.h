@@ -172,6 +172,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   KeywordTables keywordTables;
   MemoryBudget budget;
   CVariablePool variablePool;
+  CElementPool elementPool;
 
   std::unique_ptr<CAppFile> app;
 
@@ -197,7 +198,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<std::unique_ptr<CValue>> valueStore;
   CValue** values = nullptr;
   std::vector<CValue*> valuePointers;
-  std::vector<uint32_t> ops;
+  std::vector<uint32_t> opStore;
+  uint32_t* ops = nullptr;
   uint32_t sp = 0;
   int callDepth = 0;
   int evaluationDepth = 0;
@@ -261,6 +263,14 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void PrimaryName();
   void PrimaryElement();
   CVariable* FindVariable(Token token);
+  CVariable* FindAnew(Token token);
+  Token ReadPlainElement(Token token, CValue** slots);
+  Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
+  Token StepQuickly(Token cursor);
+  Token CompareQuickly(Token cursor, bool& holds);
+  bool Condition();
+  // Evaluate inside an evaluation: of a parenthesis, a subscript, an argument.
+  CValue* EvaluateInner();
   void ReadValue(CValue& source);
   void ReadElement(CValue& variable);
   void MemberOf(CIBaseClassImpl* object);
@@ -296,6 +306,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
 
   // Statements.
   void Action(uint16_t kind);
+  void DoIf();
   void DoFor();
   void DoWhile();
   void DoSwitch();
@@ -323,6 +334,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Prepare(bool attach);
   void LoadClasses(const std::vector<uint32_t>& ids);
   void EnterFunctions();
+  void PrepareNames();
   bool MarkDependants(CIBaseClassImpl* object);
 
   static constexpr size_t kTemporaries = 256;
@@ -338,6 +350,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;
   std::vector<Text> literals_;
+  CVariable noVariable_;  // what a name's token refers to before its first look-up
   std::vector<std::function<void()>> polls_;
 };
 

@@ -27,7 +27,7 @@ const BlockRecord* CInterpretor::GetEventFunction() {
   if (TokenKindOf(readCursor) != TK_ASSIGN) RaiseError(ERR_NOT_FUNCTION, kNoArgument, "= expected behind an event");
   readCursor = TokenNext(readCursor);
   values[sp]->ForgetTarget();
-  const CValue* value = Evaluate();
+  const CValue* value = EvaluateInner();
   if (value->type <= VT_STRING && value->GetInt() == 0) return nullptr;
   return value->GetFunction();
 }

@@ -89,7 +89,7 @@ void CInterpretor::Collect() {
 
 CArrayStore* CInterpretor::NewArray() {
   if (!budget.Take(sizeof(CArrayStore))) RaiseError(ERR_MEMORY);
-  auto* store = new CArrayStore(this, variablePool, budget);
+  auto* store = new CArrayStore(this, elementPool, budget);
   store->handle = arrays_.Append(store);
   return store;
 }

@@ -11,7 +11,9 @@ CInterpretor::CInterpretor(CThreadParam& param, const Services& services, const 
       services(services),
       registry(registry),
       variablePool(this, &budget),
-      defaultValue(this) {
+      elementPool(this, &budget),
+      defaultValue(this),
+      noVariable_(this) {
   keywords = &keywordTables;
   constexpr size_t kArguments = limits::kArgumentLevels * limits::kArgumentsPerLevel;
   args.reserve(kArguments);
@@ -166,11 +168,22 @@ void CInterpretor::Prepare(bool attach) {
   }
   if (attach && registry.attachWindow && ClassInfo(CLASS_WINDOW)) registry.attachWindow(*this);
   EnterFunctions();
+  PrepareNames();
 }
 
 void CInterpretor::EnterFunctions() {
   for (const BlockRecord& block : blocks) {
     if (block.kind == kBlockFunction) AddVariable(*this, block.test, 0)->SetFunction(&block);
+  }
+}
+
+// Makes the name records ready for the walker: no variable known yet, and a mark where a member follows.
+void CInterpretor::PrepareNames() {
+  for (Token t = tokens.data(); TokenKindOf(t) != TK_END; t = TokenNext(t)) {
+    const uint16_t kind = TokenKindOf(t);
+    if (kind != TK_NAME && kind != TK_ELEMENT) continue;
+    SetTokenVariable(Writable(t), &noVariable_);
+    if (IsMemberToken(TokenKindOf(TokenNext(t)))) Writable(t)[3] |= kTokenMemberFollows;
   }
 }
 

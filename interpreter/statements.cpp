@@ -22,11 +22,22 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
       readCursor = TokenNext(readCursor);
       kind = TokenKindOf(readCursor);
     }
-    if (kind == TK_NAME) {
-      Evaluate();
-    } else {
-      Action(kind);
-      if (returned) return;
+    switch (kind) {
+      case TK_NAME:
+      case TK_ELEMENT:
+        Evaluate();
+        break;
+      case TK_IF:
+        DoIf();
+        break;
+      case TK_BRACE_CLOSE:
+        DoCloseBrace();
+        if (returned) return;
+        break;
+      default:
+        Action(kind);
+        if (returned) return;
+        break;
     }
     Housekeeping();
   }
@@ -35,32 +46,16 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
 void CInterpretor::Action(uint16_t kind) {
   const Token token = readCursor;
   switch (kind) {
-    case TK_NAME:
-    case TK_ELEMENT:
     case TK_THIS:
       Evaluate();
       return;
     case TK_CALL:
       CallByName();
       return;
-    case TK_BRACE_CLOSE:
-      DoCloseBrace();
-      return;
     case TK_BRACE_OPEN:
       PushScope(blocks[TokenWord2(token)]);
       readCursor = TokenNext(token);
       return;
-    case TK_IF: {
-      readCursor = TokenNext(token);
-      const bool holds = Evaluate()->GetInt() != 0;
-      if (holds) {
-        readCursor = TokenNext(readCursor);
-        return;
-      }
-      readCursor = At(TokenWord(token));
-      if (TokenKindOf(readCursor) == TK_ELSE) readCursor = TokenNext(readCursor);
-      return;
-    }
     case TK_ELSE:
       do {
         readCursor = At(TokenWord(readCursor));
@@ -141,6 +136,17 @@ void CInterpretor::PopScope() {
   --scopeDepth;
 }
 
+void CInterpretor::DoIf() {
+  const Token token = readCursor;
+  readCursor = token + kWordRecord;
+  if (Condition()) {
+    readCursor = TokenNext(readCursor);
+    return;
+  }
+  readCursor = At(TokenWord(token));
+  if (TokenKindOf(readCursor) == TK_ELSE) readCursor = TokenNext(readCursor);
+}
+
 void CInterpretor::DoFor() {
   const Token token = readCursor;
   const BlockRecord& block = blocks[TokenWord2(token)];
@@ -149,7 +155,7 @@ void CInterpretor::DoFor() {
   PushScope(block);
   if (block.test) {
     readCursor = At(block.test);
-    if (Evaluate()->GetInt() == 0) {
+    if (!Condition()) {
       GoBehind(block.bodyEnd);
       PopScope();
       return;
@@ -162,7 +168,7 @@ void CInterpretor::DoWhile() {
   const Token token = readCursor;
   const BlockRecord& block = blocks[TokenWord2(token)];
   readCursor = TokenNext(token);
-  if (Evaluate()->GetInt() != 0) {
+  if (Condition()) {
     PushScope(block);
     GoBehind(block.bodyStart);
   } else {
@@ -178,12 +184,16 @@ void CInterpretor::DoCloseBrace() {
     case kBlockWhile: {
       if (block.kind == kBlockFor && block.extra) {
         readCursor = At(block.extra);
-        Evaluate();
+        if (const Token next = StepQuickly(readCursor)) {
+          readCursor = next;
+        } else {
+          Evaluate();
+        }
       }
       bool again = true;
       if (block.test) {
         readCursor = At(block.test);
-        again = Evaluate()->GetInt() != 0;
+        again = Condition();
       }
       if (again) {
         GoBehind(block.bodyStart);

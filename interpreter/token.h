@@ -113,6 +113,16 @@ enum TokenShape : uint8_t {
 };
 
 inline constexpr uint8_t kTokenHasPosition = 1;
+inline constexpr uint8_t kTokenMemberFollows = 2;  // of a name; set when the program starts
+
+// Sizes of whole records: the compiler writes each with its position word. The walker steps by these where it
+// knows the kind, as the next step then doesn't wait for the record's size.
+inline constexpr uint32_t kPlainRecord = kShapePlain + 4;
+inline constexpr uint32_t kWordRecord = kShapeWord + 4;
+inline constexpr uint32_t kFloatRecord = kShapeFloat + 4;
+inline constexpr uint32_t kNameRecord = kShapeName + 4;
+// The first word of a name that no member follows.
+inline constexpr uint32_t kPlainNameHeader = TK_NAME | kNameRecord << 16 | uint32_t{kTokenHasPosition} << 24;
 
 using Token = const uint8_t*;
 
@@ -128,6 +138,7 @@ inline void WriteRaw(uint8_t* p, T v) {
 }
 
 inline uint16_t TokenKindOf(Token t) { return ReadRaw<uint16_t>(t); }
+inline bool IsMemberToken(uint16_t kind) { return kind >= TK_MEMBER_CALL && kind <= TK_MEMBER_ELEMENT; }
 inline uint8_t TokenSize(Token t) { return t[2]; }
 inline uint8_t TokenFlags(Token t) { return t[3]; }
 inline Token TokenNext(Token t) { return t + t[2]; }
@@ -138,6 +149,11 @@ inline const char* TokenText(Token t) { return reinterpret_cast<const char*>(t +
 // Name shape: the cached member id and class, and the name id.
 inline uint16_t TokenMemberId(Token t) { return ReadRaw<uint16_t>(t + 4); }
 inline uint32_t TokenMemberClass(Token t) { return ReadRaw<uint32_t>(t + 8); }
+// Kinds 78 and 79 keep in these words the variable that was found last. It may be another one by now.
+struct CVariable;
+inline CVariable* TokenVariable(Token t) { return ReadRaw<CVariable*>(t + 4); }
+inline void SetTokenVariable(uint8_t* t, CVariable* variable) { WriteRaw(t + 4, variable); }
+static_assert(sizeof(CVariable*) <= 8);
 inline uint32_t TokenNameId(Token t) { return ReadRaw<uint32_t>(t + 12); }
 // Function shape of the first pass.
 inline uint32_t TokenSourcePart(Token t) { return ReadRaw<uint32_t>(t + 12); }

@@ -17,6 +17,7 @@ namespace vl {
 class CInterpretor;
 class CIBaseClassImpl;
 class CArrayStore;
+class CVarTable;
 struct BlockRecord;
 
 enum ValueType : uint8_t {
@@ -152,6 +153,8 @@ class CValue {
 // A variable: a value with the scope level at which it was made and its links in the table.
 struct CVariable : CValue {
   explicit CVariable(CInterpretor* interpreter) : CValue(interpreter) {}
+  // The table whose Find gives this variable for its name. Null when it is in none or a newer one hides it.
+  const CVarTable* home = nullptr;
   int32_t level = 0;
   uint32_t nameId = 0;
   CVariable* next = nullptr;        // older variable of the same bucket

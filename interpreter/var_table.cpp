@@ -5,28 +5,33 @@
 
 namespace vl {
 
-CVariablePool::~CVariablePool() {
+template <typename T>
+CValuePool<T>::~CValuePool() {
   for (void* chunk : chunks_) {
     // A stale write may have left content in a variable that was given back.
-    auto* variables = static_cast<CVariable*>(chunk);
-    for (size_t i = 0; i < kChunk; ++i) variables[i].~CVariable();
-    budget_->Return(kChunk * sizeof(CVariable));
+    auto* values = static_cast<T*>(chunk);
+    for (size_t i = 0; i < kChunk; ++i) values[i].~T();
+    budget_->Return(kChunk * sizeof(T));
     std::free(chunk);
   }
 }
 
-bool CVariablePool::Grow() {
-  if (!budget_->Take(kChunk * sizeof(CVariable))) return false;
-  void* memory = std::malloc(kChunk * sizeof(CVariable));
+template <typename T>
+bool CValuePool<T>::Grow() {
+  if (!budget_->Take(kChunk * sizeof(T))) return false;
+  void* memory = std::malloc(kChunk * sizeof(T));
   if (!memory) {
-    budget_->Return(kChunk * sizeof(CVariable));
+    budget_->Return(kChunk * sizeof(T));
     return false;
   }
   chunks_.push_back(memory);
-  auto* variables = static_cast<CVariable*>(memory);
-  for (size_t i = kChunk; i-- > 0;) Give(new (&variables[i]) CVariable(interpreter_));
+  auto* values = static_cast<T*>(memory);
+  for (size_t i = kChunk; i-- > 0;) Give(new (&values[i]) T(interpreter_));
   return true;
 }
+
+template class CValuePool<CVariable>;
+template class CValuePool<CValue>;
 
 CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   CVariable* variable = pool.Take();
@@ -35,6 +40,8 @@ CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   variable->level = level;
   variable->nameId = nameId;
   CVariable*& bucket = buckets_[Hash(nameId)];
+  if (CVariable* older = FindIn(bucket, nameId)) older->home = nullptr;
+  variable->home = this;
   variable->next = bucket;
   bucket = variable;
   if (level > 0) {
@@ -50,12 +57,16 @@ void CVarTable::RemoveScopeTop(CVariablePool& pool) {
   CVariable** link = &buckets_[Hash(variable->nameId)];
   while (*link != variable) link = &(*link)->next;
   *link = variable->next;
+  if (variable->home) {
+    variable->home = nullptr;
+    if (CVariable* older = FindIn(variable->next, variable->nameId)) older->home = this;
+  }
   scopeTop_ = variable->scopeBelow;
   --count_;
   pool.Give(variable);
 }
 
-void CVarTable::Clear(CVariablePool& pool) {
+void CVarTable::ClearSlow(CVariablePool& pool) {
   scopeTop_ = nullptr;
   count_ = 0;
   for (uint32_t b = 0; b <= mask_; ++b) {
@@ -63,6 +74,7 @@ void CVarTable::Clear(CVariablePool& pool) {
     buckets_[b] = nullptr;
     while (variable) {
       CVariable* next = variable->next;
+      variable->home = nullptr;
       pool.Give(variable);
       variable = next;
     }

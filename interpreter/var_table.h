@@ -15,25 +15,27 @@
 
 namespace vl {
 
-// Free store of variables and array elements; grows in chunks that count against the run's memory budget and
-// that live as long as the pool, so that a stale pointer to a variable never leaves it.
-class CVariablePool {
+// Free store of variables or of array elements; grows in chunks that count against the run's memory budget and
+// that live as long as the pool, so that a stale pointer to a variable never leaves it. Free ones are chained by
+// their `lvalue`, which neither a variable nor an element uses and no late write touches.
+template <typename T>
+class CValuePool {
  public:
-  CVariablePool(CInterpretor* interpreter, MemoryBudget* budget) : interpreter_(interpreter), budget_(budget) {}
-  ~CVariablePool();
-  CVariablePool(const CVariablePool&) = delete;
-  CVariablePool& operator=(const CVariablePool&) = delete;
+  CValuePool(CInterpretor* interpreter, MemoryBudget* budget) : interpreter_(interpreter), budget_(budget) {}
+  ~CValuePool();
+  CValuePool(const CValuePool&) = delete;
+  CValuePool& operator=(const CValuePool&) = delete;
   // Null when the budget is spent.
-  CVariable* Take() {
+  T* Take() {
     if (!free_ && !Grow()) return nullptr;
-    CVariable* variable = free_;
-    free_ = variable->next;
-    return variable;
+    T* value = free_;
+    free_ = static_cast<T*>(value->lvalue);
+    return value;
   }
-  void Give(CVariable* variable) {
-    variable->SetInt(0);
-    variable->next = free_;
-    free_ = variable;
+  void Give(T* value) {
+    value->SetInt(0);
+    value->lvalue = free_;
+    free_ = value;
   }
 
  private:
@@ -41,9 +43,12 @@ class CVariablePool {
   bool Grow();
   CInterpretor* interpreter_;
   MemoryBudget* budget_;
-  CVariable* free_ = nullptr;
+  T* free_ = nullptr;
   std::vector<void*> chunks_;
 };
+
+using CVariablePool = CValuePool<CVariable>;
+using CElementPool = CValuePool<CValue>;
 
 class CVarTable {
  public:
@@ -51,12 +56,7 @@ class CVarTable {
   CVarTable(const CVarTable&) = delete;
   CVarTable& operator=(const CVarTable&) = delete;
 
-  CVariable* Find(uint32_t nameId) const {
-    for (CVariable* v = buckets_[Hash(nameId)]; v; v = v->next) {
-      if (v->nameId == nameId) return v;
-    }
-    return nullptr;
-  }
+  CVariable* Find(uint32_t nameId) const { return FindIn(buckets_[Hash(nameId)], nameId); }
   // A new variable of type VT_NEW_NAME; null when the budget is spent.
   CVariable* Add(uint32_t nameId, int32_t level, CVariablePool& pool);
   // Removes every variable whose level is at or above `level`; level 0 variables stay.
@@ -64,7 +64,9 @@ class CVarTable {
     while (scopeTop_ && scopeTop_->level >= level) RemoveScopeTop(pool);
   }
   bool HasScoped() const { return scopeTop_ != nullptr; }
-  void Clear(CVariablePool& pool);
+  void Clear(CVariablePool& pool) {
+    if (count_) ClearSlow(pool);
+  }
   uint32_t Count() const { return count_; }
 
   template <typename F>
@@ -75,7 +77,13 @@ class CVarTable {
   }
 
  private:
-  uint32_t Hash(uint32_t nameId) const { return (nameId ^ (nameId >> 13)) & mask_; }
+  // A name id is (bucket << 16) | index: both parts must tell in the low bits, and few names share one index.
+  uint32_t Hash(uint32_t nameId) const { return ((nameId >> 16) + (nameId & 0xFFFF) * 33) & mask_; }
+  static CVariable* FindIn(CVariable* chain, uint32_t nameId) {
+    while (chain && chain->nameId != nameId) chain = chain->next;
+    return chain;
+  }
+  void ClearSlow(CVariablePool& pool);
   void Grow();
   void RemoveScopeTop(CVariablePool& pool);
 

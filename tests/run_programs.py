@@ -3,7 +3,8 @@
 
 A test is a folder AREA/NAME in one of two forms.
 
-One program: `main.vlq`, `main.vlp` or a project folder with `vorlane.toml`, and beside it any of
+One program: `main.vlq`, `main.vlp`, a project folder with `vorlane.toml`, or a file `app` with an application's path
+from the root, and beside it any of
     options         command line options, one a line
     input.jsonl     recorded input, given as --input
     expected.json   global variables at the end; the keys given are compared, others are free, and "!name" with any
@@ -123,6 +124,8 @@ class Runner:
             return path if os.path.exists(path) else None
 
         app = beside("vorlane.toml") and folder or beside("main.vlp") or beside("main.vlq")
+        if beside("app"):
+            app = os.path.join(ROOT, read(beside("app")).strip())
         options = [line for line in read(beside("options")).split("\n") if line] if beside("options") else []
         if beside("input.jsonl"):
             options += ["--input", beside("input.jsonl")]
@@ -262,7 +265,7 @@ def collect(runner, filters):
             where = os.path.relpath(folder, ROOT) + "/cases"
             for case, known, *rest in parse_cases(read(os.path.join(folder, "cases")), where):
                 yield f"{name}:{case}", known, lambda r=rest: runner.case(*r)
-        elif any(f.startswith("expected.") for f in files) or {"main.vlq", "vorlane.toml"} & set(files):
+        elif any(f.startswith("expected.") for f in files) or {"main.vlq", "vorlane.toml", "app"} & set(files):
             known = read(os.path.join(folder, "known_failure")).strip() if "known_failure" in files else None
             yield name, known, lambda f=folder, n=name: runner.program(f, n)
 

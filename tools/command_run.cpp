@@ -81,7 +81,7 @@ int RunCommand::Execute() const {
   char reason[256] = "";
   const std::unique_ptr<vl_player, PlayerDeleter> player(vl_create(&options, reason, sizeof reason));
   if (!player) {
-    PrintError(std::string(reason) + (headless ? "" : "; use --headless to run without a display"));
+    PrintError(reason);
     return kExitUsage;
   }
   bool ready = true;

@@ -21,6 +21,10 @@ constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, 
 constexpr MemberRow OnEvent(uint16_t id, const char* name, const char* help) {
   return {id, name, MemberKind::Event, kMember<&CIWindow::SetEvent>, 0, kGlobal, help};
 }
+// Events that a hosted program isn't offered.
+constexpr MemberRow Refused(uint16_t id, const char* name) {
+  return {id, name, MemberKind::Event, kMember<&CIWindow::KeyEventsNotOffered>, 0, kGlobal, "refused: error 20"};
+}
 // Not in this player yet.
 constexpr MemberRow Missing(uint16_t id, const char* name, const char* help) {
   return {id, name, MemberKind::Member, nullptr, 0, kGlobal, help};
@@ -130,8 +134,8 @@ constexpr MemberRow kMemberRows[] = {
     Row(98, "GetYWindow", kMember<&CIWindow::GetYWindow>, "GetYWindow(y): screen to client"),
     Row(99, "SetFocus", kMember<&CIWindow::SetFocus>, "SetFocus(): takes the keyboard"),
     Row(100, "HasFocus", kMember<&CIWindow::HasFocus>, "HasFocus(): 1 or 0"),
-    Row(101, "OnKeyDown", kMember<&CIWindow::KeyEventsNotOffered>, "refused: error 20"),
-    Row(102, "OnKeyUp", kMember<&CIWindow::KeyEventsNotOffered>, "refused: error 20"),
+    Refused(101, "OnKeyDown"),
+    Refused(102, "OnKeyUp"),
     Row(103, "GetSurface", kMember<&CIWindow::GetSurface>, "GetSurface(): the surface behind the window"),
     Row(104, "SetCursor", kMember<&CIWindow::SetCursor>, "SetCursor(number): one of the cursor constants"),
     Row(105, "Input", kMember<&CIWindow::Input>, "Input(prompt): a line that the person types"),

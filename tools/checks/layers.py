@@ -37,6 +37,7 @@ ALLOWED = {
     "net/script": SCRIPT_BASE | {"net"},
     "host": SCRIPT_BASE | SCRIPTS | LIBRARIES | {"include"},
     "host/desktop": SCRIPT_BASE | SCRIPTS | LIBRARIES | {"include", "host"} | set(BACK_ENDS),
+    # `run` goes through include/ alone; `tokens`, `check` and `reference` compile without running.
     "tools": GROUND | {"include", "host", "host/appfile", "host/desktop", "interpreter"} | set(BACK_ENDS),
 }
 FREE = ("tests", "bench", "fuzz", "examples")

@@ -26,7 +26,7 @@ for _ in $(seq 50); do
 done
 [ "$colours" -gt 2 ] || { echo "window: it shows $colours colours"; exit 1; }
 [ -n "${VL_WINDOW_SHOT:-}" ] && cp "$folder/now.png" "$VL_WINDOW_SHOT"
-xdotool windowclose "$window" 2>/dev/null || xdotool windowquit "$window"
+python3 tools/checks/close_window.py "$window"
 for _ in $(seq 100); do
   kill -0 "$player" 2>/dev/null || break
   sleep 0.1
