@@ -24,9 +24,15 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
     }
     switch (kind) {
       case TK_NAME:
-      case TK_ELEMENT: Evaluate(); break;
-      case TK_IF: DoIf(); break;
-      case TK_RETURN: DoReturn(); return;
+      case TK_ELEMENT:
+        Evaluate();
+        break;
+      case TK_IF:
+        DoIf();
+        break;
+      case TK_RETURN:
+        DoReturn();
+        return;
       case TK_BRACE_CLOSE:
         DoCloseBrace();
         if (returned) return;
@@ -43,8 +49,12 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
 void CInterpretor::Action(uint16_t kind) {
   const Token token = readCursor;
   switch (kind) {
-    case TK_THIS: Evaluate(); return;
-    case TK_CALL: CallByName(); return;
+    case TK_THIS:
+      Evaluate();
+      return;
+    case TK_CALL:
+      CallByName();
+      return;
     case TK_BRACE_OPEN:
       PushScope(blocks[TokenWord2(token)]);
       readCursor = TokenNext(token);
@@ -54,9 +64,15 @@ void CInterpretor::Action(uint16_t kind) {
         readCursor = At(TokenWord(readCursor));
       } while (TokenKindOf(readCursor) == TK_ELSE);
       return;
-    case TK_FOR: DoFor(); return;
-    case TK_WHILE: DoWhile(); return;
-    case TK_SWITCH: DoSwitch(); return;
+    case TK_FOR:
+      DoFor();
+      return;
+    case TK_WHILE:
+      DoWhile();
+      return;
+    case TK_SWITCH:
+      DoSwitch();
+      return;
     case TK_CASE: {
       Token t = token;
       while (TokenKindOf(t) != TK_SEMICOLON) {
@@ -67,17 +83,28 @@ void CInterpretor::Action(uint16_t kind) {
       return;
     }
     case TK_DEFAULT:
-    case TK_SEMICOLON: readCursor = TokenNext(token); return;
-    case TK_BREAK: DoBreak(); return;
-    case TK_CONTINUE: DoContinue(); return;
-    case TK_DELETE: DoDelete(); return;
-    case TK_FUNCTION: GoBehind(blocks[TokenWord2(token)].bodyEnd); return;
+    case TK_SEMICOLON:
+      readCursor = TokenNext(token);
+      return;
+    case TK_BREAK:
+      DoBreak();
+      return;
+    case TK_CONTINUE:
+      DoContinue();
+      return;
+    case TK_DELETE:
+      DoDelete();
+      return;
+    case TK_FUNCTION:
+      GoBehind(blocks[TokenWord2(token)].bodyEnd);
+      return;
     case TK_MAIN_START:
       SetPart(static_cast<int32_t>(TokenWord(token)));
       readCursor = TokenNext(token);
       return;
     case TK_MAIN_END:
-    case TK_END: RaiseError(ERR_END);
+    case TK_END:
+      RaiseError(ERR_END);
     case TK_VAR:
     case TK_TEXT:
     case TK_CURWINDOW:
@@ -87,9 +114,13 @@ void CInterpretor::Action(uint16_t kind) {
     case CLASS_SYSTEM:
     case CLASS_PROGRAM:
     case CLASS_DISPLAY:
-    case CLASS_EDITOR: PrimarySlow(kind); return;
-    case TK_MEMBER_CALL: RaiseError(ERR_UNDEFINED, kNoArgument, "a call's value can't be followed by a member");
-    default: RaiseError(ERR_SYNTAX);
+    case CLASS_EDITOR:
+      PrimarySlow(kind);
+      return;
+    case TK_MEMBER_CALL:
+      RaiseError(ERR_UNDEFINED, kNoArgument, "a call's value can't be followed by a member");
+    default:
+      RaiseError(ERR_SYNTAX);
   }
 }
 
@@ -136,40 +167,34 @@ void CInterpretor::DoWhile() {
 void CInterpretor::DoCloseBrace() {
   if (scopeDepth <= 0) RaiseError(ERR_NO_BLOCK);
   const BlockRecord& block = *scopeBlocks[static_cast<size_t>(scopeDepth)];
-  switch (block.kind) {
-    case kBlockFor:
-    case kBlockWhile: {
-      if (block.kind == kBlockFor && block.extra) {
-        readCursor = At(block.extra);
-        if (const Token next = StepQuickly(readCursor)) {
-          readCursor = next;
-        } else {
-          Evaluate();
-        }
-      }
-      bool again = true;
-      if (block.test) {
-        readCursor = At(block.test);
-        again = Condition();
-      }
-      if (again) {
-        GoBehind(block.bodyStart);
-      } else {
+  if (block.kind == kBlockFor || block.kind == kBlockWhile) {
+    if (block.kind == kBlockFor && block.extra) {
+      readCursor = At(block.extra);
+      LoopStep();
+    }
+    if (block.test) {
+      readCursor = At(block.test);
+      if (!Condition()) {
         GoBehind(block.bodyEnd);
         PopScope();
+        return;
       }
-      return;
     }
+    GoBehind(block.bodyStart);
+    return;
+  }
+  switch (block.kind) {
     case kBlockPlain:
     case kBlockSwitch:
       PopScope();
-      readCursor = TokenNext(readCursor);
+      readCursor += kJumpRecord;
       return;
     case kBlockFunction:
       returned = true;
       if (returnValue) returnValue->SetInt(0);
       return;
-    default: RaiseError(ERR_UNKNOWN_BLOCK);
+    default:
+      RaiseError(ERR_UNKNOWN_BLOCK);
   }
 }
 
