@@ -263,13 +263,18 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Conditional();
   void PrimaryName();
   void PrimaryElement();
+  // The frame's variable that the token found before; null when it must be looked for.
+  CVariable* KnownVariable(Token token) const {
+    CVariable* known = TokenVariable(token);
+    return known->home == &frame->variables && known->nameId == TokenNameId(token) ? known : nullptr;
+  }
   CVariable* FindVariable(Token token);
   CVariable* FindAnew(Token token);
   Token ReadPlainElement(Token token, CValue** slots);
   Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
-  Token StepQuickly(Token cursor);
-  Token CompareQuickly(Token cursor, bool& holds);
+  void LoopStep();
   bool Condition();
+  bool ConditionAnew();
   // Evaluate inside an evaluation: of a parenthesis, a subscript, an argument.
   CValue* EvaluateInner() {
     EnterEvaluation();
@@ -342,7 +347,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
     frame->variables.RemoveFromLevel(scopeDepth, variablePool);
     --scopeDepth;
   }
-  void GoBehind(uint32_t offset) { readCursor = TokenNext(At(offset)); }
+  // Behind a brace.
+  void GoBehind(uint32_t offset) { readCursor = At(offset) + kJumpRecord; }
 
   // Run loop.
   void Housekeeping() {

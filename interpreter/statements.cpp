@@ -167,34 +167,27 @@ void CInterpretor::DoWhile() {
 void CInterpretor::DoCloseBrace() {
   if (scopeDepth <= 0) RaiseError(ERR_NO_BLOCK);
   const BlockRecord& block = *scopeBlocks[static_cast<size_t>(scopeDepth)];
-  switch (block.kind) {
-    case kBlockFor:
-    case kBlockWhile: {
-      if (block.kind == kBlockFor && block.extra) {
-        readCursor = At(block.extra);
-        if (const Token next = StepQuickly(readCursor)) {
-          readCursor = next;
-        } else {
-          Evaluate();
-        }
-      }
-      bool again = true;
-      if (block.test) {
-        readCursor = At(block.test);
-        again = Condition();
-      }
-      if (again) {
-        GoBehind(block.bodyStart);
-      } else {
+  if (block.kind == kBlockFor || block.kind == kBlockWhile) {
+    if (block.kind == kBlockFor && block.extra) {
+      readCursor = At(block.extra);
+      LoopStep();
+    }
+    if (block.test) {
+      readCursor = At(block.test);
+      if (!Condition()) {
         GoBehind(block.bodyEnd);
         PopScope();
+        return;
       }
-      return;
     }
+    GoBehind(block.bodyStart);
+    return;
+  }
+  switch (block.kind) {
     case kBlockPlain:
     case kBlockSwitch:
       PopScope();
-      readCursor = TokenNext(readCursor);
+      readCursor += kJumpRecord;
       return;
     case kBlockFunction:
       returned = true;

@@ -119,6 +119,7 @@ inline constexpr uint8_t kTokenMemberFollows = 2;  // of a name; set when the pr
 // knows the kind, as the next step then doesn't wait for the record's size.
 inline constexpr uint32_t kPlainRecord = kShapePlain + 4;
 inline constexpr uint32_t kWordRecord = kShapeWord + 4;
+inline constexpr uint32_t kJumpRecord = kShapeJump + 4;
 inline constexpr uint32_t kFloatRecord = kShapeFloat + 4;
 inline constexpr uint32_t kNameRecord = kShapeName + 4;
 // The first word of a name that no member follows.
