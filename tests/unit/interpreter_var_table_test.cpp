@@ -7,7 +7,7 @@
 namespace vl {
 namespace {
 
-class VarTableTest : public testing::Test {
+class VarTableCacheTest : public testing::Test {
  protected:
   CVariable* Add(uint32_t nameId, int32_t level) {
     CVariable* variable = table.Add(nameId, level, pool);
@@ -20,7 +20,7 @@ class VarTableTest : public testing::Test {
   CVarTable table;
 };
 
-TEST_F(VarTableTest, TheNewestHidesAndUncoversTheOlder) {
+TEST_F(VarTableCacheTest, TheNewestHidesAndUncoversTheOlder) {
   CVariable* oldest = Add(7, 0);
   CVariable* middle = Add(7, 1);
   CVariable* newest = Add(7, 3);
@@ -49,7 +49,7 @@ TEST_F(VarTableTest, TheNewestHidesAndUncoversTheOlder) {
   EXPECT_EQ(table.Count(), 0u);
 }
 
-TEST_F(VarTableTest, HoldsThousandsAndForgetsScopes) {
+TEST_F(VarTableCacheTest, HoldsThousandsAndForgetsScopes) {
   // As a name pool gives them: 32 buckets, each counted from 0; twice, the second ones in a block.
   constexpr uint32_t kNames = 3000;
   const auto nameId = [](uint32_t i) { return (i % 32) << 16 | i / 32; };
