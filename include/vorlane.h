@@ -31,9 +31,9 @@ typedef enum vl_backend {
 typedef enum vl_clock { VL_CLOCK_DEFAULT = 0, VL_CLOCK_REAL = 1, VL_CLOCK_VIRTUAL = 2 } vl_clock;
 
 typedef struct vl_options {
-  uint32_t struct_size; /* sizeof(vl_options), set by vl_options_init */
-  vl_backend backend;
-  vl_clock clock;
+  uint32_t struct_size;  /* sizeof(vl_options), set by vl_options_init */
+  int32_t backend;       /* vl_backend */
+  int32_t clock;         /* vl_clock */
   int32_t width, height; /* client size of the host's window in pixels; default 640 x 480 */
   int32_t detached;      /* 1: no host window, the program opens its own */
   int32_t has_seed;      /* 1: `seed` seeds the random generator */
@@ -63,7 +63,7 @@ typedef enum vl_input_type {
 } vl_input_type;
 
 typedef struct vl_input_event {
-  vl_input_type type;
+  int32_t type; /* vl_input_type */
   int32_t code, down, x, y;
   int32_t mods; /* 1 shift, 2 control, 4 alt */
 } vl_input_event;

@@ -56,7 +56,7 @@ double ParseDouble(std::string_view text) {
     }
   }
   // Digits before the point, for telling too large from too small.
-  const auto whole = static_cast<int64_t>(n);
+  [[maybe_unused]] const auto whole = static_cast<int64_t>(n);
   if (i < text.size() && text[i] == '.') {
     ++i;
     bool significant = n > 0;
