@@ -15,88 +15,82 @@ uint32_t CInterpretor::EvaluateArguments() {
   int32_t count = 0;
   if (TokenKindOf(readCursor) != TK_PAREN_CLOSE) {
     argDepth = level + 1;
+    EnterEvaluation();
     CValue* bank = args.data() + level * limits::kArgumentsPerLevel;
     for (;;) {
-      const CValue* value = EvaluateInner();
+      const CValue* value = Evaluate();
       if (count >= limits::kArgumentsPerLevel) RaiseError(ERR_TOO_MANY);
       bank[count++].Assign(*value);
       if (TokenKindOf(readCursor) != TK_COMMA) break;
-      readCursor = TokenNext(readCursor);
+      readCursor += kPlainRecord;
     }
+    --evaluationDepth;
     argDepth = level;
   }
   if (TokenKindOf(readCursor) != TK_PAREN_CLOSE) RaiseError(ERR_SYNTAX);
-  readCursor = TokenNext(readCursor);
+  readCursor += kPlainRecord;
   if (count >= limits::kArgumentsPerLevel) RaiseError(ERR_TOO_MANY);
   argCounts[level] = count;
   highWater = std::max(highWater, static_cast<int32_t>(level) * limits::kArgumentsPerLevel + count);
   return static_cast<uint32_t>(count);
 }
 
-CIBaseObjectVar* CInterpretor::TakeFrame() {
-  if (!freeFrames_.empty()) {
-    CIBaseObjectVar* used = freeFrames_.back();
-    freeFrames_.pop_back();
-    return used;
-  }
+CIBaseObjectVar* CInterpretor::NewFrame() {
   auto* fresh = new CIBaseObjectVar(*this, CIBaseClassImpl::Listing::None);
   fresh->refCount = 1;
   return fresh;
 }
 
-void CInterpretor::GiveFrame(CIBaseObjectVar* used) {
-  used->variables.Clear(variablePool);
-  freeFrames_.push_back(used);
-}
-
-const BlockRecord& CInterpretor::FunctionNamed(Token token, CVariable* variable) {
-  if (!variable) RaiseError(ERR_UNKNOWN_FUNCTION, kNoArgument, "no function " + NameOf(token));
-  if (variable->type != VT_FUNCTION) {
-    RaiseError(ERR_FUNCTION_VALUE, kNoArgument, NameOf(token) + " isn't a function");
+// The function that a call's name stands for: the current object's own, else the global one.
+const BlockRecord& CInterpretor::FunctionOf(Token token, CIBaseObjectVar& object) {
+  CVariable* variable = TokenVariable(token);
+  const uint32_t nameId = TokenNameId(token);
+  if (variable->home != &object.variables || variable->nameId != nameId) {
+    variable = object.variables.Find(nameId);
+    if (variable) SetTokenVariable(Writable(token), variable);
+    if (!variable && &object != this) variable = variables.Find(nameId);
   }
+  if (!variable || variable->type != VT_FUNCTION) RaiseNoFunction(token, variable);
   return *variable->data.function;
 }
 
-void CInterpretor::CallByName() {
-  const Token token = readCursor;
-  const uint32_t nameId = TokenNameId(token);
-  CVariable* variable = thisObject->variables.Find(nameId);
-  if (!variable && thisObject != this) variable = variables.Find(nameId);
-  const BlockRecord& block = FunctionNamed(token, variable);
-  struct FrameOwner {
-    CInterpretor& i;
-    CIBaseObjectVar* frame;
-    ~FrameOwner() { i.GiveFrame(frame); }
-  } owner{*this, TakeFrame()};
-  CallFunction(block, *owner.frame, *thisObject);
+void CInterpretor::RaiseNoFunction(Token token, const CVariable* variable) {
+  if (!variable) RaiseError(ERR_UNKNOWN_FUNCTION, kNoArgument, "no function " + NameOf(token));
+  RaiseError(ERR_FUNCTION_VALUE, kNoArgument, NameOf(token) + " isn't a function");
 }
 
-void CInterpretor::CallFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis) {
-  const uint16_t kind = TokenKindOf(readCursor);
-  readCursor = TokenNext(readCursor);
+void CInterpretor::CallByName() {
+  CIBaseObjectVar& object = *thisObject;
+  CallFunction(FunctionOf(readCursor, object), object);
+}
+
+void CInterpretor::CallFunction(const BlockRecord& block, CIBaseObjectVar& newThis) {
   // The object must outlive its own method, whatever that deletes; so must it outlive its arguments.
-  struct Pin {
+  struct Held {
     CInterpretor& i;
-    CIBaseObjectVar& o;
-    ~Pin() { i.Unpin(&o); }
-  } pin{*this, newThis};
+    CIBaseObjectVar& object;
+    CIBaseObjectVar* frame;
+    ~Held() {
+      frame->variables.Clear(i.variablePool);
+      i.freeFrames_.push_back(frame);
+      i.Unpin(&object);
+    }
+  } held{*this, newThis, TakeFrame()};
   ++newThis.pins;
+  const uint16_t kind = TokenKindOf(readCursor);
+  readCursor += kNameRecord;
   argCounts[argDepth] = 0;
   if (kind == TK_CALL || kind == TK_MEMBER_CALL) EvaluateArguments();
-  CValue result(this);
-  result.SetInt(0);
-  RunFunction(block, newFrame, newThis, result);
+  // The body evaluates above this slot, so the value can go straight to it.
   CValue& slot = *values[sp];
-  slot.Assign(result);
+  slot.SetInt(0);
   slot.lvalue = nullptr;
+  RunFunction(block, *held.frame, newThis, slot);
 }
 
 void CInterpretor::RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis,
                                CValue& result) {
-  if (callDepth >= limits::kMaxCallDepth) {
-    RaiseError(ERR_MEMORY, kNoArgument,
-               "more than " + std::to_string(limits::kMaxCallDepth) + " script calls in progress");
-  }
+  if (callDepth >= limits::kMaxCallDepth) RaiseTooManyCalls();
   // Restores the caller's state on both ways out.
   struct Scope {
     explicit Scope(CInterpretor& i)
@@ -110,11 +104,8 @@ void CInterpretor::RunFunction(const BlockRecord& block, CIBaseObjectVar& newFra
     }
     ~Scope() {
       --i.callDepth;
-      while (i.scopeDepth > depth) {
-        // Everything of the function's levels goes at once.
-        i.scopeDepth = depth + 1;
-        i.PopScope();
-      }
+      // Everything of the function's levels goes at once.
+      i.frame->variables.RemoveFromLevel(depth + 1, i.variablePool);
       i.scopeDepth = depth;
       i.frame = frame;
       i.thisObject = thisObject;
@@ -137,11 +128,16 @@ void CInterpretor::RunFunction(const BlockRecord& block, CIBaseObjectVar& newFra
   StatementWalk(TokenNext(At(block.bodyStart)), &result);
 }
 
+void CInterpretor::RaiseTooManyCalls() {
+  RaiseError(ERR_MEMORY, kNoArgument,
+             "more than " + std::to_string(limits::kMaxCallDepth) + " script calls in progress");
+}
+
 void CInterpretor::BindParameters() {
   const CValue* bank = args.data() + argDepth * limits::kArgumentsPerLevel;
   const int32_t count = argCounts[argDepth];
   for (int32_t i = 0;; ++i) {
-    readCursor = TokenNext(readCursor);
+    readCursor += kPlainRecord;
     if (TokenKindOf(readCursor) != TK_NAME) RaiseError(ERR_SYNTAX, kNoArgument, "a parameter must be a name");
     CVariable* parameter = AddVariable(*frame, TokenNameId(readCursor), scopeDepth);
     if (i < count) {
@@ -149,7 +145,7 @@ void CInterpretor::BindParameters() {
     } else {
       parameter->SetDefault();
     }
-    readCursor = TokenNext(readCursor);
+    readCursor += kNameRecord;
     if (TokenKindOf(readCursor) != TK_COMMA) return;
   }
 }

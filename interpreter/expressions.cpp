@@ -23,8 +23,8 @@ void CInterpretor::GrowValues() {
 }
 
 inline CVariable* CInterpretor::FindVariable(Token token) {
-  CVariable* known = TokenVariable(token);
-  if (known->home == &frame->variables && known->nameId == TokenNameId(token)) return known;
+  if (CVariable* known = KnownVariable(token)) [[likely]]
+    return known;
   return FindAnew(token);
 }
 
@@ -52,8 +52,9 @@ constexpr std::array<uint8_t, TK_KIND_COUNT> MakePrecedence() {
   return table;
 }
 constexpr std::array<uint8_t, TK_KIND_COUNT> kPrecedence = MakePrecedence();
-// An evaluation's operators that wait grow in precedence, so this many slots are enough for it.
-constexpr uint32_t kSlotsOfEvaluation = TK_OPERATOR_LAST - TK_OPERATOR_FIRST + 4;
+// An evaluation's operators that wait grow in precedence, so this many slots are enough for it,
+// with two above its top for a statement that it calls.
+constexpr uint32_t kSlotsOfEvaluation = TK_OPERATOR_LAST - TK_OPERATOR_FIRST + 6;
 
 // A number goes to a slot that owns nothing.
 inline void PutNumber(CValue& slot, const CValue& number, CValue* lvalue) {
@@ -244,7 +245,7 @@ CValue* CInterpretor::Evaluate() {
     const auto header = ReadRaw<uint32_t>(cursor);
     if (header == kPlainNameHeader) {
       CVariable* variable = FindVariable(cursor);
-      if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) {
+      if (variable && variable->type <= VT_FLOAT && (slot.type <= VT_FLOAT || slot.IsPlain())) {
         PutNumber(slot, *variable, variable);
         next = cursor + kNameRecord;
       }
@@ -256,7 +257,7 @@ CValue* CInterpretor::Evaluate() {
           }
           break;
         case TK_DECIMAL:
-          if (slot.IsPlain()) {
+          if (slot.type <= VT_FLOAT || slot.IsPlain()) {
             slot.type = VT_INTEGER;
             slot.data.integer = static_cast<int32_t>(TokenWord(cursor));
             slot.lvalue = nullptr;
@@ -320,96 +321,103 @@ CValue* CInterpretor::Evaluate() {
   }
 }
 
-// `i++` as the step of a loop, on an integer. Null when it takes more than that: nothing has happened then.
-Token CInterpretor::StepQuickly(Token cursor) {
-  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+// The step of a loop at the cursor. `i++` on an integer runs right here, with the slots left as by its evaluation.
+void CInterpretor::LoopStep() {
+  const Token cursor = readCursor;
   const Token sign = cursor + kNameRecord;
   const Token next = sign + kPlainRecord;
-  if (TokenKindOf(sign) != TK_INCREMENT || TokenKindOf(next) != TK_PAREN_CLOSE) return nullptr;
-  CVariable* variable = FindVariable(cursor);
-  if (!variable || variable->type != VT_INTEGER || sp + 2 >= valueLimit_) return nullptr;
-  CValue& slot = *values[sp + 1];
-  CValue& above = *values[sp + 2];
-  if (!slot.IsPlain() || !above.IsPlain()) return nullptr;
-  PutNumber(slot, *variable, variable);
-  above.SetDefault();
-  above.lvalue = nullptr;
-  StepInteger(slot, 1);
-  return next;
+  if (ReadRaw<uint32_t>(cursor) == kPlainNameHeader && TokenKindOf(sign) == TK_INCREMENT &&
+      TokenKindOf(next) == TK_PAREN_CLOSE) {
+    CVariable* variable = KnownVariable(cursor);
+    CValue& slot = *values[sp + 1];
+    CValue& above = *values[sp + 2];
+    if (variable && variable->type == VT_INTEGER && slot.IsPlain() && above.IsPlain()) {
+      PutNumber(slot, *variable, variable);
+      above.SetDefault();
+      above.lvalue = nullptr;
+      StepInteger(slot, 1);
+      readCursor = next;
+      return;
+    }
+  }
+  Evaluate();
 }
 
-// The condition of two integers that most loops have: a name, a comparison, a name or number. As StepQuickly.
-Token CInterpretor::CompareQuickly(Token cursor, bool& holds) {
-  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return nullptr;
+// The condition at the cursor, read as an integer. The comparison of two integers that most loops have (a name with
+// a name or number) runs right here, with the slots left as by its evaluation.
+bool CInterpretor::Condition() {
+  const Token cursor = readCursor;
+  if (ReadRaw<uint32_t>(cursor) != kPlainNameHeader) return Evaluate()->GetInt() != 0;
   const Token sign = cursor + kNameRecord;
-  const uint16_t comparison = TokenKindOf(sign);
-  if (comparison < TK_GREATER_EQUAL || comparison > TK_NOT_EQUAL || sp + 2 >= valueLimit_) return nullptr;
-  CVariable* left = FindVariable(cursor);
-  if (!left || left->type != VT_INTEGER) return nullptr;
+  const uint32_t comparison = TokenKindOf(sign);
+  if (comparison < TK_GREATER_EQUAL || comparison > TK_NOT_EQUAL) return Evaluate()->GetInt() != 0;
   Token next = sign + kPlainRecord;
   CVariable* variable = nullptr;
   int32_t right = 0;
   if (ReadRaw<uint32_t>(next) == kPlainNameHeader) {
-    variable = FindVariable(next);
-    if (!variable || variable->type != VT_INTEGER) return nullptr;
+    variable = KnownVariable(next);
+    if (!variable) return ConditionAnew();
+    if (variable->type != VT_INTEGER) return Evaluate()->GetInt() != 0;
     right = variable->data.integer;
     next += kNameRecord;
   } else if (TokenKindOf(next) == TK_DECIMAL) {
     right = static_cast<int32_t>(TokenWord(next));
     next += kWordRecord;
   } else {
-    return nullptr;
+    return Evaluate()->GetInt() != 0;
   }
+  CVariable* known = KnownVariable(cursor);
+  if (!known) return ConditionAnew();
   CValue& slot = *values[sp + 1];
   CValue& above = *values[sp + 2];
-  if (kPrecedence[TokenKindOf(next)] != 0 || !slot.IsPlain() || !above.IsPlain()) return nullptr;
+  if (known->type != VT_INTEGER || kPrecedence[TokenKindOf(next)] != 0 || !slot.IsPlain() || !above.IsPlain()) {
+    return Evaluate()->GetInt() != 0;
+  }
   above.type = VT_INTEGER;
   above.data.integer = right;
   above.lvalue = variable;
-  PutNumber(slot, *left, left);
-  const int32_t value = left->data.integer;
+  slot.type = VT_INTEGER;
+  slot.lvalue = known;
+  const int32_t left = known->data.integer;
+  bool holds = false;
   switch (comparison) {
     case TK_GREATER_EQUAL:
-      holds = value >= right;
+      holds = left >= right;
       break;
     case TK_LESS_EQUAL:
-      holds = value <= right;
+      holds = left <= right;
       break;
     case TK_EQUAL:
-      holds = value == right;
+      holds = left == right;
       break;
     case TK_LESS:
-      holds = value < right;
+      holds = left < right;
       break;
     case TK_GREATER:
-      holds = value > right;
+      holds = left > right;
       break;
     default:
-      holds = value != right;
+      holds = left != right;
       break;
   }
   slot.data.integer = holds;
-  return next;
+  readCursor = next;
+  return holds;
 }
 
-// The condition at the cursor, read as an integer.
-bool CInterpretor::Condition() {
-  bool holds = false;
-  if (const Token next = CompareQuickly(readCursor, holds)) {
-    readCursor = next;
-    return holds;
-  }
+// The same when a token doesn't know its variable: once both do, the short way is open.
+bool CInterpretor::ConditionAnew() {
+  const Token left = readCursor;
+  const Token right = left + kNameRecord + kPlainRecord;
+  FindAnew(left);
+  if (TokenKindOf(right) == TK_NAME) FindAnew(right);
+  if (KnownVariable(left) && (TokenKindOf(right) != TK_NAME || KnownVariable(right))) return Condition();
   return Evaluate()->GetInt() != 0;
 }
 
-CValue* CInterpretor::EvaluateInner() {
-  if (++evaluationDepth > limits::kMaxEvaluationDepth) {
-    --evaluationDepth;
-    RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
-  }
-  CValue* value = Evaluate();
+void CInterpretor::RaiseTooDeep() {
   --evaluationDepth;
-  return value;
+  RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
 }
 
 // Runs an operator on values[sp] and values[sp + 1]; the common ones on numbers without leaving this function.
@@ -664,6 +672,10 @@ void CInterpretor::Primary() {
     case TK_ELEMENT:
       PrimaryElement();
       return;
+    case TK_CALL:
+      values[sp]->ForgetTarget();
+      CallByName();
+      return;
     default:
       PrimarySlow(kind);
       return;
@@ -782,9 +794,6 @@ void CInterpretor::PrimarySlow(uint16_t kind) {
       CallClassMember(object);
       return;
     }
-    case TK_CALL:
-      CallByName();
-      return;
     case TK_VAR:
       readCursor = TokenNext(token);
       declared = readCursor;

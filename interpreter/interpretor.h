@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "base/limits.h"
 #include "base/memory_budget.h"
 #include "interpreter/array_store.h"
 #include "interpreter/class_base.h"
@@ -262,15 +263,29 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Conditional();
   void PrimaryName();
   void PrimaryElement();
+  // The frame's variable that the token found before; null when it must be looked for.
+  CVariable* KnownVariable(Token token) const {
+    CVariable* known = TokenVariable(token);
+    return known->home == &frame->variables && known->nameId == TokenNameId(token) ? known : nullptr;
+  }
   CVariable* FindVariable(Token token);
   CVariable* FindAnew(Token token);
   Token ReadPlainElement(Token token, CValue** slots);
   Token ReadPlainMember(const CVariable& variable, Token member, CValue** slots);
-  Token StepQuickly(Token cursor);
-  Token CompareQuickly(Token cursor, bool& holds);
+  void LoopStep();
   bool Condition();
+  bool ConditionAnew();
   // Evaluate inside an evaluation: of a parenthesis, a subscript, an argument.
-  CValue* EvaluateInner();
+  CValue* EvaluateInner() {
+    EnterEvaluation();
+    CValue* value = Evaluate();
+    --evaluationDepth;
+    return value;
+  }
+  void EnterEvaluation() {
+    if (++evaluationDepth > limits::kMaxEvaluationDepth) RaiseTooDeep();
+  }
+  [[noreturn]] void RaiseTooDeep();
   void ReadValue(CValue& source);
   void ReadElement(CValue& variable);
   void MemberOf(CIBaseClassImpl* object);
@@ -287,15 +302,23 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void NewClassObject(uint16_t classKind);
   void NewScriptObject();
   void CallByName();
-  // Evaluates the arguments behind the call token and runs the function; the result goes to the current slot.
-  void CallFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis);
+  // Evaluates the arguments behind the call token at the cursor and runs the function in a frame of its own; the
+  // result goes to the current slot.
+  void CallFunction(const BlockRecord& block, CIBaseObjectVar& newThis);
   // The call proper: arguments are in the bank at `argDepth`.
   void RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis, CValue& result);
   void BindParameters();
   void SetPart(int32_t number);
-  CIBaseObjectVar* TakeFrame();
-  void GiveFrame(CIBaseObjectVar* used);
-  const BlockRecord& FunctionNamed(Token token, CVariable* variable);
+  CIBaseObjectVar* TakeFrame() {
+    if (freeFrames_.empty()) return NewFrame();
+    CIBaseObjectVar* used = freeFrames_.back();
+    freeFrames_.pop_back();
+    return used;
+  }
+  CIBaseObjectVar* NewFrame();
+  const BlockRecord& FunctionOf(Token token, CIBaseObjectVar& object);
+  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
+  [[noreturn]] void RaiseTooManyCalls();
   void GrowValues();
   const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
   // Runs a member or constructor; a CIError goes to the error hook, which may swallow it.
@@ -315,9 +338,17 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void DoContinue();
   void DoReturn();
   void DoDelete();
-  void PushScope(const BlockRecord& block);
-  void PopScope();
-  void GoBehind(uint32_t offset) { readCursor = TokenNext(At(offset)); }
+  void PushScope(const BlockRecord& block) {
+    const auto depth = static_cast<size_t>(++scopeDepth);
+    if (depth >= scopeBlocks.size()) scopeBlocks.resize(depth + 64, nullptr);
+    scopeBlocks[depth] = &block;
+  }
+  void PopScope() {
+    frame->variables.RemoveFromLevel(scopeDepth, variablePool);
+    --scopeDepth;
+  }
+  // Behind a brace.
+  void GoBehind(uint32_t offset) { readCursor = At(offset) + kJumpRecord; }
 
   // Run loop.
   void Housekeeping() {

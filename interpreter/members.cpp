@@ -181,13 +181,8 @@ void CInterpretor::MemberOfScriptObject(CIBaseObjectVar* object) {
   CVariable* variable = object->variables.Find(TokenNameId(token));
   switch (kind) {
     case TK_MEMBER_CALL: {
-      const BlockRecord& block = FunctionNamed(token, variable);
-      struct FrameOwner {
-        CInterpretor& i;
-        CIBaseObjectVar* frame;
-        ~FrameOwner() { i.GiveFrame(frame); }
-      } owner{*this, TakeFrame()};
-      CallFunction(block, *owner.frame, *object);
+      if (!variable || variable->type != VT_FUNCTION) RaiseNoFunction(token, variable);
+      CallFunction(*variable->data.function, *object);
       return;
     }
     case TK_MEMBER:
@@ -265,17 +260,15 @@ void CInterpretor::NewScriptObject() {
   const BlockRecord& block = *variable->data.function;
   struct Owner {
     CInterpretor& i;
-    CIBaseObjectVar* frame;
     CIBaseObjectVar* object;
     ~Owner() {
-      i.GiveFrame(frame);
       --object->refCount;
       i.Unpin(object);
     }
-  } owner{*this, TakeFrame(), new CIBaseObjectVar(*this, Listing::Listed)};
+  } owner{*this, new CIBaseObjectVar(*this, Listing::Listed)};
   ++owner.object->refCount;
   ++owner.object->pins;
-  CallFunction(block, *owner.frame, *owner.object);
+  CallFunction(block, *owner.object);
   CValue& slot = *values[sp];
   if (owner.object->destroyed) {
     slot.SetInt(0);

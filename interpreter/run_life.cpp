@@ -181,9 +181,9 @@ void CInterpretor::EnterFunctions() {
 void CInterpretor::PrepareNames() {
   for (Token t = tokens.data(); TokenKindOf(t) != TK_END; t = TokenNext(t)) {
     const uint16_t kind = TokenKindOf(t);
-    if (kind != TK_NAME && kind != TK_ELEMENT) continue;
+    if (kind != TK_CALL && kind != TK_NAME && kind != TK_ELEMENT) continue;
     SetTokenVariable(Writable(t), &noVariable_);
-    if (IsMemberToken(TokenKindOf(TokenNext(t)))) Writable(t)[3] |= kTokenMemberFollows;
+    if (kind == TK_NAME && IsMemberToken(TokenKindOf(TokenNext(t)))) Writable(t)[3] |= kTokenMemberFollows;
   }
 }
 

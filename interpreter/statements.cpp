@@ -30,6 +30,9 @@ void CInterpretor::StatementWalk(Token start, CValue* result) {
       case TK_IF:
         DoIf();
         break;
+      case TK_RETURN:
+        DoReturn();
+        return;
       case TK_BRACE_CLOSE:
         DoCloseBrace();
         if (returned) return;
@@ -89,9 +92,6 @@ void CInterpretor::Action(uint16_t kind) {
     case TK_CONTINUE:
       DoContinue();
       return;
-    case TK_RETURN:
-      DoReturn();
-      return;
     case TK_DELETE:
       DoDelete();
       return;
@@ -122,18 +122,6 @@ void CInterpretor::Action(uint16_t kind) {
     default:
       RaiseError(ERR_SYNTAX);
   }
-}
-
-void CInterpretor::PushScope(const BlockRecord& block) {
-  const auto depth = static_cast<size_t>(++scopeDepth);
-  if (depth >= scopeBlocks.size()) scopeBlocks.resize(depth + 64, nullptr);
-  scopeBlocks[depth] = &block;
-}
-
-void CInterpretor::PopScope() {
-  frame->variables.RemoveFromLevel(scopeDepth, variablePool);
-  scopeBlocks[static_cast<size_t>(scopeDepth)] = nullptr;
-  --scopeDepth;
 }
 
 void CInterpretor::DoIf() {
@@ -179,34 +167,27 @@ void CInterpretor::DoWhile() {
 void CInterpretor::DoCloseBrace() {
   if (scopeDepth <= 0) RaiseError(ERR_NO_BLOCK);
   const BlockRecord& block = *scopeBlocks[static_cast<size_t>(scopeDepth)];
-  switch (block.kind) {
-    case kBlockFor:
-    case kBlockWhile: {
-      if (block.kind == kBlockFor && block.extra) {
-        readCursor = At(block.extra);
-        if (const Token next = StepQuickly(readCursor)) {
-          readCursor = next;
-        } else {
-          Evaluate();
-        }
-      }
-      bool again = true;
-      if (block.test) {
-        readCursor = At(block.test);
-        again = Condition();
-      }
-      if (again) {
-        GoBehind(block.bodyStart);
-      } else {
+  if (block.kind == kBlockFor || block.kind == kBlockWhile) {
+    if (block.kind == kBlockFor && block.extra) {
+      readCursor = At(block.extra);
+      LoopStep();
+    }
+    if (block.test) {
+      readCursor = At(block.test);
+      if (!Condition()) {
         GoBehind(block.bodyEnd);
         PopScope();
+        return;
       }
-      return;
     }
+    GoBehind(block.bodyStart);
+    return;
+  }
+  switch (block.kind) {
     case kBlockPlain:
     case kBlockSwitch:
       PopScope();
-      readCursor = TokenNext(readCursor);
+      readCursor += kJumpRecord;
       return;
     case kBlockFunction:
       returned = true;

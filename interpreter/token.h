@@ -119,6 +119,7 @@ inline constexpr uint8_t kTokenMemberFollows = 2;  // of a name; set when the pr
 // knows the kind, as the next step then doesn't wait for the record's size.
 inline constexpr uint32_t kPlainRecord = kShapePlain + 4;
 inline constexpr uint32_t kWordRecord = kShapeWord + 4;
+inline constexpr uint32_t kJumpRecord = kShapeJump + 4;
 inline constexpr uint32_t kFloatRecord = kShapeFloat + 4;
 inline constexpr uint32_t kNameRecord = kShapeName + 4;
 // The first word of a name that no member follows.
@@ -149,7 +150,7 @@ inline const char* TokenText(Token t) { return reinterpret_cast<const char*>(t +
 // Name shape: the cached member id and class, and the name id.
 inline uint16_t TokenMemberId(Token t) { return ReadRaw<uint16_t>(t + 4); }
 inline uint32_t TokenMemberClass(Token t) { return ReadRaw<uint32_t>(t + 8); }
-// Kinds 78 and 79 keep in these words the variable that was found last. It may be another one by now.
+// Kinds 77 to 79 keep in these words the variable that was found last. It may be another one by now.
 struct CVariable;
 inline CVariable* TokenVariable(Token t) { return ReadRaw<CVariable*>(t + 4); }
 inline void SetTokenVariable(uint8_t* t, CVariable* variable) { WriteRaw(t + 4, variable); }

@@ -7,26 +7,32 @@ namespace vl {
 
 template <typename T>
 CValuePool<T>::~CValuePool() {
-  for (void* chunk : chunks_) {
+  for (const Chunk& chunk : chunks_) {
     // A stale write may have left content in a variable that was given back.
-    auto* values = static_cast<T*>(chunk);
-    for (size_t i = 0; i < kChunk; ++i) values[i].~T();
-    budget_->Return(kChunk * sizeof(T));
-    std::free(chunk);
+    for (size_t i = 0; i < chunk.count; ++i) chunk.values[i].~T();
+    budget_->Return(chunk.count * sizeof(T));
+    std::free(chunk.values);
   }
 }
 
+// Chunks grow with the pool: neighbours in a large array then mostly are neighbours in memory.
 template <typename T>
 bool CValuePool<T>::Grow() {
-  if (!budget_->Take(kChunk * sizeof(T))) return false;
-  void* memory = std::malloc(kChunk * sizeof(T));
-  if (!memory) {
-    budget_->Return(kChunk * sizeof(T));
+  const size_t wanted = std::clamp(total_ / 4, kSmallChunk, kLargeChunk);
+  return AddChunk(wanted) || (wanted > kSmallChunk && AddChunk(kSmallChunk));
+}
+
+template <typename T>
+bool CValuePool<T>::AddChunk(size_t count) {
+  if (!budget_->Take(count * sizeof(T))) return false;
+  auto* values = static_cast<T*>(std::malloc(count * sizeof(T)));
+  if (!values) {
+    budget_->Return(count * sizeof(T));
     return false;
   }
-  chunks_.push_back(memory);
-  auto* values = static_cast<T*>(memory);
-  for (size_t i = kChunk; i-- > 0;) Give(new (&values[i]) T(interpreter_));
+  chunks_.push_back({values, count});
+  total_ += count;
+  for (size_t i = count; i-- > 0;) Give(new (&values[i]) T(interpreter_));
   return true;
 }
 

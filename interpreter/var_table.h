@@ -6,6 +6,7 @@
 // address while they live.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -39,12 +40,19 @@ class CValuePool {
   }
 
  private:
-  static constexpr size_t kChunk = 128;
+  struct Chunk {
+    T* values;
+    size_t count;
+  };
+  static constexpr size_t kSmallChunk = 128;
+  static constexpr size_t kLargeChunk = size_t{1} << 17;
   bool Grow();
+  bool AddChunk(size_t count);
   CInterpretor* interpreter_;
   MemoryBudget* budget_;
   T* free_ = nullptr;
-  std::vector<void*> chunks_;
+  std::vector<Chunk> chunks_;
+  size_t total_ = 0;
 };
 
 using CVariablePool = CValuePool<CVariable>;
