@@ -1,6 +1,7 @@
 // The C interface: argument checks and hand-over to Player. No exception leaves it.
 #include <cstring>
 #include <new>
+#include <type_traits>
 
 #include "host/desktop/player.h"
 #include "include/vorlane.h"
@@ -17,6 +18,18 @@ void Report(char* error, size_t size, const char* text) {
   std::strncpy(error, text, size - 1);
   error[size - 1] = 0;
 }
+
+// A caller in C may put any number in an enumeration, which C++ must not read as one before it is checked.
+template <typename E>
+bool IsFrom(const E& value, E first, E last) {
+  std::underlying_type_t<E> number;
+  static_assert(sizeof number == sizeof value);
+  std::memcpy(&number, &value, sizeof number);
+  return number >= static_cast<std::underlying_type_t<E>>(first) &&
+         number <= static_cast<std::underlying_type_t<E>>(last);
+}
+
+bool IsKnown(const vl_input_event* event) { return event && IsFrom(event->type, VL_INPUT_KEY, VL_INPUT_FOCUS); }
 
 template <typename F>
 auto Guard(F&& f, decltype(f()) failed) noexcept -> decltype(f()) {
@@ -44,11 +57,11 @@ vl_player* vl_create(const vl_options* options, char* error, size_t error_size) 
     Report(error, error_size, "vl_options_init was not called for these options");
     return nullptr;
   }
-  if (options->backend < VL_BACKEND_DESKTOP || options->backend > VL_BACKEND_EMBED) {
+  if (!IsFrom(options->backend, VL_BACKEND_DESKTOP, VL_BACKEND_EMBED)) {
     Report(error, error_size, "unknown back end");
     return nullptr;
   }
-  if (options->clock < VL_CLOCK_DEFAULT || options->clock > VL_CLOCK_VIRTUAL) {
+  if (!IsFrom(options->clock, VL_CLOCK_DEFAULT, VL_CLOCK_VIRTUAL)) {
     Report(error, error_size, "unknown clock");
     return nullptr;
   }
@@ -111,7 +124,7 @@ int vl_set_command_line(vl_player* player, const char* text) {
 }
 
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event) {
-  if (!player || !event) return 0;
+  if (!player || !IsKnown(event)) return 0;
   return Guard([&] { return static_cast<int>(player->player.ScriptInput(at_ms, *event)); }, 0);
 }
 
@@ -146,7 +159,7 @@ const char* vl_error_detail(const vl_player* player) { return player ? player->p
 const char* vl_globals(const vl_player* player) { return player ? player->player.globals.c_str() : ""; }
 
 int vl_send_input(vl_player* player, const vl_input_event* event) {
-  if (!player || !event) return 0;
+  if (!player || !IsKnown(event)) return 0;
   return Guard([&] { return static_cast<int>(player->player.SendInput(*event)); }, 0);
 }
 

@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -68,8 +69,8 @@ json GlobalsOf(const std::string& text, const vl_options& options = Options()) {
   return Globals(player.get());
 }
 
-// An application whose part and source element have names of their own.
-std::string Application(const std::string& part, const std::string& element, const std::string& text) {
+// An application whose part and source elements have names of their own.
+std::string Application(const std::string& part, const std::vector<std::pair<std::string, std::string>>& sources) {
   ApplicationModel model;
   model.version = kVersionNewest;
   model.settings.emplace();
@@ -82,10 +83,12 @@ std::string Application(const std::string& part, const std::string& element, con
   bank.type = kBankSource;
   bank.name = "bank";
   bank.version = kBankVersion2;
-  ElementModel e;
-  e.name = element;
-  e.body.bytes = text;
-  bank.elements.push_back(e);
+  for (const auto& [name, text] : sources) {
+    ElementModel e;
+    e.name = name;
+    e.body.bytes = text;
+    bank.elements.push_back(e);
+  }
   p.banks.push_back(bank);
   model.parts.push_back(p);
   WrittenApplication written = WriteApplication(model, "main");
@@ -207,13 +210,33 @@ TEST(VorlaneC, ErrorsAreTitleAndText) {
       {"p", "s", "a = \"x\";\nb = a * 2;", "p - s: Error #12 at line 2.", "p://bank/s:2:"},
   };
   for (const ErrorCase& c : cases) {
-    const std::string bytes = Application(c.part, c.element, c.text);
+    const std::string bytes = Application(c.part, {{c.element, c.text}});
     PlayerPtr player = Create(Options());
     ASSERT_EQ(vl_set_bytes(player.get(), "main.vlp", bytes.data(), bytes.size()), 1);
     EXPECT_EQ(RunToEnd(player.get()), VL_ERROR) << c.text;
     EXPECT_STREQ(vl_error(player.get()), c.error) << c.text;
     EXPECT_EQ(std::string(vl_error_detail(player.get())).substr(0, std::string(c.detail).size()), c.detail);
   }
+}
+
+// A place in the program has eight bits for its source.
+TEST(VorlaneC, TwoHundredFiftySixSources) {
+  const auto run = [](const std::string& text) {
+    std::vector<std::pair<std::string, std::string>> sources = {{"main", text}};
+    for (int i = 1; i < 300; ++i) {
+      const std::string n = std::to_string(i);
+      sources.emplace_back("s" + n,
+                           "\nFunction F" + n + "() { Return " + n + "; }\nFunction G" + n + "() { x = 1 / 0; }");
+    }
+    const std::string bytes = Application("p", sources);
+    PlayerPtr player = Create(Options());
+    EXPECT_EQ(vl_set_bytes(player.get(), "main.vlp", bytes.data(), bytes.size()), 1);
+    const vl_result result = RunToEnd(player.get());
+    return std::string(result == VL_OK ? vl_globals(player.get()) : vl_error(player.get()));
+  };
+  EXPECT_EQ(run("x = F1() + F255();"), "{\"x\":256}");
+  EXPECT_EQ(run("x = F256();"), "p - main: Error #42 at line 1.");
+  EXPECT_EQ(run("G255();"), "p - s255: Error #111 at line 3.");
 }
 
 TEST(VorlaneC, GlobalsTellHowFarAFailedProgramCame) {
@@ -518,6 +541,13 @@ TEST(VorlaneC, SentInput) {
 
 // --- Wrong use ---
 
+// As a caller in C may do it.
+template <typename E>
+void Put(E& value, int number) {
+  static_assert(sizeof value == sizeof number);
+  std::memcpy(&value, &number, sizeof number);
+}
+
 TEST(VorlaneC, WrongOptions) {
   char error[100];
   EXPECT_EQ(vl_create(nullptr, error, sizeof error), nullptr);
@@ -530,8 +560,8 @@ TEST(VorlaneC, WrongOptions) {
       {"no width", [](vl_options& o) { o.width = 0; }},
       {"negative height", [](vl_options& o) { o.height = -5; }},
       {"huge width", [](vl_options& o) { o.width = 1 << 30; }},
-      {"unknown back end", [](vl_options& o) { o.backend = static_cast<vl_backend>(7); }},
-      {"unknown clock", [](vl_options& o) { o.clock = static_cast<vl_clock>(7); }},
+      {"unknown back end", [](vl_options& o) { Put(o.backend, 7); }},
+      {"unknown clock", [](vl_options& o) { Put(o.clock, 7); }},
       {"virtual clock without headless",
        [](vl_options& o) {
          o.backend = VL_BACKEND_EMBED;
@@ -611,9 +641,14 @@ TEST(VorlaneC, InputThatAPlayerDoesNotTake) {
   EXPECT_EQ(vl_script_input(headless.get(), 5, &good), 1);
   EXPECT_EQ(vl_script_input(embedded.get(), 5, &good), 0);
   EXPECT_EQ(vl_script_input(real.get(), 5, &good), 0);
-  for (const vl_input_event& bad : {Input(static_cast<vl_input_type>(0)), Input(static_cast<vl_input_type>(99)),
-                                    Input(VL_INPUT_MOUSE, 4, 1), Input(VL_INPUT_MOUSE, -1, 1)}) {
-    EXPECT_EQ(vl_script_input(headless.get(), 5, &bad), 0) << bad.type << " " << bad.code;
+  for (const int type : {0, 8, 99, -1}) {
+    vl_input_event bad = good;
+    Put(bad.type, type);
+    EXPECT_EQ(vl_script_input(headless.get(), 5, &bad), 0) << type;
+  }
+  for (const int button : {4, -1}) {
+    const vl_input_event bad = Input(VL_INPUT_MOUSE, button, 1);
+    EXPECT_EQ(vl_script_input(headless.get(), 5, &bad), 0) << button;
   }
 }
 
