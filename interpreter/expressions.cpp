@@ -646,13 +646,6 @@ void CInterpretor::Conditional() {
   }
 }
 
-CVariable* CInterpretor::AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level) {
-  CVariable* variable = object.variables.Add(nameId, level, variablePool);
-  if (!variable) RaiseError(ERR_MEMORY);
-  variable->SetInt(0);
-  return variable;
-}
-
 void CInterpretor::Primary() {
   const Token token = readCursor;
   const uint16_t kind = TokenKindOf(token);

@@ -164,7 +164,13 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void StatementWalk(Token start, CValue* result);
   // Calls a function from the run loop or a member: arguments are in the bank already.
   uint32_t EvaluateArguments();
-  CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level);
+  // A new variable, which holds the integer 0.
+  CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level) {
+    CVariable* variable = object.variables.Add(nameId, level, variablePool);
+    if (!variable) RaiseError(ERR_MEMORY);
+    variable->SetInt(0);
+    return variable;
+  }
 
   // --- State ---
   CThreadParam& param;
