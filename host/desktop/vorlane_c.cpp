@@ -1,7 +1,6 @@
 // The C interface: argument checks and hand-over to Player. No exception leaves it.
 #include <cstring>
 #include <new>
-#include <type_traits>
 
 #include "host/desktop/player.h"
 #include "include/vorlane.h"
@@ -19,15 +18,7 @@ void Report(char* error, size_t size, const char* text) {
   error[size - 1] = 0;
 }
 
-// A caller in C may put any number in an enumeration, which C++ must not read as one before it is checked.
-template <typename E>
-bool IsFrom(const E& value, E first, E last) {
-  std::underlying_type_t<E> number;
-  static_assert(sizeof number == sizeof value);
-  std::memcpy(&number, &value, sizeof number);
-  return number >= static_cast<std::underlying_type_t<E>>(first) &&
-         number <= static_cast<std::underlying_type_t<E>>(last);
-}
+bool IsFrom(int32_t number, int32_t first, int32_t last) { return number >= first && number <= last; }
 
 bool IsKnown(const vl_input_event* event) { return event && IsFrom(event->type, VL_INPUT_KEY, VL_INPUT_FOCUS); }
 
