@@ -1,7 +1,5 @@
 // The table of the class Window: the members of its surface under the same ids, the common members of windows and
 // controls, its own, and the constants of all three.
-#include <array>
-
 #include "gfx2d/script/surface_class.h"
 #include "gfx2d/script/surface_constants.h"
 #include "ui/window_class.h"
@@ -223,18 +221,7 @@ constexpr MemberRow kMemberRows[] = {
 
 constexpr uint16_t kFirstSurfaceConstant = 186;
 
-constexpr auto MakeRows() {
-  std::array<MemberRow, std::size(kMemberRows) + std::size(kSurfaceConstants)> rows{};
-  size_t n = 0;
-  for (const MemberRow& row : kMemberRows) rows[n++] = row;
-  uint16_t id = kFirstSurfaceConstant;
-  for (const SurfaceConstant& c : kSurfaceConstants) {
-    rows[n++] = {id++, c.name, MemberKind::Constant, nullptr, c.value, c.globalKind, c.help};
-  }
-  return rows;
-}
-
-constexpr auto kRows = MakeRows();
+constexpr auto kRows = WithSurfaceConstants(kMemberRows, kFirstSurfaceConstant);
 
 }  // namespace
 

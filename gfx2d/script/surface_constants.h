@@ -1,9 +1,10 @@
 // The constants of the class Surface, which the class Window repeats.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
-#include "interpreter/class_ids.h"
+#include "interpreter/class_table.h"
 
 namespace vl {
 
@@ -40,5 +41,17 @@ inline constexpr SurfaceConstant kSurfaceConstants[] = {
     {"LIGHTGRAY", 0xC0C0C0, CLASS_SURFACE, "colour"},
     {"DARKGRAY", 0x808080, CLASS_SURFACE, "colour"},
 };
+
+// A table's own rows with the constants behind them, numbered from `firstId`.
+template <size_t N>
+constexpr auto WithSurfaceConstants(const MemberRow (&own)[N], uint16_t firstId) {
+  std::array<MemberRow, N + std::size(kSurfaceConstants)> rows{};
+  size_t n = 0;
+  for (const MemberRow& row : own) rows[n++] = row;
+  for (const SurfaceConstant& c : kSurfaceConstants) {
+    rows[n++] = {firstId++, c.name, MemberKind::Constant, nullptr, c.value, c.globalKind, c.help};
+  }
+  return rows;
+}
 
 }  // namespace vl

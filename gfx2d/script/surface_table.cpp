@@ -1,6 +1,4 @@
 // The table of the class Surface.
-#include <array>
-
 #include "gfx2d/script/gfx2d_classes.h"
 #include "gfx2d/script/surface_class.h"
 #include "gfx2d/script/surface_constants.h"
@@ -90,18 +88,7 @@ constexpr MemberRow kMemberRows[] = {
 
 constexpr uint16_t kFirstConstant = 67;
 
-constexpr auto MakeRows() {
-  std::array<MemberRow, std::size(kMemberRows) + std::size(kSurfaceConstants)> rows{};
-  size_t n = 0;
-  for (const MemberRow& row : kMemberRows) rows[n++] = row;
-  uint16_t id = kFirstConstant;
-  for (const SurfaceConstant& c : kSurfaceConstants) {
-    rows[n++] = {id++, c.name, MemberKind::Constant, nullptr, c.value, c.globalKind, c.help};
-  }
-  return rows;
-}
-
-constexpr auto kRows = MakeRows();
+constexpr auto kRows = WithSurfaceConstants(kMemberRows, kFirstConstant);
 
 }  // namespace
 
