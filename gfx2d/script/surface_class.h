@@ -67,6 +67,7 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void LineTo();
   void Ellipse();
   void Rectangle();
+  void DrawPolygon();
   void SetPenColor();
   void SetFillColor();
   void SetFillGradientColor();
@@ -111,6 +112,8 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void Unlock();
   void GetStringWidth();
   void GetStringHeight();
+  void CaptureScreen();
+  void CaptureWindow();
 
  private:
   bool CreateSurface(int newWidth, int newHeight, int newDepth);
@@ -123,6 +126,9 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   // A script's colour as the library's.
   uint32_t ColourOr(int i, uint32_t ifMissing) const;
   void BoxArguments(Rect& box) const;
+  std::vector<Point> CornerArguments();
+  // Brings a box of the picture here; the boxes are the arguments from `first` on. False when it shows nothing.
+  bool TakeCapture(CapturedPicture& picture, int first);
   Pattern* PenPattern();
   CISurface* SourceArgument();
   Rect WholeBox() const { return {0, 0, width, height}; }
