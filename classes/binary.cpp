@@ -86,8 +86,13 @@ void CIBinary::SaveData() {
   const bool append = number(1, 0) != 0;
   const int64_t offset = std::clamp<int64_t>(number(3, 0), 0, size_ - 1);
   const int64_t length = std::clamp<int64_t>(number(4, size_), 0, size_ - offset);
-  FileSystem& files = *interpreter.services.files;
-  auto file = files.open(path.StringView(), append ? FileMode::ReadWrite : FileMode::Create);
+  std::string filePath;
+  std::unique_ptr<File> file;
+  if (interpreter.app && interpreter.app->PathOfFile(path.StringView(), &filePath)) {
+    FileSystem& files = *interpreter.services.files;
+    if (append) file = files.open(filePath, FileMode::ReadWrite);
+    if (!file) file = files.open(filePath, FileMode::Create);
+  }
   bool saved = file != nullptr;
   if (saved) {
     const int64_t at = std::clamp<int64_t>(number(2, 0), 0, file->size());

@@ -5,6 +5,7 @@
 #include "host/appfile/errors.h"
 #include "host/globals.h"
 #include "interpreter/interpretor.h"
+#include "platform/run_files.h"
 #include "ui/ui_classes.h"
 
 namespace vl {
@@ -60,7 +61,11 @@ RunResult Run::Execute() {
     if (services_.windows) services_.windows->showMessage(title, text);
   };
   try {
-    CInterpretor interpreter(param, services_, PlayerClasses());
+    // What the program writes is its own and goes with it.
+    RunFiles files(services_.files);
+    Services services = services_;
+    services.files = &files;
+    CInterpretor interpreter(param, services, PlayerClasses());
     if (!interpreter.Init()) {
       errorDetail = DescribeAppStatus(interpreter.appStatus);
       return RunResult::Unreadable;
