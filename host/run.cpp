@@ -21,31 +21,6 @@ const ClassRegistry& PlayerClasses() {
   return registry;
 }
 
-std::string DescribeAppStatus(uint32_t status) {
-  switch (status) {
-    case kAppNotRecognised:
-      return "not an application file";
-    case kAppOutOfMemory:
-      return "too large for the memory of a run";
-    case kAppReadFailed:
-      return "a read failed";
-    case kAppEndOfFile:
-      return "the file ends too early";
-    case kAppCantOpen:
-      return "the file can't be opened";
-    case kAppBadStream:
-      return "a compressed piece is damaged";
-    case kAppBankHeader:
-      return "the header of a bank is damaged";
-    case kAppElementHeader:
-      return "the header of an element is damaged";
-    case kAppNoApplication:
-      return "no application was given";
-    default:
-      return "the file is damaged (status " + std::to_string(status) + ")";
-  }
-}
-
 RunResult Run::Execute() {
   error.clear();
   errorDetail.clear();
@@ -67,7 +42,7 @@ RunResult Run::Execute() {
     services.files = &files;
     CInterpretor interpreter(param, services, PlayerClasses());
     if (!interpreter.Init()) {
-      errorDetail = DescribeAppStatus(interpreter.appStatus);
+      errorDetail = StatusText(interpreter.appStatus);
       return RunResult::Unreadable;
     }
     if (keepGlobals_) interpreter.onEnd = [&] { globals = GlobalsToJson(interpreter); };
