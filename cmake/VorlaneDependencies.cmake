@@ -2,6 +2,7 @@
 find_package(ZLIB REQUIRED)
 find_package(Freetype REQUIRED)
 find_package(PNG REQUIRED)
+find_package(JPEG REQUIRED)
 if(VL_DESKTOP)
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(SDL2 REQUIRED IMPORTED_TARGET sdl2)

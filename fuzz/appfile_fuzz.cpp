@@ -36,7 +36,7 @@ void UseElement(CAppFile& app, CBank& bank, uint32_t index) {
     ByteBlock block;
     if (image.pixels.rawSize < kModelBytes) image.Unpack(image.pixels, &block);
     if (image.mask.rawSize < kModelBytes) image.Unpack(image.mask, &block);
-    PaletteRecord record;
+    StoredPalette record;
     static_cast<CImageBank&>(bank).ReadPalette(static_cast<uint32_t>(image.paletteIndex), &record);
   } else if (bank.type == kBankString) {
     static_cast<const CStringElement&>(element).GetText();

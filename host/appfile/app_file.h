@@ -108,7 +108,7 @@ class CAppFile {
   int64_t signaturePosition = 0;  // of the signature chunk, 0 when there is none
   uint32_t applicationKind = 1;
   uint32_t version = 0;
-  PaletteRecord palette{};  // of the first part; defined when it has a header
+  StoredPalette palette{};  // of the first part; defined when it has a header
   bool paletteInUse = false;
   std::vector<std::unique_ptr<CAppPart>> parts;  // in file order
   CAppPart* currentPart = nullptr;

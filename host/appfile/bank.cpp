@@ -185,7 +185,7 @@ bool CImageBank::ReadHeader(CStream& stream) {
       tablePosition = stream.GetPosition();
       // A table that the file doesn't hold whole still serves the pictures that use its first records.
       tableCount = static_cast<uint32_t>(
-          std::min<uint64_t>(tableCount, static_cast<uint64_t>(stream.Remaining()) / sizeof(PaletteRecord)));
+          std::min<uint64_t>(tableCount, static_cast<uint64_t>(stream.Remaining()) / sizeof(StoredPalette)));
       if (table <= UINT32_MAX) starts_.push_back(static_cast<uint32_t>(table));
     }
     if (!status) status = stream.Seek(behind);
@@ -195,12 +195,12 @@ bool CImageBank::ReadHeader(CStream& stream) {
   return false;
 }
 
-bool CImageBank::ReadPalette(uint32_t index, PaletteRecord* record) {
+bool CImageBank::ReadPalette(uint32_t index, StoredPalette* record) {
   CAppFile& app = App();
   app.lastBankError = kAppBankHeader;
   if (index >= tableCount) return false;
   CFileStream stream(file);
-  stream.Seek(tablePosition + int64_t{index} * static_cast<int64_t>(sizeof(PaletteRecord)));
+  stream.Seek(tablePosition + int64_t{index} * static_cast<int64_t>(sizeof(StoredPalette)));
   app.lastBankError = stream.Read(record->data(), static_cast<uint32_t>(record->size()));
   return app.lastBankError == kAppOk;
 }

@@ -35,7 +35,7 @@ inline constexpr uint32_t kBankVersion1 = 0x16740001;
 // Adds the hot spot of animations and the flags of images.
 inline constexpr uint32_t kBankVersion2 = 0x16740002;
 
-using PaletteRecord = std::array<uint8_t, 1024>;  // 256 times red, green, blue, flags
+using StoredPalette = std::array<uint8_t, 1024>;  // 256 times red, green, blue, flags
 
 class CBank {
  public:
@@ -125,7 +125,7 @@ class CImageBank final : public CBank {
 
   bool HasPaletteTable() const { return tablePosition != 0; }
   // A record of the table. A bad index gives `lastBankError` kAppBankHeader.
-  bool ReadPalette(uint32_t index, PaletteRecord* record);
+  bool ReadPalette(uint32_t index, StoredPalette* record);
 
   int64_t tablePosition = 0;  // of the first record in the file; 0 when there is no table
   uint32_t tableCount = 0;    // records that the file really holds

@@ -67,7 +67,7 @@ struct BankModel {
   std::string name;
   uint32_t version = kBankVersion1;
   std::string externalFile;                            // empty: inside the part's file
-  std::optional<std::vector<PaletteRecord>> palettes;  // image banks
+  std::optional<std::vector<StoredPalette>> palettes;  // image banks
   std::vector<ElementModel> elements;
 
   bool operator==(const BankModel&) const = default;

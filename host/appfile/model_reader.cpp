@@ -158,8 +158,8 @@ class ModelReader {
   void Palettes(CImageBank& bank, BankModel* model) {
     if (!bank.HasPaletteTable()) return;
     model->palettes.emplace();
-    for (uint32_t i = 0; i < bank.tableCount && Take(sizeof(PaletteRecord)); ++i) {
-      PaletteRecord record{};
+    for (uint32_t i = 0; i < bank.tableCount && Take(sizeof(StoredPalette)); ++i) {
+      StoredPalette record{};
       bank.ReadPalette(i, &record);
       model->palettes->push_back(record);
     }

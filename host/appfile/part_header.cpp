@@ -27,7 +27,7 @@ uint32_t ReadBufferText(CStream& stream, uint32_t maxSize, std::string* text, bo
 uint32_t PartHeader::ReadHeader(CStream& payload, uint32_t version) {
   const bool ownChunks = version >= kVersionOwnChunks;
   uint32_t gameInputSize = 0;
-  PaletteRecord colours;
+  StoredPalette colours;
   uint32_t status = payload.ReadShortText(&name);
   if (!status) status = payload.ReadDwordLE(&flags);
   if (!status) status = payload.Read(colours.data(), static_cast<uint32_t>(colours.size()));

@@ -37,7 +37,7 @@ struct PartHeader {
   bool hasHeader = false;  // a part without header has no palette of its own
   std::string name;
   uint32_t flags = 0;  // bit 0: the palette is to be used as the display palette
-  PaletteRecord palette{};
+  StoredPalette palette{};
   std::string initSource;
   uint32_t reserved = 0;           // kept, without effect
   uint16_t gameInputReserved = 0;  // kept, without effect

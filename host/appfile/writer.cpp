@@ -39,7 +39,7 @@ class ByteWriter {
   std::string out_;
 };
 
-std::string_view View(const PaletteRecord& record) {
+std::string_view View(const StoredPalette& record) {
   return {reinterpret_cast<const char*>(record.data()), record.size()};
 }
 
@@ -261,7 +261,7 @@ class ApplicationWriter {
     if (bank.type == kBankImage && bank.palettes) {
       out.Patch32(tableField, out.Size() - tableField);
       out.U32(static_cast<uint32_t>(bank.palettes->size()));
-      for (const PaletteRecord& record : *bank.palettes) out.Raw(View(record));
+      for (const StoredPalette& record : *bank.palettes) out.Raw(View(record));
     }
     return out.Take();
   }

@@ -234,7 +234,7 @@ TEST(AppFileBanks, Images) {
     ASSERT_EQ(whole.status, kAppOk);
     auto* images = static_cast<CImageBank*>(whole.app.GetBank(1));
     ASSERT_NE(images, nullptr);
-    PaletteRecord record{};
+    StoredPalette record{};
     EXPECT_TRUE(images->ReadPalette(1, &record));
     EXPECT_EQ(record[1023], 's');
     EXPECT_FALSE(images->ReadPalette(3, &record));

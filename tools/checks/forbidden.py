@@ -63,7 +63,7 @@ NOT_IN_CORE = {
 # Third-party headers and the files that wrap them.
 WRAPPERS = [
     (r"zlib\.h", r"(host/appfile|gfx2d|engine3d)/"),
-    (r"png\.h|jpeglib\.h|jerror\.h|setjmp\.h|csetjmp", r"gfx2d/(filters/)?(png|jpeg)\w*\.(h|cpp)"),
+    (r"png\.h|jpeglib\.h|jerror\.h|setjmp\.h|csetjmp", r"gfx2d/images/(png|jpeg)\w*\.(h|cpp)"),
     (r"ft2build\.h|freetype/.*", r"platform/text/"),
 ]
 WRAPPERS = [(re.compile(header + r"\Z"), re.compile(path)) for header, path in WRAPPERS]

@@ -5,13 +5,13 @@
 
 namespace vl {
 
-inline PaletteRecord DefaultPartPalette() {
+inline StoredPalette DefaultPartPalette() {
   constexpr uint8_t kSystem[20][3] = {{0, 0, 0},       {128, 0, 0},     {0, 128, 0},     {128, 128, 0},
                                       {0, 0, 128},     {128, 0, 128},   {0, 128, 128},   {192, 192, 192},
                                       {192, 220, 192}, {166, 202, 240}, {255, 251, 240}, {160, 160, 164},
                                       {128, 128, 128}, {255, 0, 0},     {0, 255, 0},     {255, 255, 0},
                                       {0, 0, 255},     {255, 0, 255},   {0, 255, 255},   {255, 255, 255}};
-  PaletteRecord record{};
+  StoredPalette record{};
   const auto set = [&](size_t index, int r, int g, int b) {
     record[index * 4] = static_cast<uint8_t>(r);
     record[index * 4 + 1] = static_cast<uint8_t>(g);

@@ -199,7 +199,7 @@ class Extractor {
     const std::string directory = Unique(partDirectory, bank.name, "") + "/";
     if (bank.palettes) {
       std::string bytes;
-      for (const PaletteRecord& record : *bank.palettes) bytes.append(record.begin(), record.end());
+      for (const StoredPalette& record : *bank.palettes) bytes.append(record.begin(), record.end());
       Line("palettes", Quote(File(directory, "palettes", ".bin", bytes)));
     }
     if (bank.elements.empty()) return;

@@ -405,8 +405,8 @@ class ProjectLoader {
     const toml::node* node = table.Find("palettes");
     if (!node) return;
     const std::string bytes = ReadNamed(table, "palettes", folder);
-    if (bytes.size() % sizeof(PaletteRecord)) table.Fault("palettes", "a palette table is a multiple of 1024 bytes");
-    bank->palettes.emplace(bytes.size() / sizeof(PaletteRecord));
+    if (bytes.size() % sizeof(StoredPalette)) table.Fault("palettes", "a palette table is a multiple of 1024 bytes");
+    bank->palettes.emplace(bytes.size() / sizeof(StoredPalette));
     for (size_t i = 0; i < bytes.size(); ++i) (*bank->palettes)[i / 1024][i % 1024] = static_cast<uint8_t>(bytes[i]);
   }
 

@@ -1,0 +1,214 @@
+// The converter of picture files: from the depth and palette of a file to those of its target, line by line.
+//
+// It differs from the one of surfaces where a palette takes part: a file's index 0 is a colour like any other, and
+// the nearest entry is the one with the least sum of absolute differences, the first of equal ones.
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "gfx2d/images/image_filter.h"
+#include "gfx2d/pixel_format.h"
+
+namespace vl {
+namespace {
+
+// A cell of the colour cache that isn't known yet. A cell that truly has this index is searched each time.
+constexpr uint8_t kUnknown = 253;
+constexpr uint32_t kNoColour = 0xFFFFFFFF;
+
+constexpr uint32_t KeyOf(uint32_t red, uint32_t green, uint32_t blue) {
+  return red >> 3 << 11 | green >> 2 << 5 | blue >> 3;
+}
+
+template <class T>
+bool Make(std::unique_ptr<T>& p) {
+  if (!p) p.reset(new (std::nothrow) T);
+  return p != nullptr;
+}
+
+}  // namespace
+
+struct ImageFilter::Lines {
+  static void Remap(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    for (int32_t i = 0; i < pixels; ++i) target[i] = f.paletteRemap[source[i]];
+  }
+  template <int To>
+  static void FromIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    const auto& table = *f.indexPixels_;
+    for (int32_t i = 0; i < pixels; ++i) PixelFormat<To>::Store(target + i * PixelFormat<To>::kBytes, table[source[i]]);
+  }
+  template <int From>
+  static void ToIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    auto& cache = *f.colourCache;
+    for (int32_t i = 0; i < pixels; ++i) {
+      const uint32_t v = PixelFormat<From>::Load(source + i * PixelFormat<From>::kBytes);
+      uint32_t key = v;
+      if constexpr (From == 15) key = ((v & 0x7FE0) << 1) | (v & 31);
+      if constexpr (From > 16) key = KeyOf(v >> 16 & 0xFF, v >> 8 & 0xFF, v & 0xFF);
+      uint8_t index = cache[key];
+      if (index == kUnknown) {
+        // Of narrow pixels the key itself is the colour.
+        const uint32_t red = From > 16 ? v >> 16 & 0xFF : key >> 8 & 0xF8;
+        const uint32_t green = From > 16 ? v >> 8 & 0xFF : key >> 3 & 0xFC;
+        const uint32_t blue = From > 16 ? v & 0xFF : key << 3 & 0xF8;
+        index = f.SearchAgain(red, green, blue);
+        cache[key] = index;
+      }
+      target[i] = index;
+    }
+  }
+  static void Depths(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    f.depths_->Convert(source, target, pixels);
+  }
+  static void Words(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    f.words_->Convert(source, target, pixels);
+  }
+  static void Copy(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    std::memcpy(target, source, size_t(pixels) * 4);
+  }
+};
+
+uint8_t ImageFilter::SearchOutput(uint32_t red, uint32_t green, uint32_t blue) const {
+  std::array<uint16_t, 256> distance;
+  const auto far = [](uint8_t a, uint32_t b) { return uint16_t(std::abs(int(a) - int(b))); };
+  for (size_t i = 0; i < 256; ++i) {
+    distance[i] = uint16_t(far(outputChannels_[0][i], red) + far(outputChannels_[1][i], green) +
+                           far(outputChannels_[2][i], blue));
+  }
+  const size_t count = outputPalette.count;
+  size_t best = 0;
+  for (size_t i = 1; i < count; ++i) {
+    if (distance[i] < distance[best]) best = i;
+  }
+  return uint8_t(best);
+}
+
+// A colour that the cache doesn't know. What has the index of the mark would be searched pixel for pixel, so those
+// colours are kept apart.
+uint8_t ImageFilter::SearchAgain(uint32_t red, uint32_t green, uint32_t blue) {
+  const uint32_t colour = MakeColour(red, green, blue);
+  uint32_t& kept = (*searched_)[colour * 0x9E3779B1u >> 23];
+  if (kept == colour) return kUnknown;
+  const uint8_t index = SearchOutput(red, green, blue);
+  if (index == kUnknown) kept = colour;
+  return index;
+}
+
+ImageError ImageFilter::SetOutputFormat(int32_t newDepth, const PaletteRecord* newPalette) {
+  if (ImageDepthBit(newDepth) == 0) return kImageBadArgument;
+  if (newDepth == 8 && (!newPalette || newPalette->count > 256)) return kImageBadArgument;
+  if (depth == 0) return kImageFilterClosed;
+  const bool sameDepth = newDepth == outputDepth;
+  outputDepth = newDepth;
+  outputBytesPerPixel = (newDepth + 1) / 8;
+  if (newDepth != 8) {
+    outputPalette.count = 0;
+    ownPalette_ = false;
+    mustConvert = depth != newDepth;
+    return mustConvert ? PrepareConversion() : kImageOk;
+  }
+  const bool kept = sameDepth && SameColours(*newPalette, outputPalette);
+  if (!kept) {
+    outputPalette = *newPalette;
+    for (size_t i = 0; i < 256; ++i) {
+      const PaletteEntry& e = outputPalette.entries[i];
+      outputChannels_[0][i] = e.red;
+      outputChannels_[1][i] = e.green;
+      outputChannels_[2][i] = e.blue;
+    }
+    if (colourCache && !MakeColourCache()) return kImageOutOfMemory;
+  }
+  ownPalette_ = depth == 8 && newPalette == GetPalette();
+  mustConvert = depth != 8 || (!ownPalette_ && (!palette || !SameColours(*newPalette, *palette)));
+  return mustConvert ? PrepareConversion() : kImageOk;
+}
+
+bool ImageFilter::MakeColourCache() {
+  if (!Make(colourCache) || !Make(searched_)) return false;
+  colourCache->fill(kUnknown);
+  searched_->fill(kNoColour);
+  for (int i = 0; i < outputPalette.count; ++i) {
+    const PaletteEntry& e = outputPalette.entries[size_t(i)];
+    (*colourCache)[KeyOf(e.red, e.green, e.blue)] = uint8_t(i);
+  }
+  return true;
+}
+
+ImageFilter::Line ImageFilter::LineToIndex(int32_t sourceDepth) const {
+  switch (sourceDepth) {
+    case 15:
+      return Lines::ToIndex<15>;
+    case 16:
+      return Lines::ToIndex<16>;
+    case 24:
+      return Lines::ToIndex<24>;
+    default:
+      return Lines::ToIndex<32>;
+  }
+}
+
+ImageError ImageFilter::PrepareConversion() {
+  if (depth == 8) {
+    static constexpr Line kFromIndex[5] = {Lines::Remap, Lines::FromIndex<15>, Lines::FromIndex<16>,
+                                           Lines::FromIndex<24>, Lines::FromIndex<32>};
+    if (outputDepth != 8 && !Make(indexPixels_)) return kImageOutOfMemory;
+    convert_ = kFromIndex[DepthIndexOf(outputDepth)];
+    FillRemap();
+    return kImageOk;
+  }
+  if (outputDepth == 8) {
+    if (!colourCache && !MakeColourCache()) return kImageOutOfMemory;
+    convert_ = LineToIndex(depth);
+    convertWords_ = Lines::ToIndex<32>;
+    return kImageOk;
+  }
+  depths_.emplace(DepthIndexOf(depth), nullptr, DepthIndexOf(outputDepth), nullptr);
+  convert_ = Lines::Depths;
+  if (outputDepth == 32) {
+    convertWords_ = Lines::Copy;
+  } else {
+    words_.emplace(DepthIndexOf(32), nullptr, DepthIndexOf(outputDepth), nullptr);
+    convertWords_ = Lines::Words;
+  }
+  return kImageOk;
+}
+
+void ImageFilter::FillRemap() {
+  convertPalette = palette ? *palette : PaletteRecord{};
+  for (size_t i = 0; i < 256; ++i) {
+    const PaletteEntry e = i < convertPalette.count ? convertPalette.entries[i] : PaletteEntry{};
+    const Colour colour = e.ToColour();
+    switch (outputDepth) {
+      case 8:
+        paletteRemap[i] = SearchOutput(e.red, e.green, e.blue);
+        break;
+      case 15:
+        (*indexPixels_)[i] = PixelFormat<15>::FromColour(colour);
+        break;
+      case 16:
+        (*indexPixels_)[i] = PixelFormat<16>::FromColour(colour);
+        break;
+      default:
+        (*indexPixels_)[i] = SwapRedBlue(colour);
+        break;
+    }
+  }
+}
+
+void ImageFilter::PaletteReplaced() {
+  paletteChanged = true;
+  if (depth != 8 || !palette || ownPalette_) return;
+  if (outputDepth == 8) mustConvert = !SameColours(*palette, outputPalette);
+  if (mustConvert) PrepareConversion();  // all it may need beyond its first call is the table, which is small
+}
+
+void ImageFilter::ClearHighBytes(uint8_t* line, int32_t pixels) {
+  for (int32_t i = 0; i < pixels; ++i) StoreWord<uint32_t>(line + i * 4, LoadWord<uint32_t>(line + i * 4) & 0xFFFFFF);
+}
+
+void ImageFilter::ConvertWords(uint32_t* source, uint8_t* target, int32_t pixels) {
+  ClearHighBytes(reinterpret_cast<uint8_t*>(source), pixels);
+  convertWords_(*this, reinterpret_cast<const uint8_t*>(source), target, pixels);
+}
+
+}  // namespace vl
