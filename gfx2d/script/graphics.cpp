@@ -11,7 +11,8 @@ namespace {
 constexpr int kStockFontHeight = -11;
 }  // namespace
 
-CGraphics::CGraphics(CInterpretor& interpreter) : library(&interpreter.budget), interpreter_(interpreter) {
+CGraphics::CGraphics(CInterpretor& interpreter)
+    : library(&interpreter.budget), filters(&interpreter.budget), interpreter_(interpreter) {
   if (interpreter.services.windows) screenDepth = interpreter.services.windows->screen().depth;
 }
 

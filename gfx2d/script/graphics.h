@@ -4,6 +4,7 @@
 
 #include <vector>
 
+#include "gfx2d/images/image_filter_list.h"
 #include "gfx2d/surface_library.h"
 #include "interpreter/interpretor.h"
 
@@ -20,6 +21,7 @@ class CGraphics : public CSubsystem {
   static CGraphics& Of(CInterpretor& interpreter);
 
   SurfaceLibrary library;
+  ImageFilterList filters;
   int screenDepth = 32;  // what a surface gets that asks for no depth
 
   // Both made on first need; never null. Destroyed with the objects at the reset.

@@ -45,8 +45,9 @@ constexpr MemberRow kMemberRows[] = {
     Row(24, "GetDepth", kMember<&CISurface::GetDepth>, "GetDepth(): bits a pixel"),
     Row(25, "GetPixelWidth", kMember<&CISurface::GetPixelWidth>, "GetPixelWidth(): pixels"),
     Row(26, "GetPixelHeight", kMember<&CISurface::GetPixelHeight>, "GetPixelHeight(): pixels"),
-    Missing(27, "LoadImage", "LoadImage(name, ...)"),
-    Missing(28, "SaveImage", "SaveImage(name, format)"),
+    Row(27, "LoadImage", kMember<&CISurface::LoadImage>,
+        "LoadImage(source, x, y, w, h, resample): an element, file or Binary, with flags; 1"),
+    Row(28, "SaveImage", kMember<&CISurface::SaveImage>, "SaveImage(name, format): BMP, PNG or JPEG; 1 or 0"),
     Row(29, "GetPixel", kMember<&CISurface::GetPixel>, "GetPixel(x, y): 0xRRGGBB"),
     Row(30, "GetPixelIndex", kMember<&CISurface::GetPixelIndex>, "GetPixelIndex(x, y): depth 8 only"),
     Row(31, "Copy", kMember<&CISurface::Copy>, "Copy(source, x, y, sx, sy, w, h)"),
@@ -95,7 +96,8 @@ constexpr auto kRows = WithSurfaceConstants(kMemberRows, kFirstConstant);
 
 }  // namespace
 
-const ClassTable kSurfaceClass = {CLASS_SURFACE, kRows, &CreateObject<CISurface>,
-                                  "A picture to draw on: New Surface(width, height, depth)"};
+const ClassTable kSurfaceClass = {
+    CLASS_SURFACE, kRows, &CreateObject<CISurface>,
+    "A picture to draw on: New Surface(width, height, depth) or New Surface(name, flags)"};
 
 }  // namespace vl
