@@ -19,6 +19,7 @@ void cSurfaceImpl::SetDepth(int bits) {
   depth = kDepths[depthIndex];
   bytesPerPixel = (depth + 7) / 8;
   ops = &PixelOpsOf(depthIndex);
+  kernels = &library->Kernels();
 }
 
 std::unique_ptr<cSurfaceImpl> cSurfaceImpl::MakeInstance(int newWidth, int newHeight) const {
@@ -43,7 +44,10 @@ bool cMemSurface::Resize(int newWidth, int newHeight) {
   }
   const int lineBytes = LineBytes(depth, newWidth);
   const size_t bytes = size_t(lineBytes) * size_t(newHeight);
-  if (!library->Budget().Take(bytes)) return false;
+  if (!library->Budget().Take(bytes)) {
+    library->Scratches().Trim();
+    if (!library->Budget().Take(bytes)) return false;
+  }
   std::unique_ptr<uint8_t, Free> block(static_cast<uint8_t*>(std::calloc(bytes, 1)));
   if (!block) {
     library->Budget().Return(bytes);
