@@ -13,6 +13,7 @@
 #include "gfx2d/script/font_class.h"
 #include "gfx2d/script/surface_host.h"
 #include "gfx2d/surface.h"
+#include "gfx2d/surface_text.h"
 #include "interpreter/class_base.h"
 #include "interpreter/interpretor.h"
 
@@ -147,14 +148,12 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   CISurface* SourceArgument();
   Rect WholeBox() const { return {0, 0, width, height}; }
   Size StringSize();
-  // Text layout, in surface_text_layout.cpp.
-  struct TextLine {
-    std::string text;
-    int width = 0;
-  };
-  std::vector<TextLine> WrapText(std::string_view text);
-  void DrawTextLine(const TextLine& line, int lineHeight);
-  void ScrollFor(int lineHeight);
+  // Text, in surface_text_layout.cpp.
+  class WriteTarget;
+  TextPaint PaintOfText() const;
+  // Runs `write` on a writer at the pen.
+  template <class F>
+  void WriteAtPen(F&& write);
 
   bool autoBack_ = true;
   bool autoRefresh_ = true;
