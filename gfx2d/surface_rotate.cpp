@@ -42,9 +42,8 @@ class Turner {
     const auto dstHeight = float(destination.height);
     lineX_ = float(source.width) / 2 - dstWidth * c / 2 + dstHeight * s / 2;
     lineY_ = float(source.height) / 2 - dstWidth * s / 2 - dstHeight * c / 2;
-    // A quarter turn maps pixels onto pixels; from the corner of the first one it would miss a line.
-    if (degrees == 90) lineX_ -= 1;
-    if (degrees == 270) lineY_ -= 1;
+    // At quarter turns this start lies on the far corner: one line of background comes in and one is lost. Programs
+    // count on where the pixels come to lie.
     block_.stepX = c;
     block_.stepY = s;
     block_.width = source.width;
