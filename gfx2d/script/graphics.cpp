@@ -9,12 +9,15 @@ namespace vl {
 namespace {
 // The face of the desktop's own texts in the classic look.
 constexpr int kStockFontHeight = -11;
+constexpr int kNoScreenDepth = 32;
 }  // namespace
 
 CGraphics::CGraphics(CInterpretor& interpreter)
-    : library(&interpreter.budget), filters(&interpreter.budget), interpreter_(interpreter) {
-  if (interpreter.services.windows) screenDepth = interpreter.services.windows->screen().depth;
-}
+    : library(&interpreter.budget),
+      filters(&interpreter.budget),
+      screenDepth(interpreter.services.windows ? interpreter.services.windows->screen().depth : kNoScreenDepth),
+      images(filters, library, screenDepth),
+      interpreter_(interpreter) {}
 
 CGraphics::~CGraphics() = default;
 

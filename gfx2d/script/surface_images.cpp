@@ -40,8 +40,14 @@ bool CISurface::FindPicture(const CValue& source, uint32_t flags, const cSurface
     if (!bytes) interpreter.RaiseError(ERR_BAD_ARGUMENT);
     stream = std::make_unique<CMemoryStream>(bytes->Bytes().data(), static_cast<uint32_t>(bytes->Bytes().size()));
   } else if (auto* element = dynamic_cast<CImageElement*>(interpreter.GetElement(source, kImageBank, true))) {
-    if (!element->bank->Load(element->index, 0) || !element->IsImageFile()) return false;
-    stream = std::make_unique<CMemoryStream>(element->file.Data(), static_cast<uint32_t>(element->file.View().size()));
+    auto& bank = static_cast<CImageBank&>(*element->bank);
+    if (const BankImage* image = graphics.images.Find(bank, element->index)) {
+      picture.pixels = &image->surface;
+      return true;
+    }
+    // Shown once, it needn't stay: a program may go through all of a large bank.
+    picture.pixels = &picture.own;
+    return graphics.images.LoadInto(bank, element->index, picture.own, nullptr);
   } else if (source.type == VT_STRING && interpreter.app) {
     if (source.StringView().empty()) interpreter.RaiseError(ERR_NO_FILE_NAME);
     stream = interpreter.app->OpenResource(source.StringView(), true, 0);
