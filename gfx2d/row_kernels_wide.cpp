@@ -207,12 +207,74 @@ void WideTurnPoints(TurnBlock& block, int columns) {
   Store(block.inside.data(), inside);
 }
 
+// Pixels of 3 bytes as words, and words as pixels of 3 bytes, eight at a time in two halves.
+void WideSpread(const uint8_t* source, uint32_t* words, int pixels) {
+  const Vector order = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
+                                        0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1);
+  int i = 0;
+  // Each half reads 16 bytes for the sake of 12.
+  for (; i + 10 <= pixels; i += 8) {
+    const auto* s = reinterpret_cast<const __m128i*>(source + size_t(i) * 3);
+    const auto* next = reinterpret_cast<const __m128i*>(source + size_t(i) * 3 + 12);
+    const Vector both = _mm256_inserti128_si256(_mm256_castsi128_si256(_mm_loadu_si128(s)), _mm_loadu_si128(next), 1);
+    Store(words + i, _mm256_shuffle_epi8(both, order));
+  }
+  Spread(source + size_t(i) * 3, words + i, pixels - i);
+}
+
+void WideGather(const uint32_t* words, uint8_t* target, int pixels) {
+  const Vector order = _mm256_setr_epi8(0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1,  //
+                                        0, 1, 2, 4, 5, 6, 8, 9, 10, 12, 13, 14, -1, -1, -1, -1);
+  int i = 0;
+  for (; i + 10 <= pixels; i += 8) {
+    const Vector both = _mm256_shuffle_epi8(Load(words + i), order);
+    uint8_t* t = target + size_t(i) * 3;
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(t), _mm256_castsi256_si128(both));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(t + 12), _mm256_extracti128_si256(both, 1));
+  }
+  Gather(words + i, target + size_t(i) * 3, pixels - i);
+}
+
+template <int To>
+void WideFromTriples(const uint8_t* source, uint8_t* target, int pixels) {
+  constexpr int kTo = PixelFormat<To>::kBytes;
+  std::array<uint32_t, kBlock> words;
+  for (int first = 0; first < pixels; first += kBlock) {
+    const int n = std::min(kBlock, pixels - first);
+    WideSpread(source + size_t(first) * 3, words.data(), n);
+    const auto* s = reinterpret_cast<const uint8_t*>(words.data());
+    if constexpr (To == 32) {
+      std::memcpy(target + size_t(first) * 4, s, size_t(n) * 4);
+    } else {
+      ConvertRow<32, To, true>(s, target + size_t(first) * kTo, n);
+    }
+  }
+}
+
+template <int From>
+void WideToTriples(const uint8_t* source, uint8_t* target, int pixels) {
+  constexpr int kFrom = PixelFormat<From>::kBytes;
+  std::array<uint32_t, kBlock> words;
+  for (int first = 0; first < pixels; first += kBlock) {
+    const int n = std::min(kBlock, pixels - first);
+    ConvertRow<From, 32, true>(source + size_t(first) * kFrom, reinterpret_cast<uint8_t*>(words.data()), n);
+    WideGather(words.data(), target + size_t(first) * 3, n);
+  }
+}
+
 constexpr RowKernels WideKernels() {
   RowKernels kernels = kLoops;
   kernels.keyed[3] = WideKeyedTriples;
   kernels.fill[3] = WideFillTriples;
   kernels.effects[4][1] = WideBlendRow32;
   kernels.effects[4][6] = WideBlendColourRow32;
+  kernels.convert[1][3] = WideToTriples<15>;
+  kernels.convert[2][3] = WideToTriples<16>;
+  kernels.convert[4][3] = WideToTriples<32>;
+  kernels.convert[3][1] = WideFromTriples<15>;
+  kernels.convert[3][2] = WideFromTriples<16>;
+  kernels.convert[3][4] = WideFromTriples<32>;
+  kernels.words[3] = WideFromTriples<32>;
   kernels.filterAlong = WideFilterAlong;
   kernels.filterAcross = WideFilterAcross;
   kernels.turnNearest = WideTurnPoints<false>;

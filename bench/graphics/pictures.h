@@ -109,12 +109,16 @@ struct Pair {
 
 class Pictures {
  public:
-  Pictures(int depth, Content content, int toWidth = kWidth, int toHeight = kHeight) {
+  Pictures(int depth, Content content) : Pictures(depth, content, depth) {}
+  Pictures(int depth, Content content, int toWidth, int toHeight)
+      : Pictures(depth, content, depth, toWidth, toHeight) {}
+  Pictures(int depth, Content content, int toDepth) : Pictures(depth, content, toDepth, kWidth, kHeight) {}
+  Pictures(int depth, Content content, int toDepth, int toWidth, int toHeight) {
     const int64_t pairBytes =
-        int64_t{LineBytes(depth, kWidth)} * kHeight + int64_t{LineBytes(depth, toWidth)} * toHeight;
+        int64_t{LineBytes(depth, kWidth)} * kHeight + int64_t{LineBytes(toDepth, toWidth)} * toHeight;
     const auto pairs = uint32_t(std::clamp<int64_t>((int64_t{10} << 20) / pairBytes, 1, 8));
     for (uint32_t i = 0; i < pairs; ++i) {
-      auto pair = std::make_unique<Pair>(Pair{Picture(depth, kWidth, kHeight), Picture(depth, toWidth, toHeight)});
+      auto pair = std::make_unique<Pair>(Pair{Picture(depth, kWidth, kHeight), Picture(toDepth, toWidth, toHeight)});
       Draw(pair->source, content, i + 1);
       Draw(pair->destination, Content::kNoise, i + 100);
       pair->from = ours_.Wrap(pair->source);
