@@ -8,12 +8,20 @@ struct Converters {
   // From an index: the table holds the pixels.
   template <int To>
   static void FromIndex(LineConversion& c, const uint8_t* source, uint8_t* target, int pixels) {
+    const uint32_t* const table = c.pixels_.data();
     int i = 0;
     if constexpr (To == 24) {
       // All but the last in one access, whose fourth byte the next one overwrites.
-      for (; i + 1 < pixels; ++i) StoreWord(target + i * 3, c.pixels_[source[i]]);
+      for (; i + 1 < pixels; ++i) StoreWord(target + i * 3, table[source[i]]);
     }
-    for (; i < pixels; ++i) PixelFormat<To>::Store(target + i * PixelFormat<To>::kBytes, c.pixels_[source[i]]);
+    if constexpr (PixelFormat<To>::kBytes == 2) {
+      for (; i + 4 <= pixels; i += 4) {
+        const uint8_t* s = source + i;
+        StoreWord(target + i * 2, uint64_t{table[s[0]]} | uint64_t{table[s[1]]} << 16 | uint64_t{table[s[2]]} << 32 |
+                                      uint64_t{table[s[3]]} << 48);
+      }
+    }
+    for (; i < pixels; ++i) PixelFormat<To>::Store(target + i * PixelFormat<To>::kBytes, table[source[i]]);
   }
   template <int From>
   static void ToIndex(LineConversion& c, const uint8_t* source, uint8_t* target, int pixels) {

@@ -1,4 +1,4 @@
-// Blits of 640 x 480: plain, keyed and blended.
+// Blits of 640 x 480: plain, keyed, blended and from one depth to another.
 #include "bench/graphics/pictures.h"
 
 namespace vl::bench {
@@ -89,7 +89,24 @@ void Blended(int depth, bool isKeyed) {
   });
 }
 
+void Convert(int from, int to) {
+  const std::string name = "convert/" + std::to_string(from) + "to" + std::to_string(to) + "/";
+  const auto make = [from, to] { return std::make_unique<Pictures>(from, Content::kNoise, to); };
+  Register(name + "vorlane", make, [](Pair& p) { OurBlit(p, 0, kEffectNone, 0); });
+  Register(name + "SDL2", make, SdlBlit);
+  if (from == 8) return;
+  Register(name + "pixman", make, [](Pair& p) {
+    pixman_image_composite32(PIXMAN_OP_SRC, p.pixmanFrom.get(), nullptr, p.pixmanTo.get(), 0, 0, 0, 0, 0, 0, kWidth,
+                             kHeight);
+  });
+}
+
 const bool registered = [] {
+  for (const auto& [from, to] :
+       {std::pair{24, 16}, std::pair{32, 16}, std::pair{16, 32}, std::pair{24, 32}, std::pair{32, 24},
+        std::pair{15, 16}, std::pair{16, 24}, std::pair{8, 16}, std::pair{8, 24}, std::pair{8, 32}}) {
+    Convert(from, to);
+  }
   for (const int depth : {32, 24, 16, 15, 8}) {
     Opaque(depth);
     Keyed(depth, Content::kSprites);

@@ -1,13 +1,14 @@
 // What the pixel benchmarks share: the same bytes seen as our surfaces, as SDL's and as pixman's.
 //
-// A Pictures holds a few pairs of source and destination and hands them out in turn, so that each pass finds its
-// pixels outside the nearest caches, ours and the peers' alike.
+// A Pictures holds pairs of source and destination, 10 MB of them as far as more than one fits, and hands them out in
+// turn, so that each pass finds its pixels outside the nearest caches, ours and the peers' alike.
 #pragma once
 
 #include <SDL.h>
 #include <benchmark/benchmark.h>
 #include <pixman.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -108,9 +109,16 @@ struct Pair {
 
 class Pictures {
  public:
-  Pictures(int depth, Content content, int toWidth = kWidth, int toHeight = kHeight) {
-    for (uint32_t i = 0; i < kPairs; ++i) {
-      auto pair = std::make_unique<Pair>(Pair{Picture(depth, kWidth, kHeight), Picture(depth, toWidth, toHeight)});
+  Pictures(int depth, Content content) : Pictures(depth, content, depth) {}
+  Pictures(int depth, Content content, int toWidth, int toHeight)
+      : Pictures(depth, content, depth, toWidth, toHeight) {}
+  Pictures(int depth, Content content, int toDepth) : Pictures(depth, content, toDepth, kWidth, kHeight) {}
+  Pictures(int depth, Content content, int toDepth, int toWidth, int toHeight) {
+    const int64_t pairBytes =
+        int64_t{LineBytes(depth, kWidth)} * kHeight + int64_t{LineBytes(toDepth, toWidth)} * toHeight;
+    const auto pairs = uint32_t(std::clamp<int64_t>((int64_t{10} << 20) / pairBytes, 1, 8));
+    for (uint32_t i = 0; i < pairs; ++i) {
+      auto pair = std::make_unique<Pair>(Pair{Picture(depth, kWidth, kHeight), Picture(toDepth, toWidth, toHeight)});
       Draw(pair->source, content, i + 1);
       Draw(pair->destination, Content::kNoise, i + 100);
       pair->from = ours_.Wrap(pair->source);
@@ -124,11 +132,10 @@ class Pictures {
       pairs_.push_back(std::move(pair));
     }
   }
-  Pair& Next() { return *pairs_[next_++ % kPairs]; }
+  Pair& Next() { return *pairs_[next_++ % pairs_.size()]; }
   std::vector<std::unique_ptr<Pair>>& All() { return pairs_; }
 
  private:
-  static constexpr size_t kPairs = 4;
   Ours ours_;
   std::vector<std::unique_ptr<Pair>> pairs_;
   size_t next_ = 0;
