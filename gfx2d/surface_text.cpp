@@ -34,18 +34,24 @@ int64_t VisitGlyphs(TextFont& font, std::string_view text, int64_t start, int le
 }
 
 template <int kBytes>
-void StoreRun(uint8_t* to, int width, uint32_t pixel) {
+void StoreDot(uint8_t* to, uint32_t pixel) {
   if constexpr (kBytes == 3) {
-    for (int i = 0; i < width; ++i, to += 3) {
-      to[0] = uint8_t(pixel);
-      to[1] = uint8_t(pixel >> 8);
-      to[2] = uint8_t(pixel >> 16);
-    }
+    to[0] = uint8_t(pixel);
+    to[1] = uint8_t(pixel >> 8);
+    to[2] = uint8_t(pixel >> 16);
   } else {
     using Word = std::conditional_t<kBytes == 1, uint8_t, std::conditional_t<kBytes == 2, uint16_t, uint32_t>>;
     const Word word = Word(pixel);
-    for (int i = 0; i < width; ++i, to += kBytes) std::memcpy(to, &word, kBytes);
+    std::memcpy(to, &word, kBytes);
   }
+}
+
+// Most runs have one or two pixels, which are their ends.
+template <int kBytes>
+void StoreRun(uint8_t* to, int width, uint32_t pixel) {
+  StoreDot<kBytes>(to, pixel);
+  StoreDot<kBytes>(to + (width - 1) * kBytes, pixel);
+  for (int i = 1; i < width - 1; ++i) StoreDot<kBytes>(to + i * kBytes, pixel);
 }
 
 template <int kBytes>

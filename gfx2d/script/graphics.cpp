@@ -46,13 +46,13 @@ CIFont* CGraphics::StockFont() {
 }
 
 void CGraphics::Forget(CIFont* font) {
-  const bool isDefault = font == defaultFont_;
-  if (isDefault) defaultFont_ = nullptr;
+  if (font == defaultFont_) defaultFont_ = nullptr;
   if (font == stockFont_) stockFont_ = nullptr;
-  // Everyone who wrote in the font goes on in the default one; at the reset there is nobody to care for.
+  // Everyone who wrote in the font goes on in the default one, which is made anew when it is the one that dies; at the
+  // reset there is nobody to care for.
   for (CIFontContainer* container : containers) {
     if (container->font != font) continue;
-    if (isDefault || interpreter_.terminating) {
+    if (interpreter_.terminating) {
       container->font = nullptr;
     } else {
       container->SetFontObject(DefaultFont());
