@@ -368,7 +368,6 @@ inline void Rotate(Image& to, const Image& from, int degrees, bool interpolate, 
   if (degrees % 180 == 90) c = 0, s = degrees == 90 ? 1.0f : -1.0f;
   float lineX = float(from.width) / 2 - float(to.width) * c / 2 + float(to.height) * s / 2;
   float lineY = float(from.height) / 2 - float(to.width) * s / 2 - float(to.height) * c / 2;
-  // Quarter turns start a pixel further in, where else they would miss a line.
   const uint32_t outside = to.PixelOf(background);
   for (int y = 0; y < to.height; ++y) {
     float sx = lineX, sy = lineY;
