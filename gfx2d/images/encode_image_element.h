@@ -14,9 +14,9 @@ namespace vl {
 struct EncodedImage {
   uint16_t width = 0;
   uint16_t height = 0;
-  uint16_t depth = 0;           // 8, 15, 16, 24 or 32
-  std::vector<uint8_t> pixels;  // `height` lines of whole 32-bit words
-  std::vector<uint8_t> mask;    // width x height bytes when the picture has alpha
+  uint16_t depth = 0;                    // 8, 15, 16, 24 or 32
+  std::vector<uint8_t> pixels;           // `height` lines of whole 32-bit words
+  std::vector<uint8_t> mask;             // width x height bytes when the picture has alpha
   std::optional<PaletteRecord> palette;  // depth 8: what the pixels mean
 };
 

@@ -140,8 +140,8 @@ bool ImageBanks::LoadInto(CImageBank& bank, uint32_t index, cSurface& surface, s
   if (surface.IsValid()) {
     error = Decode(bank, *element, *surface.impl, surface.impl->GetPalette(), decoded, mask);
   } else {
-    error = Decode(bank, *element, *state.prototype.impl, state.usePalette ? state.palette : PaletteRef(), decoded,
-                   mask);
+    error =
+        Decode(bank, *element, *state.prototype.impl, state.usePalette ? state.palette : PaletteRef(), decoded, mask);
   }
   if (unload) bank.Unload(index);
   bank.App().lastBankError = error;

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "gfx2d/images/image_memory.h"
+#include "gfx2d/images/line_kernels.h"
 
 namespace vl {
 namespace {
@@ -267,7 +268,7 @@ ImageError JpegFilter::ReadFrame(CStream&, uint8_t* bits, int32_t pitch, uint8_t
     for (int32_t y = 0; y < height; y += kLines) {
       const int32_t want = std::min(kLines, height - y);
       const int32_t read = ReadLines(d, Row(bits, pitch, y), pitch, want);
-      for (int32_t i = 0; i < read; ++i) ClearHighBytes(Row(bits, pitch, y + i), width);
+      for (int32_t i = 0; i < read; ++i) kernels::ClearHighBytes(Row(bits, pitch, y + i), width);
       if (read < want) break;
     }
     return kImageOk;
@@ -283,7 +284,7 @@ ImageError JpegFilter::ReadFrame(CStream&, uint8_t* bits, int32_t pitch, uint8_t
       uint8_t* target = Row(bits, pitch, y + i);
       if (inks) MixInks(line);
       if (mustConvert) {
-        ConvertWords(reinterpret_cast<uint32_t*>(line), target, width);
+        ConvertWords(line, target, width);
       } else {
         for (int32_t x = 0; x < width; ++x) std::memcpy(target + x * 3, line + x * 4, 3);
       }
