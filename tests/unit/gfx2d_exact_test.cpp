@@ -154,7 +154,7 @@ void ForAllKernels(int rounds, uint32_t seed, Trial&& trial) {
   std::vector<const RowKernels*> tables = {&PortableRowKernels()};
   if (WideRowKernels()) tables.push_back(WideRowKernels());
   for (const RowKernels* kernels : tables) {
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < rounds * 2; ++round) {
       Lab lab(*kernels, seed * 1000 + uint32_t(round));
       SCOPED_TRACE((kernels == tables[0] ? "plain loops, round " : "wide vectors, round ") + std::to_string(round));
       trial(lab);
