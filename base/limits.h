@@ -27,6 +27,8 @@ inline constexpr size_t kMaxLiteralBytes = 243;
 // The position word has 8 bits for the source and 24 for the offset.
 inline constexpr size_t kMaxSources = 256;
 inline constexpr size_t kMaxSourceBytes = size_t{1} << 24;
+// The token stream; its offsets have 32 bits.
+inline constexpr size_t kMaxStreamBytes = size_t{512} << 20;
 // A surface side: 16-bit coordinates are what files and windows carry.
 inline constexpr int kMaxSurfaceSide = 32767;
 // Pixels of one surface (256 MB at 32 bits).

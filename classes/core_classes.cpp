@@ -3,8 +3,8 @@
 namespace vl {
 
 void RegisterCoreClasses(ClassRegistry& registry) {
-  for (const ClassTable* table :
-       {&kMathClass, &kStringClass, &kProgramClass, &kSystemClass, &kProcessClass, &kBankClass}) {
+  for (const ClassTable* table : {&kMathClass, &kStringClass, &kProgramClass, &kSystemClass, &kProcessClass,
+                                  &kBankClass, &kBinaryClass, &kPointArrayClass}) {
     registry.Add(*table);
   }
 }

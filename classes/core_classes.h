@@ -1,4 +1,4 @@
-// The core runtime classes: those that have nothing to do with graphics.
+// The core runtime classes: those that draw nothing.
 #pragma once
 
 #include "interpreter/class_table.h"
@@ -11,6 +11,8 @@ extern const ClassTable kProgramClass;
 extern const ClassTable kSystemClass;
 extern const ClassTable kProcessClass;
 extern const ClassTable kBankClass;
+extern const ClassTable kBinaryClass;
+extern const ClassTable kPointArrayClass;
 
 void RegisterCoreClasses(ClassRegistry& registry);
 

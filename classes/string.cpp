@@ -15,14 +15,7 @@ constexpr uint32_t kStringBank = 5;
 }
 
 Text LoadStringElement(CInterpretor& interpreter, const CValue& which) {
-  CElement* element = nullptr;
-  if (interpreter.app) {
-    if (which.type == VT_STRING) {
-      element = interpreter.app->GetElement(which.StringView(), kStringBank, true);
-    } else if (which.type == VT_INTEGER || which.type == VT_FLOAT) {
-      element = interpreter.app->GetElementByIndex(static_cast<uint32_t>(which.GetInt()), kStringBank, true);
-    }
-  }
+  CElement* element = interpreter.GetElement(which, kStringBank, true);
   auto* string = dynamic_cast<CStringElement*>(element);
   if (!string || !string->bank->Load(string->index, 0)) {
     interpreter.RaiseError(ERR_NO_STRING, kNoArgument, "no such text in the string bank");

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "gfx2d/palette.h"
+#include "gfx2d/row_kernels.h"
 
 namespace vl {
 
@@ -14,7 +15,8 @@ namespace vl {
 class LineConversion {
  public:
   // The palettes are those of surfaces of depth 8, else null. Depth indices differ.
-  LineConversion(int sourceIndex, cPalette* sourcePalette, int targetIndex, cPalette* targetPalette);
+  LineConversion(int sourceIndex, cPalette* sourcePalette, int targetIndex, cPalette* targetPalette,
+                 const RowKernels& kernels = BestRowKernels());
   void Convert(const uint8_t* source, uint8_t* target, int pixels);
 
  private:
@@ -22,7 +24,8 @@ class LineConversion {
   using Line = void (*)(LineConversion& c, const uint8_t* source, uint8_t* target, int pixels);
   uint32_t NearestOf(Colour colour);
 
-  Line line_;
+  RowKernels::Line kernel_ = nullptr;   // between depths that are made of channels
+  Line line_ = nullptr;                 // from or to depth 8
   std::array<uint32_t, 256> pixels_{};  // of each source index, from depth 8
   cPalette* target_;
   // Colours looked up before, by a hash; equal colours come in numbers.

@@ -5,7 +5,7 @@
 
 #include "gfx2d/line_converters.h"
 #include "gfx2d/pixel_format.h"
-#include "gfx2d/row_effects.h"
+#include "gfx2d/row_kernels.h"
 #include "gfx2d/surface_impl.h"
 
 namespace vl {
@@ -50,34 +50,20 @@ struct Ops {
     FillBoxRaw(s, x, y, width, height, PixelOf<Depth>(s, colour));
   }
 
-  // Stores the rows' source pixels that are not 0.
-  static void KeyedRow(const uint8_t* key, const uint8_t* source, uint8_t* destination, int pixels) {
-    if constexpr (Depth == 24) {
-      for (int i = 0; i < pixels; ++i) {
-        const uint8_t* k = key + i * 3;
-        if ((k[0] | k[1] | k[2]) == 0) continue;
-        std::memcpy(destination + i * 3, source + i * 3, 3);
-      }
-    } else {
-      using Word = typename F::Word;
-      for (int i = 0; i < pixels; ++i) {
-        const Word k = LoadWord<Word>(key + i * kBytes);
-        const Word s = LoadWord<Word>(source + i * kBytes);
-        const Word d = LoadWord<Word>(destination + i * kBytes);
-        StoreWord<Word>(destination + i * kBytes, k != 0 ? s : d);
-      }
-    }
-  }
   static void CopyKeyed(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box) {
+    const RowKernels::Keyed row = destination.kernels->keyed[kBytes];
     for (int y = 0; y < box.height; ++y) {
       const uint8_t* s = source.PixelAt(box.sx, box.sy + y);
-      KeyedRow(s, s, destination.PixelAt(box.dx, box.dy + y), box.width);
+      row(s, s, destination.PixelAt(box.dx, box.dy + y), box.width);
     }
   }
   static void EffectKeyed(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box, int effect,
                           uint32_t param) {
-    const RowEffect row = RowEffectOf(kIndex, effect);
-    const EffectArguments arguments = MakeEffectArguments(effect, param, destination.palette.Get());
+    if (BlendsIndices(effect)) return BlendIndices(destination, source, box, effect, param, true);
+    const RowEffect row = destination.kernels->effects[kIndex][size_t(effect)];
+    const RowKernels::Keyed keyed = destination.kernels->keyed[kBytes];
+    const EffectArguments arguments = MakeEffectArguments(effect, param);
+    // The effect on a copy of the destination, of which the key lets pixels through.
     constexpr int kBlock = 256;
     std::array<uint8_t, kBlock * 4> block;
     for (int y = 0; y < box.height; ++y) {
@@ -87,22 +73,40 @@ struct Ops {
         uint8_t* d = destination.PixelAt(box.dx + first, box.dy + y);
         std::memcpy(block.data(), d, size_t(n) * kBytes);
         row(s, block.data(), n, arguments);
-        KeyedRow(s, block.data(), d, n);
+        keyed(s, block.data(), d, n);
       }
     }
   }
   static void CopyPlain(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box) {
+    const size_t bytes = size_t(box.width) * kBytes;
+    if (destination.pitch == source.pitch && bytes == size_t(source.absPitch)) {
+      // Whole lines lie in one piece, in either order.
+      const int first = source.pitch > 0 ? 0 : box.height - 1;
+      std::memcpy(destination.Line(box.dy + first), source.Line(box.sy + first), bytes * size_t(box.height));
+      return;
+    }
     for (int y = 0; y < box.height; ++y) {
-      std::memmove(destination.PixelAt(box.dx, box.dy + y), source.PixelAt(box.sx, box.sy + y),
-                   size_t(box.width) * kBytes);
+      std::memcpy(destination.PixelAt(box.dx, box.dy + y), source.PixelAt(box.sx, box.sy + y), bytes);
     }
   }
   static void EffectPlain(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box, int effect,
                           uint32_t param) {
-    const RowEffect row = RowEffectOf(kIndex, effect);
-    const EffectArguments arguments = MakeEffectArguments(effect, param, destination.palette.Get());
+    if (BlendsIndices(effect)) return BlendIndices(destination, source, box, effect, param, false);
+    const RowEffect row = destination.kernels->effects[kIndex][size_t(effect)];
+    const EffectArguments arguments = MakeEffectArguments(effect, param);
     for (int y = 0; y < box.height; ++y) {
       row(source.PixelAt(box.sx, box.sy + y), destination.PixelAt(box.dx, box.dy + y), box.width, arguments);
+    }
+  }
+
+  static constexpr bool BlendsIndices(int effect) {
+    return Depth == 8 && (effect == kEffectBlend || effect == kEffectBlendColour);
+  }
+  static void BlendIndices(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box, int effect,
+                           uint32_t param, bool isKeyed) {
+    IndexBlend blend(*destination.palette.Get(), MakeEffectArguments(effect, param), effect == kEffectBlendColour);
+    for (int y = 0; y < box.height; ++y) {
+      blend.Row(source.PixelAt(box.sx, box.sy + y), destination.PixelAt(box.dx, box.dy + y), box.width, isKeyed);
     }
   }
 
@@ -136,18 +140,13 @@ struct Ops {
   static void ReplaceColor(const cSurfaceImpl& s, int x, int y, int width, int height, Colour from, Colour to) {
     const uint32_t old = PixelOf<Depth>(s, from);
     const uint32_t replacement = PixelOf<Depth>(s, to);
-    for (int line = y; line < y + height; ++line) {
-      uint8_t* p = s.PixelAt(x, line);
-      for (int i = 0; i < width; ++i) {
-        const uint32_t pixel = F::Load(p + i * kBytes);
-        F::Store(p + i * kBytes, pixel == old ? replacement : pixel);
-      }
-    }
+    const auto row = s.kernels->replace[kBytes];
+    for (int line = y; line < y + height; ++line) row(s.PixelAt(x, line), width, old, replacement);
   }
 
   static void ConvertFrom(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box) {
     LineConversion conversion(source.depthIndex, source.palette.Get(), destination.depthIndex,
-                              destination.palette.Get());
+                              destination.palette.Get(), *destination.kernels);
     for (int y = 0; y < box.height; ++y) {
       conversion.Convert(source.PixelAt(box.sx, box.sy + y), destination.PixelAt(box.dx, box.dy + y), box.width);
     }
@@ -161,43 +160,18 @@ struct Ops {
 
 constexpr cPixelOps kOps[5] = {Ops<8>::Table(), Ops<15>::Table(), Ops<16>::Table(), Ops<24>::Table(), Ops<32>::Table()};
 
-template <class Word>
-void FillWords(const cSurfaceImpl& s, int x, int y, int width, int height, Word pixel) {
-  for (int line = y; line < y + height; ++line) {
-    uint8_t* p = s.PixelAt(x, line);
-    for (int i = 0; i < width; ++i) StoreWord<Word>(p + size_t(i) * sizeof(Word), pixel);
-  }
-}
-
 }  // namespace
 
 const cPixelOps& PixelOpsOf(int depthIndex) { return kOps[depthIndex]; }
 
 void FillBoxRaw(const cSurfaceImpl& s, int x, int y, int width, int height, uint32_t pixel) {
-  switch (s.bytesPerPixel) {
-    case 1:
-      for (int line = y; line < y + height; ++line) std::memset(s.PixelAt(x, line), int(pixel & 0xFF), size_t(width));
-      break;
-    case 2:
-      FillWords<uint16_t>(s, x, y, width, height, uint16_t(pixel));
-      break;
-    case 3: {
-      // The first line grows by doubling; the others are copies.
-      uint8_t* first = s.PixelAt(x, y);
-      const size_t bytes = size_t(width) * 3;
-      PixelFormat<24>::Store(first, pixel);
-      for (size_t done = 3; done < bytes;) {
-        const size_t n = std::min(done, bytes - done);
-        std::memcpy(first + done, first, n);
-        done += n;
-      }
-      for (int line = y + 1; line < y + height; ++line) std::memcpy(s.PixelAt(x, line), first, bytes);
-      break;
-    }
-    default:
-      FillWords<uint32_t>(s, x, y, width, height, pixel);
-      break;
+  const auto row = s.kernels->fill[size_t(s.bytesPerPixel)];
+  if (width * s.bytesPerPixel == s.absPitch) {
+    // Whole lines lie in one piece, in either order.
+    row(s.Line(s.pitch > 0 ? y : y + height - 1), pixel, int64_t{width} * height);
+    return;
   }
+  for (int line = y; line < y + height; ++line) row(s.PixelAt(x, line), pixel, width);
 }
 
 }  // namespace vl

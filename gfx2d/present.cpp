@@ -2,28 +2,10 @@
 
 #include <array>
 
-#include "gfx2d/pixel_format.h"
+#include "gfx2d/row_kernels.h"
 
 namespace vl {
 namespace {
-
-template <int Depth>
-void Words(const cSurfaceImpl& s, const Rect& box, uint32_t* out, int pitchWords) {
-  using F = PixelFormat<Depth>;
-  for (int y = box.top; y < box.bottom; ++y, out += pitchWords) {
-    const uint8_t* line = s.PixelAt(box.left, y);
-    for (int x = 0, n = box.Width(); x < n; ++x) {
-      const uint32_t p = F::Load(line + x * F::kBytes);
-      if constexpr (Depth == 15) {
-        out[x] = (p & 0x7C00) << 9 | (p & 0x3E0) << 6 | (p & 0x1F) << 3;
-      } else if constexpr (Depth == 16) {
-        out[x] = (p & 0xF800) << 8 | (p & 0x7E0) << 5 | (p & 0x1F) << 3;
-      } else {
-        out[x] = p & 0xFFFFFF;
-      }
-    }
-  }
-}
 
 void IndexWords(const cSurfaceImpl& s, const Rect& box, uint32_t* out, int pitchWords) {
   std::array<uint32_t, 256> table;
@@ -37,24 +19,11 @@ void IndexWords(const cSurfaceImpl& s, const Rect& box, uint32_t* out, int pitch
 }  // namespace
 
 void SurfaceToWords(const cSurfaceImpl& surface, const Rect& box, uint32_t* out, int pitchWords) {
-  switch (surface.depth) {
-    case 8:
-      IndexWords(surface, box, out, pitchWords);
-      break;
-    case 15:
-      Words<15>(surface, box, out, pitchWords);
-      break;
-    case 16:
-      Words<16>(surface, box, out, pitchWords);
-      break;
-    case 24:
-      Words<24>(surface, box, out, pitchWords);
-      break;
-    case 32:
-      Words<32>(surface, box, out, pitchWords);
-      break;
-    default:
-      break;
+  if (surface.depth == 0) return;
+  if (surface.depth == 8) return IndexWords(surface, box, out, pitchWords);
+  const RowKernels::Line row = surface.kernels->words[size_t(surface.depthIndex)];
+  for (int y = box.top; y < box.bottom; ++y, out += pitchWords) {
+    row(surface.PixelAt(box.left, y), reinterpret_cast<uint8_t*>(out), box.Width());
   }
 }
 

@@ -1,8 +1,9 @@
 // Row effects: one draw effect on one row of pixels, in place on the destination.
 //
-// The rows don't overlap in part: either they are the same or they share nothing.
+// Source and destination share no memory.
 #pragma once
 
+#include <array>
 #include <cstdint>
 
 #include "gfx2d/palette.h"
@@ -11,17 +12,28 @@ namespace vl {
 
 // What the effects need to know, worked out once a blit.
 struct EffectArguments {
-  uint32_t weight = 0;          // of the destination, 0 to 128
-  Colour colour = 0;            // stands for destination pixels of value 0 (effect 6)
-  uint32_t pixel = 0;           // `colour` as a pixel of depth 24 and 32
-  cPalette* palette = nullptr;  // of the destination, with its inverse map (depth 8)
+  uint32_t weight = 0;  // of the destination, 0 to 128
+  Colour colour = 0;    // stands for destination pixels of value 0 (effect 6)
+  uint32_t pixel = 0;   // `colour` as a pixel of depth 24 and 32
 };
 
 using RowEffect = void (*)(const uint8_t* source, uint8_t* destination, int pixels, const EffectArguments& arguments);
 
-// Null for the effects that have no row: none and raster.
-RowEffect RowEffectOf(int depthIndex, int effect);
+EffectArguments MakeEffectArguments(int effect, uint32_t param);
 
-EffectArguments MakeEffectArguments(int effect, uint32_t param, cPalette* palette);
+// Effects 1 and 6 in depth 8: both indices become colours, the mix goes through the palette's inverse map.
+class IndexBlend {
+ public:
+  // The palette has its inverse map and outlives this. isColour: effect 6.
+  IndexBlend(cPalette& palette, const EffectArguments& arguments, bool isColour);
+  // Pixels of the source that are 0 are left out when `isKeyed`.
+  void Row(const uint8_t* source, uint8_t* destination, int pixels, bool isKeyed);
+
+ private:
+  cPalette& palette_;
+  // Each index's share of the mix, red, green and blue in 16 bits each from the lowest.
+  std::array<uint64_t, 256> ofSource_;
+  std::array<uint64_t, 256> ofDestination_;
+};
 
 }  // namespace vl

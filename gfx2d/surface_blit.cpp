@@ -1,9 +1,12 @@
-// Copies of boxes: Blit, MoveBox, BlitCallback, BlitFilter.
+// Copies of boxes: Blit, MoveBox, BlitCallback.
 #include <algorithm>
 #include <cstring>
-#include <vector>
+#include <functional>
+#include <utility>
 
-#include "gfx2d/surface_impl.h"
+#include "gfx2d/pixel_format.h"
+#include "gfx2d/surface_library.h"
+#include "gfx2d/wrap_surface.h"
 
 namespace vl {
 namespace {
@@ -31,31 +34,6 @@ struct Axis {
   }
 };
 
-// Softens a pixel outside the drawn shape that has neighbours of the shape on a straight line.
-Colour EdgeFilter(const Colour* d, const Colour* s, uint32_t) {
-  const Colour c = d[4];
-  if (s[4] != 0 || (s[1] == 0 && s[7] == 0) || (s[3] == 0 && s[5] == 0)) return c;
-  Colour result = 0;
-  for (int shift = 0; shift < 24; shift += 8) {
-    const uint32_t centre = c >> shift & 0xFF;
-    uint32_t sum = 12 * centre;
-    for (int i = 0; i < 9; ++i) {
-      if (i == 4) continue;
-      const uint32_t weight = (i & 1) ? 2 : 1;
-      sum += weight * (s[i] != 0 ? d[i] >> shift & 0xFF : centre);
-    }
-    result |= sum / 24 << shift;
-  }
-  return result;
-}
-
-// The same where pixels of value 0 have the colour `param`.
-Colour EdgeFilterColour(const Colour* d, const Colour* s, uint32_t param) {
-  Colour window[9];
-  for (int i = 0; i < 9; ++i) window[i] = d[i] == 0 ? param : d[i];
-  return EdgeFilter(window, s, 0);
-}
-
 }  // namespace
 
 bool cSurfaceImpl::ClipBlit(const cSurfaceImpl& destination, int dx, int dy, int sx, int sy, int boxWidth,
@@ -69,6 +47,25 @@ bool cSurfaceImpl::ClipBlit(const cSurfaceImpl& destination, int dx, int dy, int
   return true;
 }
 
+bool cSurfaceImpl::SharesPixels(const cSurfaceImpl& destination, const Rect& from, const Rect& to) const {
+  if (topLine == destination.topLine && pitch == destination.pitch && depth == destination.depth) {
+    return !from.Intersect(to).IsEmpty();
+  }
+  struct Span {
+    const uint8_t* first;
+    const uint8_t* end;
+  };
+  const auto span = [](const cSurfaceImpl& s, const Rect& box) {
+    const uint8_t* top = s.PixelAt(box.left, box.top);
+    const uint8_t* bottom = s.PixelAt(box.left, box.bottom - 1);
+    if (s.pitch < 0) std::swap(top, bottom);
+    return Span{top, bottom + ptrdiff_t{box.Width()} * s.bytesPerPixel};
+  };
+  const Span ours = span(*this, from);
+  const Span theirs = span(destination, to);
+  return std::less<>()(ours.first, theirs.end) && std::less<>()(theirs.first, ours.end);
+}
+
 bool cSurfaceImpl::Blit(cSurfaceImpl& destination, int dx, int dy, int sx, int sy, int boxWidth, int boxHeight,
                         int mode, int effect, uint32_t param, bool antiAlias) const {
   if (mode < 0 || mode > 1 || effect < 0 || effect > 9) return false;
@@ -79,15 +76,38 @@ bool cSurfaceImpl::Blit(cSurfaceImpl& destination, int dx, int dy, int sx, int s
   if (!Lock() || !destination.Lock()) return false;
   BlitBox box;
   if (!ClipBlit(destination, dx, dy, sx, sy, boxWidth, boxHeight, box)) return false;
-  if (depth != destination.depth) {
-    if (mode == 0 && effect == kEffectNone && !antiAlias) {
+  const bool isConverted = depth != destination.depth;
+  const bool isPlain = mode == 0 && effect == kEffectNone && !antiAlias;
+  // Softening goes over the whole source.
+  const Rect read =
+      antiAlias ? Rect{0, 0, width, height} : Rect{box.sx, box.sy, box.sx + box.width, box.sy + box.height};
+  const Rect written = antiAlias ? Rect{0, 0, destination.width, destination.height}
+                                 : Rect{box.dx, box.dy, box.dx + box.width, box.dy + box.height};
+  if (SharesPixels(destination, read, written)) {
+    // The destination shows what the source was before.
+    const bool needsAll = antiAlias && !isConverted;
+    const BlitBox all =
+        needsAll ? BlitBox{0, 0, 0, 0, width, height} : BlitBox{0, 0, box.sx, box.sy, box.width, box.height};
+    const int copyPitch = LineBytes(depth, all.width);
+    const Scratch memory = library->Scratches().Take(uint64_t(copyPitch) * uint64_t(all.height));
+    if (!memory) return false;
+    const cWrapSurface copy(*library, depth, all.width, all.height, memory.Bytes(), copyPitch, palette);
+    ops->CopyPlain(copy, *this, all);
+    if (needsAll) return copy.Blit(destination, dx, dy, sx, sy, boxWidth, boxHeight, mode, effect, param, antiAlias);
+    return copy.Blit(destination, box.dx, box.dy, 0, 0, box.width, box.height, mode, effect, param, antiAlias);
+  }
+  if (isConverted) {
+    if (isPlain) {
       ops->ConvertFrom(destination, *this, box);
       return true;
     }
-    const auto converted = destination.MakeInstance(box.width, box.height);
-    if (!converted) return false;
-    ops->ConvertFrom(*converted, *this, {0, 0, box.sx, box.sy, box.width, box.height});
-    return converted->Blit(destination, box.dx, box.dy, 0, 0, box.width, box.height, mode, effect, param, antiAlias);
+    const int pitchThere = LineBytes(destination.depth, box.width);
+    const Scratch memory = library->Scratches().Take(uint64_t(pitchThere) * uint64_t(box.height));
+    if (!memory) return false;
+    const cWrapSurface converted(*library, destination.depth, box.width, box.height, memory.Bytes(), pitchThere,
+                                 destination.palette);
+    ops->ConvertFrom(converted, *this, {0, 0, box.sx, box.sy, box.width, box.height});
+    return converted.Blit(destination, box.dx, box.dy, 0, 0, box.width, box.height, mode, effect, param, antiAlias);
   }
   if (depth == 8 && (effect == kEffectBlend || effect == kEffectBlendColour) &&
       !(destination.palette && destination.palette->EnsureInverseMap())) {
@@ -99,9 +119,8 @@ bool cSurfaceImpl::Blit(cSurfaceImpl& destination, int dx, int dy, int sx, int s
     (mode == 1 ? ops->EffectKeyed : ops->EffectPlain)(destination, *this, box, effect, param);
   }
   if (antiAlias) {
-    const bool hasColour = effect == kEffectBlendColour && (param & kColourMask) != 0;
-    BlitFilter(destination, dx, dy, 0, 0, width, height, FilterWindow{}, hasColour ? EdgeFilterColour : EdgeFilter,
-               param & kColourMask);
+    const Colour colour = effect == kEffectBlendColour ? param & kColourMask : 0;
+    SoftenEdges(destination, dx, dy, colour != 0, colour);
   }
   return true;
 }
@@ -128,51 +147,6 @@ bool cSurfaceImpl::BlitCallback(cSurfaceImpl& destination, int dx, int dy, int s
   }
   if (depth == 8 && !(destination.palette && destination.palette->EnsureInverseMap())) return false;
   (mode == 1 ? ops->CallbackKeyed : ops->CallbackPlain)(destination, *this, box, f, param);
-  return true;
-}
-
-bool cSurfaceImpl::BlitFilter(cSurfaceImpl& destination, int dx, int dy, int sx, int sy, int boxWidth, int boxHeight,
-                              const FilterWindow& window, WindowFilter f, uint32_t param) const {
-  constexpr int kMaxWindow = 64;
-  const auto outside = [](int value) { return value < 0 || value > kMaxWindow; };
-  BlitBox box;
-  if (!f || window.width < 1 || window.height < 1 || outside(window.width) || outside(window.height) ||
-      outside(window.marginX) || outside(window.marginY) || outside(window.centreX) || outside(window.centreY) ||
-      !Lock() || !destination.Lock() || depth != destination.depth ||
-      !ClipBlit(destination, dx, dy, sx, sy, boxWidth, boxHeight, box)) {
-    return false;
-  }
-  // The filter reads what was there before it wrote.
-  const int copyWidth = box.width + window.width + 2 * window.marginX;
-  const int copyHeight = box.height + window.height + 2 * window.marginY;
-  const auto copy = destination.MakeInstance(copyWidth, copyHeight);
-  if (!copy) return false;
-  destination.Blit(*copy, 0, 0, box.dx - window.marginX, box.dy - window.marginY, copyWidth, copyHeight, 0, kEffectNone,
-                   0, false);
-  const size_t cells = size_t(window.width) * size_t(window.height);
-  std::vector<Colour> around(cells);
-  std::vector<Colour> shape(cells);
-  const auto colourAt = [](const cSurfaceImpl& s, int x, int y) {
-    const uint32_t value = s.ops->GetPixelColor(s, x, y);
-    return s.depth == 8 ? s.PaletteColor(int(value)) : value;
-  };
-  for (int y = 0; y < box.height; ++y) {
-    for (int x = 0; x < box.width; ++x) {
-      size_t cell = 0;
-      for (int wy = 0; wy < window.height; ++wy) {
-        const int copyY = std::clamp(y + window.marginY - window.centreY + wy, 0, copyHeight - 1);
-        const int sourceY = box.sy + y - window.centreY + wy;
-        for (int wx = 0; wx < window.width; ++wx, ++cell) {
-          const int copyX = std::clamp(x + window.marginX - window.centreX + wx, 0, copyWidth - 1);
-          const int sourceX = box.sx + x - window.centreX + wx;
-          around[cell] = colourAt(*copy, copyX, copyY);
-          const bool isInside = sourceX >= 0 && sourceY >= 0 && sourceX < width && sourceY < height;
-          shape[cell] = isInside ? colourAt(*this, sourceX, sourceY) : 0;
-        }
-      }
-      destination.SetPixel(box.dx + x, box.dy + y, f(around.data(), shape.data(), param));
-    }
-  }
   return true;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include "base/limits.h"
 #include "gfx2d/pixel_format.h"
@@ -19,6 +20,7 @@ void cSurfaceImpl::SetDepth(int bits) {
   depth = kDepths[depthIndex];
   bytesPerPixel = (depth + 7) / 8;
   ops = &PixelOpsOf(depthIndex);
+  kernels = &library->Kernels();
 }
 
 std::unique_ptr<cSurfaceImpl> cSurfaceImpl::MakeInstance(int newWidth, int newHeight) const {
@@ -43,7 +45,10 @@ bool cMemSurface::Resize(int newWidth, int newHeight) {
   }
   const int lineBytes = LineBytes(depth, newWidth);
   const size_t bytes = size_t(lineBytes) * size_t(newHeight);
-  if (!library->Budget().Take(bytes)) return false;
+  if (!library->Budget().Take(bytes)) {
+    library->Scratches().Trim();
+    if (!library->Budget().Take(bytes)) return false;
+  }
   std::unique_ptr<uint8_t, Free> block(static_cast<uint8_t*>(std::calloc(bytes, 1)));
   if (!block) {
     library->Budget().Return(bytes);
@@ -182,21 +187,6 @@ bool cSurfaceImpl::ReplaceColor(Colour from, Colour to) {
 
 namespace {
 
-// First and last byte of a line that is not 0, as offsets; first > last when all are.
-struct ByteRange {
-  ptrdiff_t first;
-  ptrdiff_t last;
-};
-
-ByteRange ContentOf(const uint8_t* line, ptrdiff_t bytes) {
-  const auto isSet = [](uint8_t b) { return b != 0; };
-  const uint8_t* first = std::find_if(line, line + bytes, isSet);
-  const uint8_t* last = line + bytes - 1;
-  while (last > first && *last == 0) --last;
-  if (first == line + bytes) return {bytes, -1};
-  return {first - line, last - line};
-}
-
 bool IsZero(const uint8_t* bytes, size_t count) {
   return count == 0 || (bytes[0] == 0 && std::memcmp(bytes, bytes + 1, count - 1) == 0);
 }
@@ -206,19 +196,23 @@ bool IsZero(const uint8_t* bytes, size_t count) {
 bool cSurfaceImpl::GetContentBox(Rect& box) const {
   if (!Lock() || (width < 3 && height < 3)) return false;
   const ptrdiff_t bytes = ptrdiff_t{width} * bytesPerPixel;
-  ByteRange content = {bytes, -1};
-  int top = height;
-  int bottom = -1;
-  for (int y = 0; y < height; ++y) {
-    if (IsZero(Line(y), size_t(bytes))) continue;
-    const ByteRange line = ContentOf(Line(y), bytes);
-    content.first = std::min(content.first, line.first);
-    content.last = std::max(content.last, line.last);
-    top = std::min(top, y);
-    bottom = y;
+  int top = 0;
+  int bottom = height;
+  while (top < height && IsZero(Line(top), size_t(bytes))) ++top;
+  if (top == height) return false;
+  while (IsZero(Line(bottom - 1), size_t(bytes))) --bottom;
+  // Of each line only what lies outside the box so far.
+  const auto isSet = [](uint8_t b) { return b != 0; };
+  ptrdiff_t first = bytes;
+  ptrdiff_t end = 0;
+  for (int y = top; y < bottom; ++y) {
+    const uint8_t* line = Line(y);
+    if (!IsZero(line, size_t(first))) first = std::find_if(line, line + first, isSet) - line;
+    if (!IsZero(line + end, size_t(bytes - end))) {
+      end = std::find_if(std::reverse_iterator(line + bytes), std::reverse_iterator(line + end), isSet).base() - line;
+    }
   }
-  if (bottom < 0) return false;
-  box = {int(content.first / bytesPerPixel), top, int(content.last / bytesPerPixel) + 1, bottom + 1};
+  box = {int(first / bytesPerPixel), top, int((end - 1) / bytesPerPixel) + 1, bottom};
   return true;
 }
 

@@ -19,6 +19,7 @@
 namespace vl {
 
 class SurfaceLibrary;
+struct RowKernels;
 
 // The result for one pixel from the windows of destination and source around it, row by row; pixels outside
 // the source are 0.
@@ -135,7 +136,8 @@ class cSurfaceImpl {
   int32_t bytesPerPixel = 0;
   int32_t bottomUp = 0;  // -1 when the lines lie bottom-up
   const cPixelOps* ops = nullptr;
-  SurfaceLibrary* library;  // outlives the surface; null for cNullSurface
+  const RowKernels* kernels = nullptr;  // the library's
+  SurfaceLibrary* library;              // outlives the surface; null for cNullSurface
 
  protected:
   void SetDepth(int bits);
@@ -146,8 +148,18 @@ class cSurfaceImpl {
  private:
   // False when nothing is left of the box inside the clip rectangle.
   bool ClipBox(int x, int y, int width, int height, Rect& box) const;
-  void StretchNearest(cSurfaceImpl& destination, const Rect& to, const Rect& from) const;
-  bool StretchFiltered(cSurfaceImpl& destination, const Rect& to, const Rect& from) const;
+  // The box `to` of the destination shows the part `part` of `from` stretched to `whole`; `part` has the size of `to`.
+  struct Stretch {
+    Rect from;
+    Size whole;
+    Rect part;
+    Rect to;
+  };
+  bool StretchNearest(cSurfaceImpl& destination, const Stretch& stretch) const;
+  bool StretchFiltered(cSurfaceImpl& destination, const Stretch& stretch) const;
+  bool SoftenEdges(cSurfaceImpl& destination, int dx, int dy, bool hasColour, Colour colour) const;
+  // Whether writing to a box of the destination could change one of this surface. Boxes lie inside.
+  bool SharesPixels(const cSurfaceImpl& destination, const Rect& from, const Rect& to) const;
 };
 
 // No pixels: every operation gives false or does nothing. One is shared by all empty handles.

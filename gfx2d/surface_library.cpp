@@ -4,7 +4,8 @@
 
 namespace vl {
 
-SurfaceLibrary::SurfaceLibrary(MemoryBudget* budget) : budget_(budget), palettes_(budget) {
+SurfaceLibrary::SurfaceLibrary(MemoryBudget* budget, const RowKernels& kernels)
+    : budget_(budget), kernels_(kernels), scratches_(budget), palettes_(budget) {
   for (size_t i = 0; i < prototypes_.size(); ++i) prototypes_[i] = std::make_unique<cMemSurface>(*this, kDepths[i]);
 }
 

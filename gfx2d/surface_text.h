@@ -17,6 +17,7 @@ struct TextPaint {
   int effect = 0;
   uint32_t param = 0;
   bool antiAlias = false;
+  Pattern* pattern = nullptr;  // in place of the colour; it spans the clip rectangle or box that is drawn in
 };
 
 // Format bits of DrawTextEx, with the values that programs and controls pass.

@@ -59,27 +59,26 @@ class LineMaker {
     return line;
   }
 
+  // Bytes of `text` that fit in `width`, at least one.
+  size_t Fit(std::string_view text, int width) const {
+    int64_t x = 0;
+    for (size_t i = 0; i < text.size(); ++i) {
+      if (expandTabs_ && text[i] == '\t') {
+        x = (x / tabWidth_ + 1) * tabWidth_;
+      } else {
+        x += font_.advance(uint8_t(text[i]));
+      }
+      if (x > width) return std::max<size_t>(i, 1);
+    }
+    return text.size();
+  }
+
  private:
-  static constexpr int64_t kWidest = 1 << 28;
+  static constexpr int64_t kWidest = TextFont::kMaxWidth;
   TextFont& font_;
   bool expandTabs_;
   int64_t tabWidth_;
 };
-
-// Bytes of `text` that fit in `width`, at least one; widths grow with the count.
-size_t FittingBytes(const LineMaker& maker, std::string_view text, int width) {
-  size_t low = 1;
-  size_t high = text.size();
-  while (low < high) {
-    const size_t middle = low + (high - low + 1) / 2;
-    if (maker.Make(text.substr(0, middle), kNone).width <= width) {
-      low = middle;
-    } else {
-      high = middle - 1;
-    }
-  }
-  return low;
-}
 
 }  // namespace
 
@@ -90,16 +89,14 @@ std::vector<TextLine> LayOutText(TextFont& font, std::string_view text, int widt
   const bool single = (format & kTextSingleLine) != 0;
   const bool breakWords = !single && (format & kTextWordBreak);
   size_t start = 0;
-  while (start <= text.size()) {
+  while (start <= text.size() && lines.size() < kMaxTextLines) {
     size_t end = single ? text.size() : std::min(text.find_first_of("\r\n", start), text.size());
     const PlainLine plain = TakePrefixes(text.substr(start, end - start), (format & kTextNoPrefix) != 0);
     std::string_view rest = plain.text;
     size_t done = 0;
-    while (breakWords && !rest.empty()) {
-      // Few characters are narrower than a pixel; looking at more would measure long texts again for each line.
-      const std::string_view near = rest.substr(0, size_t(std::max(width, 0)) + 64);
-      if (near.size() == rest.size() && maker.Make(rest, kNone).width <= width) break;
-      const size_t fits = FittingBytes(maker, near, width);
+    while (breakWords && !rest.empty() && lines.size() < kMaxTextLines) {
+      const size_t fits = maker.Fit(rest, width);
+      if (fits == rest.size() && maker.Make(rest, kNone).width <= width) break;
       // Break behind the last blank that fits; blanks at the break hang over the edge.
       size_t cut = fits < rest.size() && rest[fits] == ' ' ? fits : rest.substr(0, fits).find_last_of(" \t");
       if (cut == kNone || cut == 0) {

@@ -10,6 +10,9 @@
 
 namespace vl {
 
+// Lines behind these are left out: no surface is high enough to show them.
+inline constexpr size_t kMaxTextLines = 1 << 16;
+
 struct TextPiece {
   std::string text;
   int x;  // from the start of the line, pixels

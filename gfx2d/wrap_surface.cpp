@@ -24,7 +24,7 @@ cWrapSurface::cWrapSurface(SurfaceLibrary& owner, std::span<uint8_t> dib, std::s
   const std::optional<DibHeader> header = ParseDib(dib);
   if (!header || header->depth < 8) return;
   if (bits.empty()) bits = dib.subspan(header->bitsOffset);
-  if (header->ImageBytes() > bits.size()) return;
+  if (header->ImageBytes() > bits.size() || header->ImageBytes() > INT32_MAX) return;
   Attach(header->depth, header->width, header->height, bits.data(), int(header->lineBytes), header->bottomUp);
   if (depth == 8 && takePalette) palette = owner.Palettes().InternPalette(DibPalette(*header, dib));
 }
@@ -37,7 +37,10 @@ cWrapSurface::cWrapSurface(SurfaceLibrary& owner, int bits, int pixels, int line
     return;
   }
   const int depthBytes = (kDepths[DepthIndexOf(bits)] + 7) / 8;
-  if (linePitch < pixels * depthBytes || uint64_t(linePitch) * uint64_t(lines) > memory.size()) return;
+  if (linePitch < pixels * depthBytes || uint64_t(linePitch) * uint64_t(lines) > memory.size() ||
+      int64_t{linePitch} * lines > INT32_MAX) {
+    return;
+  }
   Attach(bits, pixels, lines, memory.data(), linePitch, false);
   if (depth == 8) palette = colours;
 }

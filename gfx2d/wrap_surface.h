@@ -1,7 +1,7 @@
 // cWrapSurface: a surface over memory that its caller owns.
 //
-// The memory outlives the surface. A layout that no surface has leaves depth 0 and no pixels: every operation
-// then gives false.
+// The memory outlives the surface. A layout that no surface has, or 2 GB and more, leaves depth 0 and no pixels: every
+// operation then gives false.
 #pragma once
 
 #include <cstdint>

@@ -5,6 +5,7 @@
 #include "host/appfile/errors.h"
 #include "host/globals.h"
 #include "interpreter/interpretor.h"
+#include "platform/run_files.h"
 #include "ui/ui_classes.h"
 
 namespace vl {
@@ -18,31 +19,6 @@ const ClassRegistry& PlayerClasses() {
     return r;
   }();
   return registry;
-}
-
-std::string DescribeAppStatus(uint32_t status) {
-  switch (status) {
-    case kAppNotRecognised:
-      return "not an application file";
-    case kAppOutOfMemory:
-      return "too large for the memory of a run";
-    case kAppReadFailed:
-      return "a read failed";
-    case kAppEndOfFile:
-      return "the file ends too early";
-    case kAppCantOpen:
-      return "the file can't be opened";
-    case kAppBadStream:
-      return "a compressed piece is damaged";
-    case kAppBankHeader:
-      return "the header of a bank is damaged";
-    case kAppElementHeader:
-      return "the header of an element is damaged";
-    case kAppNoApplication:
-      return "no application was given";
-    default:
-      return "the file is damaged (status " + std::to_string(status) + ")";
-  }
 }
 
 RunResult Run::Execute() {
@@ -60,9 +36,13 @@ RunResult Run::Execute() {
     if (services_.windows) services_.windows->showMessage(title, text);
   };
   try {
-    CInterpretor interpreter(param, services_, PlayerClasses());
+    // What the program writes is its own and goes with it.
+    RunFiles files(services_.files);
+    Services services = services_;
+    services.files = &files;
+    CInterpretor interpreter(param, services, PlayerClasses());
     if (!interpreter.Init()) {
-      errorDetail = DescribeAppStatus(interpreter.appStatus);
+      errorDetail = StatusText(interpreter.appStatus);
       return RunResult::Unreadable;
     }
     if (keepGlobals_) interpreter.onEnd = [&] { globals = GlobalsToJson(interpreter); };

@@ -35,7 +35,4 @@ class Run {
   bool keepGlobals_;
 };
 
-// What is wrong with an application file, in words, by the status of its reading.
-std::string DescribeAppStatus(uint32_t status);
-
 }  // namespace vl

@@ -12,8 +12,6 @@ namespace {
 enum CharClass : uint8_t { kEnd = 0, kLineEnd = 1, kLetter = 2, kDigit = 3, kSpace = 4, kPunctuation = 5 };
 
 constexpr size_t kWordBytes = 255;
-// A stream beyond this would not fit a page's memory, and no program of the kind comes near it.
-constexpr size_t kMaxStreamBytes = size_t{512} << 20;
 
 constexpr std::array<uint8_t, 256> MakeClasses() {
   std::array<uint8_t, 256> classes{};
@@ -56,7 +54,7 @@ void CFirstPass::Fail(uint32_t code, uint32_t at, std::string detail) {
 
 void CFirstPass::Begin(uint16_t kind, uint8_t size) {
   auto& out = infos_.pass1Buffer;
-  if (out.size() > kMaxStreamBytes) Fail(ERR_MEMORY, wordStart_);
+  if (out.size() > limits::kMaxStreamBytes) Fail(ERR_MEMORY, wordStart_);
   Put<uint16_t>(kind);
   Put<uint8_t>(static_cast<uint8_t>(kind == TK_END ? size : size + 4));
   Put<uint8_t>(kTokenHasPosition);

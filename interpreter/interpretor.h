@@ -111,6 +111,13 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // Runs a member of another object with the arguments of the current call, under the same id.
   void ForwardMember(CIBaseClassImpl& object, uint16_t id);
 
+  // --- Resources and files (resources.cpp) ---
+  // An element of the application: by name, or by index in the current part's bank of that type. Null for other
+  // values and when there is none. `mustBeTyped` leaves the sources out.
+  CElement* GetElement(const CValue& value, uint32_t type, bool mustBeTyped);
+  // Error 129 unless the run itself made that file.
+  void RequireOwnFile(std::string_view path);
+
   // --- Objects (objects.cpp) ---
   void DeleteObject(CIBaseClassImpl* object);
   // Releases and frees without the walk.

@@ -7,7 +7,6 @@ namespace vl {
 namespace {
 constexpr int kMaxArguments = 15;
 constexpr int kMaxSubscripts = 10;
-constexpr size_t kMaxStreamBytes = size_t{512} << 20;
 
 bool IsClass(uint16_t kind) { return kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST; }
 }  // namespace
@@ -43,7 +42,7 @@ uint16_t CSecondPass::NextKind() const {
 
 uint32_t CSecondPass::Copy() {
   const uint32_t offset = Offset();
-  if (offset > kMaxStreamBytes) Fail(ERR_MEMORY);
+  if (offset > limits::kMaxStreamBytes) Fail(ERR_MEMORY);
   const Token t = infos_.readCursor;
   infos_.tokens.insert(infos_.tokens.end(), t, t + TokenSize(t));
   if (TokenKindOf(t) != TK_END) Step();

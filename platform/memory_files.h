@@ -29,6 +29,7 @@ class MemoryFileSystem final : public FileSystem {
   std::vector<uint8_t> Content(std::string_view path) const;
   // Every path, in byte order.
   std::vector<std::string> Paths() const;
+  size_t FileCount() const { return nodes_.size(); }
 
   // Read and ReadWrite need an existing file; Create makes one or empties it.
   std::unique_ptr<File> open(std::string_view path, FileMode mode) override;

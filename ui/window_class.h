@@ -48,6 +48,7 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
   void SetBackColorOfWindow(uint32_t colour) override { SetBackColorRaw(colour); }
   void SurfaceIsGone() override { surface = nullptr; }
   CISurface* OwnedSurface() override { return surface; }
+  bool CaptureClient(CapturedPicture& picture) override { return Tree().CaptureClient(hwnd, picture); }
 
   void SetTextColorRaw(uint32_t colour) override;
   void SetBackColorRaw(uint32_t colour) override;

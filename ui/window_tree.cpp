@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/system_colors.h"
+#include "gfx2d/colour.h"
 #include "gfx2d/present.h"
 #include "interpreter/interpretor.h"
 
@@ -585,6 +587,57 @@ void WindowTree::RepaintAbove(WindowNode& painted) {
 void WindowTree::Present(WindowNode& top, std::span<const Rect> dirty) {
   services_.windows->present(top.native, top.picture.data(), top.pictureWidth, top.pictureHeight, top.pictureWidth,
                              dirty);
+}
+
+// --- Capture ---
+
+namespace {
+
+constexpr uint32_t kDesktopColor = 1;
+
+// Copies what both pictures have of `from`, which lies at (x, y) of `to`.
+void CopyPicture(const std::vector<uint32_t>& from, Size fromSize, int x, int y, CapturedPicture& to) {
+  const Rect box =
+      Rect{x, y, x + fromSize.width, y + fromSize.height}.Intersect(Rect{0, 0, to.size.width, to.size.height});
+  for (int line = box.top; line < box.bottom; ++line) {
+    const uint32_t* source = from.data() + ptrdiff_t{line - y} * fromSize.width + (box.left - x);
+    std::copy_n(source, box.Width(), to.words.data() + ptrdiff_t{line} * to.size.width + box.left);
+  }
+}
+
+bool MakePicture(CapturedPicture& picture, int width, int height, uint32_t colour) {
+  if (width < 1 || height < 1) return false;
+  picture.size = {width, height};
+  picture.words.assign(static_cast<size_t>(width) * static_cast<size_t>(height), colour);
+  return true;
+}
+
+}  // namespace
+
+bool WindowTree::CaptureClient(WindowHandle window, CapturedPicture& picture) {
+  WindowHandle topHandle = 0;
+  Point offset;
+  Rect visible;
+  if (!VisibleBox(window, topHandle, offset, visible)) return false;
+  WindowNode& top = *Find(topHandle);
+  const WindowNode& node = *Find(window);
+  EnsurePicture(top);
+  if (!MakePicture(picture, node.width, node.height, SwapRedBlue(node.backColour))) return false;
+  CopyPicture(top.picture, {top.pictureWidth, top.pictureHeight}, -offset.x, -offset.y, picture);
+  return true;
+}
+
+bool WindowTree::CaptureScreen(CapturedPicture& picture) {
+  const ScreenInfo screen = Screen();
+  if (!MakePicture(picture, screen.width, screen.height, SwapRedBlue(SystemColor(kDesktopColor)))) return false;
+  for (auto it = topLevels_.rbegin(); it != topLevels_.rend(); ++it) {
+    WindowNode& top = *Find(*it);
+    if (!top.visible || top.minimized) continue;
+    EnsurePicture(top);
+    const Point origin = ClientOrigin(top.handle);
+    CopyPicture(top.picture, {top.pictureWidth, top.pictureHeight}, origin.x, origin.y, picture);
+  }
+  return true;
 }
 
 }  // namespace vl

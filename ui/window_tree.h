@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "gfx2d/surface.h"
+#include "gfx2d/script/surface_host.h"
 #include "interpreter/message_source.h"
 #include "platform/services.h"
 #include "ui/messages.h"
@@ -73,7 +73,7 @@ struct WindowCreation {
   std::string text;
 };
 
-class WindowTree final : public CMessageSource {
+class WindowTree final : public CMessageSource, public CScreen {
  public:
   WindowTree(const Services& services, CThreadParam& param);
   ~WindowTree() override;
@@ -124,6 +124,10 @@ class WindowTree final : public CMessageSource {
   void Paint(WindowHandle window, const cSurface& surface, std::span<const Rect> dirty);
   // Fills boxes of a window without a surface with its background.
   void PaintBackground(WindowHandle window, std::span<const Rect> dirty);
+  // CScreen.
+  bool CaptureScreen(CapturedPicture& picture) override;
+  // A window's client area as it was last shown; false for a hidden one.
+  bool CaptureClient(WindowHandle window, CapturedPicture& picture);
 
   // For the main window of the run, which the host closes.
   WindowHandle mainWindow = 0;

@@ -11,8 +11,16 @@ namespace {
 
 constexpr uint32_t kWeightBit = 0x80000000;
 constexpr size_t kFaceBytes = 31;
+constexpr uint8_t kSmoothQuality = 4;
 
-enum FontFlag : uint32_t { kItalic = 1, kUnderline = 2, kStrikeOut = 4, kFixedPitch = 8, kVariablePitch = 16 };
+enum FontFlag : uint32_t {
+  kItalic = 1,
+  kUnderline = 2,
+  kStrikeOut = 4,
+  kFixedPitch = 8,
+  kVariablePitch = 16,
+  kSmooth = 32
+};
 
 }  // namespace
 
@@ -48,6 +56,7 @@ void CIFont::Construct() {
         if (number & kStrikeOut) description.strikeOut = true;
         if (number & kFixedPitch) description.fixedPitch = true;
         if (number & kVariablePitch) description.fixedPitch = false;
+        if (number & kSmooth) description.quality = kSmoothQuality;
         break;
       default:
         description.weight = static_cast<int>(number & 0x3FFFFFFF);
@@ -62,10 +71,14 @@ void CIFont::Destroy(bool final) {
   CIBaseClassImpl::Destroy(final);
 }
 
-TextFont& CIFont::Handle() {
-  if (!handle_) handle_ = interpreter.services.text->openFont(description);
-  return *handle_;
+std::shared_ptr<TextFont> CIFont::SharedHandle() {
+  std::shared_ptr<TextFont> handle = handle_.lock();
+  if (!handle) handle_ = handle = interpreter.services.text->openFont(description);
+  return handle;
 }
+
+// The text engine keeps the fonts that were opened last.
+TextFont& CIFont::Handle() { return *SharedHandle(); }
 
 void CIFont::GetFaceName() { interpreter.GetResult().SetString(description.face); }
 void CIFont::GetHeight() {

@@ -23,13 +23,16 @@ class CIFont : public CIBaseClassImpl {
   void IsUnderline();
   void IsStrikeOut();
 
-  // Opened on first use.
+  // Opened on first use. A program may hold any number of fonts, so the glyphs belong to the text engine, which lets
+  // go of what was not used for long; then it is opened anew.
+  std::shared_ptr<TextFont> SharedHandle();
+  // Good until a few dozen other fonts have been opened.
   TextFont& Handle();
 
   FontDescription description;
 
  private:
-  std::shared_ptr<TextFont> handle_;
+  std::weak_ptr<TextFont> handle_;
 };
 
 class CIFontContainer {

@@ -9,11 +9,15 @@ namespace vl {
 namespace {
 // The face of the desktop's own texts in the classic look.
 constexpr int kStockFontHeight = -11;
+constexpr int kNoScreenDepth = 32;
 }  // namespace
 
-CGraphics::CGraphics(CInterpretor& interpreter) : library(&interpreter.budget), interpreter_(interpreter) {
-  if (interpreter.services.windows) screenDepth = interpreter.services.windows->screen().depth;
-}
+CGraphics::CGraphics(CInterpretor& interpreter)
+    : library(&interpreter.budget),
+      filters(&interpreter.budget),
+      screenDepth(interpreter.services.windows ? interpreter.services.windows->screen().depth : kNoScreenDepth),
+      images(filters, library, screenDepth),
+      interpreter_(interpreter) {}
 
 CGraphics::~CGraphics() = default;
 
@@ -42,13 +46,13 @@ CIFont* CGraphics::StockFont() {
 }
 
 void CGraphics::Forget(CIFont* font) {
-  const bool isDefault = font == defaultFont_;
-  if (isDefault) defaultFont_ = nullptr;
+  if (font == defaultFont_) defaultFont_ = nullptr;
   if (font == stockFont_) stockFont_ = nullptr;
-  // Everyone who wrote in the font goes on in the default one; at the reset there is nobody to care for.
+  // Everyone who wrote in the font goes on in the default one, which is made anew when it is the one that dies; at the
+  // reset there is nobody to care for.
   for (CIFontContainer* container : containers) {
     if (container->font != font) continue;
-    if (isDefault || interpreter_.terminating) {
+    if (interpreter_.terminating) {
       container->font = nullptr;
     } else {
       container->SetFontObject(DefaultFont());

@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "gfx2d/images/image_banks.h"
+#include "gfx2d/images/image_filter_list.h"
 #include "gfx2d/surface_library.h"
 #include "interpreter/interpretor.h"
 
@@ -20,7 +22,9 @@ class CGraphics : public CSubsystem {
   static CGraphics& Of(CInterpretor& interpreter);
 
   SurfaceLibrary library;
-  int screenDepth = 32;  // what a surface gets that asks for no depth
+  ImageFilterList filters;
+  const int screenDepth;  // what a surface gets that asks for no depth
+  ImageBanks images;
 
   // Both made on first need; never null. Destroyed with the objects at the reset.
   CIFont* DefaultFont();

@@ -16,7 +16,6 @@ constexpr uint32_t kWhite = 0xFFFFFF;
 constexpr int32_t kFillNone = 0;
 constexpr int32_t kFillSolid = 4;
 constexpr int32_t kGradient = 5;
-constexpr uint32_t kFlagFamily = 0xABCD0000;
 constexpr int32_t kLastDrawMode = 9;
 
 }  // namespace
@@ -50,16 +49,30 @@ bool CISurface::CreateSurface(int newWidth, int newHeight, int newDepth) {
 void CISurface::Construct() {
   int32_t numbers[3] = {kDefaultInt, kDefaultInt, kDefaultInt};
   int count = 0;
+  uint32_t flags = 0;
+  const CValue* name = nullptr;
   for (int i = 0; i < interpreter.GetArgCount(); ++i) {
     const CValue& value = *interpreter.GetArg(i);
     if (value.type == VT_STRING) {
-      interpreter.RaiseError(ERR_NOT_MADE, kNoArgument, "pictures aren't part of this player yet");
+      name = &value;
+      continue;
     }
     if (value.type == VT_OBJECT) interpreter.RaiseError(ERR_BAD_ARGUMENT);
     const int32_t number = value.GetInt();
-    if ((static_cast<uint32_t>(number) & 0xFFFF0000) == kFlagFamily) continue;
+    if (TakeFlag(number, flags)) continue;
     if (count >= 3) interpreter.RaiseError(ERR_TOO_MANY);
     numbers[count++] = number;
+  }
+  if (name) {
+    Picture picture;
+    const cSurfaceImpl* prototype =
+        CGraphics::Of(interpreter).library.FindPrototype(CGraphics::Of(interpreter).screenDepth, 1, 0);
+    if (!prototype || !FindPicture(*name, flags, *prototype, picture) || !BecomePicture(picture)) {
+      interpreter.RaiseError(ERR_NOT_MADE, kNoArgument, "the picture isn't there or can't be read");
+    }
+    ResetState();
+    Create();
+    return;
   }
   const int32_t newDepth =
       numbers[2] == kDefaultInt || numbers[2] == 0 ? CGraphics::Of(interpreter).screenDepth : numbers[2];

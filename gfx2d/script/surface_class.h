@@ -13,6 +13,7 @@
 #include "gfx2d/script/font_class.h"
 #include "gfx2d/script/surface_host.h"
 #include "gfx2d/surface.h"
+#include "gfx2d/surface_text.h"
 #include "interpreter/class_base.h"
 #include "interpreter/interpretor.h"
 
@@ -67,6 +68,7 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void LineTo();
   void Ellipse();
   void Rectangle();
+  void DrawPolygon();
   void SetPenColor();
   void SetFillColor();
   void SetFillGradientColor();
@@ -111,6 +113,10 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void Unlock();
   void GetStringWidth();
   void GetStringHeight();
+  void LoadImage();
+  void SaveImage();
+  void CaptureScreen();
+  void CaptureWindow();
 
  private:
   bool CreateSurface(int newWidth, int newHeight, int newDepth);
@@ -123,18 +129,31 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   // A script's colour as the library's.
   uint32_t ColourOr(int i, uint32_t ifMissing) const;
   void BoxArguments(Rect& box) const;
+  std::vector<Point> CornerArguments();
+  // Pictures, in surface_images.cpp: one that a bank keeps, or one read for the moment.
+  struct Picture {
+    cSurface own;
+    const cSurface* pixels = nullptr;
+  };
+  // A number of the flag family joins `flags` and is no argument.
+  static bool TakeFlag(int32_t number, uint32_t& flags);
+  // Finds an element of the image bank, a file or the bytes of a Binary. `prototype` tells the depth and palette in
+  // which files are read. False when there is none or it can't be read.
+  bool FindPicture(const CValue& source, uint32_t flags, const cSurfaceImpl& prototype, Picture& picture);
+  // The surface becomes the picture, size and depth included.
+  bool BecomePicture(Picture& picture);
+  // Brings a box of the picture here; the boxes are the arguments from `first` on. False when it shows nothing.
+  bool TakeCapture(CapturedPicture& picture, int first);
   Pattern* PenPattern();
   CISurface* SourceArgument();
   Rect WholeBox() const { return {0, 0, width, height}; }
   Size StringSize();
-  // Text layout, in surface_text_layout.cpp.
-  struct TextLine {
-    std::string text;
-    int width = 0;
-  };
-  std::vector<TextLine> WrapText(std::string_view text);
-  void DrawTextLine(const TextLine& line, int lineHeight);
-  void ScrollFor(int lineHeight);
+  // Text, in surface_text_layout.cpp.
+  class WriteTarget;
+  TextPaint PaintOfText() const;
+  // Runs `write` on a writer at the pen.
+  template <class F>
+  void WriteAtPen(F&& write);
 
   bool autoBack_ = true;
   bool autoRefresh_ = true;

@@ -3,6 +3,7 @@
 
 #include "gfx2d/colour.h"
 #include "gfx2d/script/surface_class.h"
+#include "interpreter/data_source.h"
 
 namespace vl {
 
@@ -64,6 +65,56 @@ void CISurface::Ellipse() {
     surface.DrawEllipse(box, fillColor_, penSize_, penColor, fillType_ != 0);
   } else {
     surface.DrawEllipsePattern(box, fillPattern_.get(), penSize_, penSize_ ? PenPattern() : nullptr, antiAlias_,
+                               drawMode_, static_cast<uint32_t>(drawParam_));
+  }
+}
+
+namespace {
+
+// A coordinate of a polygon, as a float of any size.
+int CornerOf(double v) { return std::isfinite(v) ? static_cast<int>(std::clamp(v, -1e9, 1e9)) : 0; }
+
+}  // namespace
+
+// Corners in turn: arrays of points in two dimensions, or pairs of numbers.
+std::vector<Point> CISurface::CornerArguments() {
+  std::vector<Point> corners;
+  std::vector<int> numbers;
+  const auto addNumbers = [&] {
+    if (numbers.size() % 2) interpreter.RaiseError(ERR_POLYGON_COORDINATES);
+    for (size_t i = 0; i < numbers.size(); i += 2) corners.push_back({numbers[i], numbers[i + 1]});
+    numbers.clear();
+  };
+  for (int i = 0; i < interpreter.GetArgCount(); ++i) {
+    const CValue& value = *interpreter.GetArg(i);
+    if (value.type == VT_INTEGER || value.type == VT_FLOAT) {
+      numbers.push_back(CornerOf(value.GetDouble()));
+      continue;
+    }
+    addNumbers();
+    const bool isObject = value.type == VT_OBJECT && value.data.object;
+    const auto* points = isObject ? dynamic_cast<CPointSource*>(value.data.object) : nullptr;
+    if (!points) interpreter.RaiseError(ERR_POLYGON_ARGUMENT);
+    if (points->PointDimensions() != 2) interpreter.RaiseError(ERR_POINT_DIMENSIONS);
+    const std::span<const float> values = points->PointValues();
+    for (size_t k = 0; k + 1 < values.size(); k += 2) {
+      corners.push_back({CornerOf(static_cast<double>(values[k])), CornerOf(static_cast<double>(values[k + 1]))});
+    }
+  }
+  addNumbers();
+  return corners;
+}
+
+void CISurface::DrawPolygon() {
+  const std::vector<Point> corners = CornerArguments();
+  if (corners.size() < 2) return;
+  Rect box{corners[0].x, corners[0].y, corners[0].x, corners[0].y};
+  for (const Point& p : corners) box = box.Union({p.x, p.y, p.x, p.y});
+  NoteShape(box.left, box.top, box.right, box.bottom);
+  if (simpleDraw_) {
+    surface.DrawPolygonShape(corners, fillColor_, penSize_, penColor, fillType_ != 0);
+  } else {
+    surface.DrawPolygonPattern(corners, fillPattern_.get(), penSize_, penSize_ ? PenPattern() : nullptr, antiAlias_,
                                drawMode_, static_cast<uint32_t>(drawParam_));
   }
 }

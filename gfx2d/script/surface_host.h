@@ -1,7 +1,9 @@
 // CSurfaceHost: what a Surface needs of the window that shows it. The window behind it belongs to ui/.
 #pragma once
 
+#include <cstdint>
 #include <span>
+#include <vector>
 
 #include "base/rect.h"
 #include "gfx2d/surface.h"
@@ -22,6 +24,7 @@ class CSurfaceHost {
 };
 
 class CISurface;
+struct CapturedPicture;
 
 // A runtime object that has a surface of its own: Window.
 class CSurfaceOwner {
@@ -29,6 +32,22 @@ class CSurfaceOwner {
   virtual ~CSurfaceOwner() = default;
   // Null when it has none.
   virtual CISurface* OwnedSurface() = 0;
+  // What its client area shows, children included; false when it shows nothing.
+  virtual bool CaptureClient(CapturedPicture& picture) = 0;
+};
+
+// A copy of what is on the screen.
+struct CapturedPicture {
+  std::vector<uint32_t> words;  // 0x00RRGGBB, line after line
+  Size size;
+};
+
+// The screen as a run may see it: its own windows on an empty desktop. What else a person has on the screen is no
+// business of a program.
+class CScreen {
+ public:
+  virtual ~CScreen() = default;
+  virtual bool CaptureScreen(CapturedPicture& picture) = 0;
 };
 
 }  // namespace vl

@@ -23,7 +23,8 @@ constexpr MemberRow kMemberRows[] = {
     Row(5, "LineTo", kMember<&CISurface::LineTo>, "LineTo(x, y): from the pen"),
     Row(6, "Ellipse", kMember<&CISurface::Ellipse>, "Ellipse(x1, y1, x2, y2): right and bottom excluded"),
     Row(7, "Rectangle", kMember<&CISurface::Rectangle>, "Rectangle(x1, y1, x2, y2): right and bottom excluded"),
-    Missing(8, "DrawPolygon", "DrawPolygon(points)"),
+    Row(8, "DrawPolygon", kMember<&CISurface::DrawPolygon>,
+        "DrawPolygon(...): corners as PointArrays of two dimensions or pairs of numbers"),
     Row(9, "SetPenColor", kMember<&CISurface::SetPenColor>, "SetPenColor(color): 0xRRGGBB"),
     Row(10, "SetFillColor", kMember<&CISurface::SetFillColor>, "SetFillColor(color): without one, no filling"),
     Row(11, "SetFillGradientColor", kMember<&CISurface::SetFillGradientColor>, "SetFillGradientColor(c1, c2)"),
@@ -44,8 +45,9 @@ constexpr MemberRow kMemberRows[] = {
     Row(24, "GetDepth", kMember<&CISurface::GetDepth>, "GetDepth(): bits a pixel"),
     Row(25, "GetPixelWidth", kMember<&CISurface::GetPixelWidth>, "GetPixelWidth(): pixels"),
     Row(26, "GetPixelHeight", kMember<&CISurface::GetPixelHeight>, "GetPixelHeight(): pixels"),
-    Missing(27, "LoadImage", "LoadImage(name, ...)"),
-    Missing(28, "SaveImage", "SaveImage(name, format)"),
+    Row(27, "LoadImage", kMember<&CISurface::LoadImage>,
+        "LoadImage(source, x, y, w, h, resample): an element, file or Binary, with flags; 1"),
+    Row(28, "SaveImage", kMember<&CISurface::SaveImage>, "SaveImage(name, format): BMP, PNG or JPEG; 1 or 0"),
     Row(29, "GetPixel", kMember<&CISurface::GetPixel>, "GetPixel(x, y): 0xRRGGBB"),
     Row(30, "GetPixelIndex", kMember<&CISurface::GetPixelIndex>, "GetPixelIndex(x, y): depth 8 only"),
     Row(31, "Copy", kMember<&CISurface::Copy>, "Copy(source, x, y, sx, sy, w, h)"),
@@ -70,8 +72,10 @@ constexpr MemberRow kMemberRows[] = {
     Row(50, "SetAutoRefresh", kMember<&CISurface::SetAutoRefresh>,
         "SetAutoRefresh(flag): changes are shown by themselves"),
     Row(51, "Refresh", kMember<&CISurface::RefreshNow>, "Refresh(): shows what changed; error 37 while automatic"),
-    Missing(52, "CaptureScreen", "CaptureScreen(...)"),
-    Missing(53, "CaptureWindow", "CaptureWindow(...)"),
+    Row(52, "CaptureScreen", kMember<&CISurface::CaptureScreen>,
+        "CaptureScreen(x, y, w, h, dx, dy, dw, dh): the program's own windows on the desktop; 1 or 0"),
+    Row(53, "CaptureWindow", kMember<&CISurface::CaptureWindow>,
+        "CaptureWindow(window, x, y, w, h, dx, dy, dw, dh): without a window, the current one; 1 or 0"),
     Row(54, "SetBackgroundColor", kMember<&CISurface::SetBackgroundColor>, "SetBackgroundColor(color)"),
     Row(55, "GetBackgroundColor", kMember<&CISurface::GetBackgroundColor>, "GetBackgroundColor(): 0xRRGGBB"),
     Row(56, "IsAutoBack", kMember<&CISurface::IsAutoBack>, "IsAutoBack(): 1 or 0"),
@@ -92,7 +96,8 @@ constexpr auto kRows = WithSurfaceConstants(kMemberRows, kFirstConstant);
 
 }  // namespace
 
-const ClassTable kSurfaceClass = {CLASS_SURFACE, kRows, &CreateObject<CISurface>,
-                                  "A picture to draw on: New Surface(width, height, depth)"};
+const ClassTable kSurfaceClass = {
+    CLASS_SURFACE, kRows, &CreateObject<CISurface>,
+    "A picture to draw on: New Surface(width, height, depth) or New Surface(name, flags)"};
 
 }  // namespace vl

@@ -1,8 +1,9 @@
-// Surface: text at the pen, with wrapping and scrolling, and plain text in a rectangle.
+// Surface: text at the pen, which TaggedTextWriter lays out, and plain text in a rectangle.
 #include "gfx2d/colour.h"
 #include "gfx2d/script/graphics.h"
 #include "gfx2d/script/surface_class.h"
 #include "gfx2d/surface_text.h"
+#include "gfx2d/tagged_text_writer.h"
 
 namespace vl {
 
@@ -19,119 +20,60 @@ int MulDiv(int64_t value, int64_t by, int64_t divisor) {
 
 }  // namespace
 
-// Cuts the text into lines by the surface's width, from the pen position on. Widths of characters add up: the
-// text engine doesn't kern, so measuring one more character is measuring the growing line.
-std::vector<CISurface::TextLine> CISurface::WrapText(std::string_view text) {
-  TextFont& handle = font->Handle();
-  std::vector<TextLine> lines;
-  if (!wrapping_) {
-    lines.push_back({std::string(text), handle.measure(text).width});
-    return lines;
-  }
-  int advance[256];
-  for (int c = 0; c < 256; ++c) {
-    const char character = static_cast<char>(c);
-    advance[c] = c ? handle.measure({&character, 1}).width : 0;
-  }
-  const auto widthOf = [&](std::string_view piece) {
-    int sum = 0;
-    for (const char c : piece) sum += advance[static_cast<unsigned char>(c)];
-    return sum;
-  };
-  std::string line;
-  int lineWidth = 0;
-  int x = penX;
-  for (const char c : text) {
-    line += c;
-    lineWidth += advance[static_cast<unsigned char>(c)];
-    if (lineWidth + x <= width) continue;
-    // Behind the last blank, or before the last two characters when there is none.
-    size_t breakAt = line.find_last_of(" \t");
-    size_t next = 0;
-    if (breakAt == std::string::npos) {
-      next = line.size() >= 2 ? line.size() - 1 : 0;
-    } else {
-      next = breakAt + 1;
-    }
-    std::string head = line.substr(0, next);
-    // A single character that doesn't fit behind the pen goes to the next line; at its start it must stay.
-    if (head.empty() && x == 0) {
-      head = line;
-      next = line.size();
-    }
-    std::string rest = line.substr(next);
-    lines.push_back({head, widthOf(head)});
-    line = std::move(rest);
-    lineWidth = widthOf(line);
-    x = 0;
-  }
-  lines.push_back({line, lineWidth});
-  return lines;
-}
+class CISurface::WriteTarget final : public TextTarget {
+ public:
+  explicit WriteTarget(CISurface& owner) : owner_(owner) {}
+  void NoteTextChange(const Rect& box) override { owner_.NoteChange(box.left, box.top, box.right, box.bottom); }
+  bool MayGoOn() override { return !owner_.interpreter.param.stop.load(std::memory_order_relaxed); }
 
-// Makes room for a line below the pen: scrolls by what is missing.
-void CISurface::ScrollFor(int lineHeight) {
-  if (penY <= 0 || penY + lineHeight <= height) return;
-  const int excess = penY + lineHeight - height;
-  NoteChange(0, 0, width, height);
-  if (excess < height) surface.MoveBox(0, excess, 0, 0, width, height - excess);
-  const int filled = std::min(excess, height);
-  surface.Fill(0, height - filled, width, filled, backColor);
-  penY = std::max(penY - excess, 0);
-}
+ private:
+  CISurface& owner_;
+};
 
-void CISurface::DrawTextLine(const TextLine& line, int lineHeight) {
-  ScrollFor(lineHeight);
-  if (line.text.empty()) return;
-  TextFont& handle = font->Handle();
-  const Rect clip{penX, penY, std::min(width, penX + line.width), std::min(height, penY + lineHeight)};
-  NoteChange(clip.left, clip.top, clip.right, clip.bottom);
+TextPaint CISurface::PaintOfText() const {
   TextPaint paint;
   paint.colour = penColor;
   paint.effect = drawMode_;
   paint.param = static_cast<uint32_t>(drawParam_);
   paint.antiAlias = antiAlias_;
-  vl::DrawText(surface, handle, line.text, penX, penY + handle.metrics().ascent, clip, paint);
+  return paint;
+}
+
+template <class F>
+void CISurface::WriteAtPen(F&& write) {
+  TextPen pen;
+  pen.penX = penX;
+  pen.penY = penY;
+  pen.wrapping = wrapping_;
+  pen.backColor = backColor;
+  pen.paint = PaintOfText();
+  pen.paint.pattern = penPattern_.get();
+  pen.description = font->description;
+  pen.font = font->SharedHandle();
+  WriteTarget target(*this);
+  TaggedTextWriter writer(surface, *interpreter.services.text, target, pen);
+  write(writer);
+  penX = pen.penX;
+  penY = pen.penY;
 }
 
 void CISurface::WriteText(std::string_view text, int& writtenWidth, int& writtenHeight) {
-  const int lineHeight = font->Handle().metrics().height;
-  const auto lines = WrapText(text);
-  writtenWidth = writtenHeight = 0;
-  penX = std::clamp(penX, -limits::kMaxSurfaceSide, width);
-  penY = std::clamp(penY, -limits::kMaxSurfaceSide, height);
-  for (size_t i = 0; i < lines.size(); ++i) {
-    DrawTextLine(lines[i], lineHeight);
-    writtenWidth = std::max(writtenWidth, lines[i].width);
-    writtenHeight += lineHeight;
-    if (i + 1 < lines.size()) {
-      penX = 0;
-      penY = std::min(penY + lineHeight, height);
-      continue;
-    }
-    penX = std::min(penX + lines[i].width, width);
-    if (wrapping_ && penX >= width) {
-      penX = 0;
-      penY = std::min(penY + lineHeight, height);
-    }
-  }
+  TextExtent extent;
+  WriteAtPen([&](TaggedTextWriter& writer) { writer.WriteText(text, extent); });
+  writtenWidth = extent.width;
+  writtenHeight = extent.height;
 }
 
 void CISurface::WriteTextLine(std::string_view text) {
-  const int lineHeight = font->Handle().metrics().height;
-  penX = std::clamp(penX, -limits::kMaxSurfaceSide, width);
-  penY = std::clamp(penY, -limits::kMaxSurfaceSide, height);
-  for (const TextLine& line : WrapText(text)) {
-    DrawTextLine(line, lineHeight);
-    penX = 0;
-    penY = std::min(penY + lineHeight, height);
-  }
+  WriteAtPen([&](TaggedTextWriter& writer) { writer.WriteTextLine(text); });
 }
 
 void CISurface::Write() {
   std::string text;
   for (int i = 0; i < interpreter.GetArgCount(); ++i) {
-    if (!interpreter.IsArgDefault(i)) text += interpreter.GetArgString(i);
+    if (interpreter.IsArgDefault(i)) continue;
+    text += interpreter.GetArgString(i);
+    if (text.size() > limits::kMaxTextBytes) text.resize(limits::kMaxTextBytes);
   }
   int w = 0;
   int h = 0;
@@ -157,11 +99,7 @@ void CISurface::DrawText() {
   TextMargins margins;
   margins.tabLength = std::clamp(IntOr(6, kTabLength), 0, 255);
   if (text.empty()) return;
-  TextPaint paint;
-  paint.colour = penColor;
-  paint.effect = drawMode_;
-  paint.param = static_cast<uint32_t>(drawParam_);
-  paint.antiAlias = antiAlias_;
+  const TextPaint paint = PaintOfText();
   Rect measured{x, y, x + w, y + h};
   if (DrawTextEx(surface, font->Handle(), text, measured, format | kTextCalculate, paint, margins) == 0) return;
   NoteChange(x, y, x + w, y + h);
@@ -174,7 +112,9 @@ void CISurface::DrawText() {
 // The pixel size read as points and turned into pixels at the screen's resolution.
 Size CISurface::StringSize() {
   if (interpreter.GetArg(0)->type != VT_STRING) interpreter.RaiseError(ERR_BAD_ARGUMENT);
-  const Size size = font->Handle().measure(interpreter.GetArg(0)->StringView());
+  const std::string_view text = interpreter.GetArg(0)->StringView();
+  if (text.empty() || !surface.IsValid()) return {};
+  const Size size = font->Handle().measure(text);
   const int dpi = interpreter.services.windows ? interpreter.services.windows->screen().dotsPerInch : 96;
   return {MulDiv(size.width, dpi, kPointsPerInch), MulDiv(size.height, dpi, kPointsPerInch)};
 }

@@ -182,9 +182,15 @@ CElement* CAppFile::GetElementByIndex(uint32_t index, uint32_t type, bool mustBe
 
 std::unique_ptr<CStream> CAppFile::OpenResource(std::string_view name, bool mustBeTyped, uint32_t option) {
   if (CElement* element = GetElementByPath(name, mustBeTyped)) return element->OpenStream(option);
+  std::string filePath;
+  return files_ && PathOfFile(name, &filePath) ? CFileStream::Open(*files_, filePath) : nullptr;
+}
+
+bool CAppFile::PathOfFile(std::string_view name, std::string* filePath) const {
   std::string relative;
-  if (!files_ || !ConfineName(name, &relative)) return nullptr;
-  return CFileStream::Open(*files_, MakePath(relative));
+  if (!ConfineName(name, &relative)) return false;
+  *filePath = MakePath(relative);
+  return true;
 }
 
 std::string CAppFile::MakePath(std::string_view name) const {

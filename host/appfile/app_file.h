@@ -77,6 +77,10 @@ class CAppFile {
   // A name with a ':' unchanged, any other behind the directory of the application file.
   std::string MakePath(std::string_view name) const;
 
+  // The path in the tree of a file that the program names: below the application's directory, as OpenResource reads
+  // it. False for a name that leaves it.
+  bool PathOfFile(std::string_view name, std::string* filePath) const;
+
   // Hands the program's sources to `add` in the order of compiling. When `add` returns false, the rest of that
   // bank is skipped. Bodies are loaded one at a time and dropped again.
   void ForEachSource(bool withInitSource, const std::function<bool(SourceEntry&&)>& add);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace vl {
 
@@ -22,5 +23,8 @@ inline constexpr uint32_t kAppBankHeader = 10000;
 // No path given, and no application appended to the runtime.
 inline constexpr uint32_t kAppNoApplication = 10002;
 inline constexpr uint32_t kAppElementHeader = 10004;
+
+// What a status means, in words.
+std::string_view StatusText(uint32_t status);
 
 }  // namespace vl

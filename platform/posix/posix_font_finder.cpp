@@ -124,7 +124,7 @@ FontFile PosixFontFinder::Ask(const std::string& family, const FaceRequest& requ
 
 FontFile PosixFontFinder::Find(const FaceRequest& request) {
   const StandIn standIn = StandInFor(request);
-  if (!standIn.isKnown && !request.face.empty()) {
+  if (!standIn.isPinned && !request.face.empty()) {
     FontFile file = Ask(Utf8Of1252(request.face), request, true);
     if (file.bytes) return file;
   }

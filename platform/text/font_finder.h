@@ -33,11 +33,11 @@ class FontFinder {
   virtual FontFile Find(const FaceRequest& request) = 0;
 };
 
-// The family that stands in for a face, upper and lower case alike; isKnown is false for a face that no rule
-// names, which gets Sans, or Mono when it has a fixed pitch.
+// The family that stands in for a face, upper and lower case alike; isPinned: it does so
+// always, whatever the machine has. A face that no rule names gets Sans, or Mono when it has a fixed pitch.
 struct StandIn {
   StandInFamily family;
-  bool isKnown;
+  bool isPinned;
 };
 StandIn StandInFor(const FaceRequest& request);
 

@@ -49,64 +49,69 @@ constexpr int kMaxHeight = 1024;
 constexpr int kDefaultHeight = -16;
 constexpr int kBoldWeight = 600;
 constexpr size_t kRecentFonts = 32;
-// Text is cut here: nothing so far right can be seen, and positions stay small.
-constexpr int kMaxWidth = 1 << 28;
 
 int RoundToInt(double v) { return int(std::floor(v + 0.5)); }
 
 bool HasGlyph(uint8_t byte) { return byte >= 0x20 && byte != 0x7F; }
 
-struct Glyph {
-  bool isLoaded = false;
-  int advance = 0;
-  std::vector<GlyphRun> runs;
-};
-
-void EmitLine(const std::function<void(const GlyphRun&)>& emit, int y, int thickness, int width) {
-  for (int i = 0; i < thickness && width > 0; ++i) emit({0, y + i, width});
+// Runs that leave the range of their fields are no ink that anybody sees.
+void AddRun(Glyph& glyph, int x, int y, int width) {
+  constexpr int kFar = INT16_MAX;
+  if (x < -kFar || x > kFar || y < -kFar || y > kFar || width > kFar) return;
+  glyph.runs.push_back({int16_t(x), int16_t(y), int16_t(width)});
 }
 
-// One font: a face at a size, with the glyphs it has drawn.
+// One font: a face at a size.
 template <class Face>
 class FreeTypeFont final : public TextFont {
  public:
   FreeTypeFont(std::shared_ptr<Face> face, const FontDescription& description, bool makeBold, bool makeItalic)
-      : face_(std::move(face)),
-        makeBold_(makeBold),
-        makeItalic_(makeItalic),
-        underline_(description.underline),
-        strikeOut_(description.strikeOut) {
-    ChooseSize(description.height);
+      : face_(std::move(face)), makeBold_(makeBold), makeItalic_(makeItalic) {
+    ChooseSize(description);
   }
   ~FreeTypeFont() override {
     if (size_) FT_Done_Size(size_);
   }
   bool IsReady() const { return size_ != nullptr; }
 
-  const FontMetrics& metrics() const override { return metrics_; }
-
-  Size measure(std::string_view text) override {
-    int64_t width = 0;
-    for (const char byte : text) width += GlyphOf(uint8_t(byte)).advance;
-    return {int(std::min<int64_t>(width, kMaxWidth)), metrics_.height};
+ protected:
+  int loadAdvance(uint8_t character) override {
+    if (!HasGlyph(character)) return 0;
+    if (!LoadOutline(character)) return metrics_.averageWidth;
+    return std::max(0, int((face_->face->glyph->advance.x + 32) >> 6)) + (makeBold_ ? 1 : 0);
   }
 
-  void rasterise(std::string_view text, const std::function<void(const GlyphRun&)>& emit) override {
-    int x = 0;
-    for (const char byte : text) {
-      if (x > kMaxWidth) break;
-      const Glyph& glyph = GlyphOf(uint8_t(byte));
-      for (const GlyphRun& run : glyph.runs) emit({x + run.x, run.y, run.width});
-      x += glyph.advance;
+  void loadGlyph(uint8_t character, Glyph& glyph) override {
+    if (!HasGlyph(character) || !LoadOutline(character)) return;
+    FT_GlyphSlot slot = face_->face->glyph;
+    if (makeItalic_ && slot->format == FT_GLYPH_FORMAT_OUTLINE) {
+      const FT_Matrix slant = {0x10000, 0x3333, 0, 0x10000};  // one fifth
+      FT_Outline_Transform(&slot->outline, &slant);
     }
-    if (underline_) EmitLine(emit, underlineY_, underlineThickness_, x);
-    if (strikeOut_) EmitLine(emit, strikeOutY_, strikeOutThickness_, x);
+    if (FT_Render_Glyph(slot, FT_RENDER_MODE_MONO) != 0) return;
+    const FT_Bitmap& bitmap = slot->bitmap;
+    if (bitmap.pixel_mode != FT_PIXEL_MODE_MONO) return;
+    for (int y = 0; y < int(bitmap.rows); ++y) {
+      const uint8_t* line = bitmap.buffer + ptrdiff_t{y} * bitmap.pitch;
+      const auto isInked = [&](int x) { return (line[x >> 3] >> (7 - (x & 7)) & 1) != 0; };
+      for (int x = 0; x < int(bitmap.width);) {
+        if (!isInked(x)) {
+          ++x;
+          continue;
+        }
+        const int first = x;
+        while (x < int(bitmap.width) && isInked(x)) ++x;
+        AddRun(glyph, slot->bitmap_left + first, y - slot->bitmap_top, x - first + (makeBold_ ? 1 : 0));
+      }
+    }
+    glyph.runs.shrink_to_fit();
   }
 
  private:
   double Scaled(double units) const { return units * ppem_ / face_->face->units_per_EM; }
 
-  void ChooseSize(int height) {
+  void ChooseSize(const FontDescription& description) {
+    int height = description.height;
     FT_Face face = face_->face;
     if (FT_New_Size(face, &size_) != 0) {
       size_ = nullptr;
@@ -142,11 +147,15 @@ class FreeTypeFont final : public TextFont {
       m.superscriptSize = RoundToInt(Scaled(os2->ySuperscriptYSize));
       m.superscriptOffset = RoundToInt(Scaled(std::abs(os2->ySuperscriptYOffset)));
     }
-    underlineThickness_ = std::max(1, RoundToInt(Scaled(face->underline_thickness)));
-    // The line's middle is at the position; its top row counts from the baseline down.
-    underlineY_ = std::max(1, RoundToInt(Scaled(-face->underline_position)) - underlineThickness_ / 2);
-    strikeOutThickness_ = hasOs2 ? std::max(1, RoundToInt(Scaled(os2->yStrikeoutSize))) : 1;
-    strikeOutY_ = -RoundToInt(hasOs2 ? Scaled(os2->yStrikeoutPosition) : ppem_ * 0.3);
+    if (description.underline) {
+      const int thickness = std::max(1, RoundToInt(Scaled(face->underline_thickness)));
+      // The line's middle is at the position; its top row counts from the baseline down.
+      bars_.push_back({std::max(1, RoundToInt(Scaled(-face->underline_position)) - thickness / 2), thickness});
+    }
+    if (description.strikeOut) {
+      bars_.push_back({-RoundToInt(hasOs2 ? Scaled(os2->yStrikeoutPosition) : ppem_ * 0.3),
+                       hasOs2 ? std::max(1, RoundToInt(Scaled(os2->yStrikeoutSize))) : 1});
+    }
   }
 
   // The average that fonts of the period stored: of the small letters and the blank by how often they come.
@@ -171,45 +180,11 @@ class FreeTypeFont final : public TextFont {
     return FT_Get_Char_Index(face, c);
   }
 
-  const Glyph& GlyphOf(uint8_t byte) {
-    Glyph& glyph = glyphs_[byte];
-    if (!glyph.isLoaded) {
-      glyph.isLoaded = true;
-      if (HasGlyph(byte)) Load(glyph, UnicodeOf1252(byte));
-    }
-    return glyph;
-  }
-
-  void Load(Glyph& glyph, char32_t c) {
-    FT_Face face = face_->face;
+  // Into the face's slot, hinted for one bit a pixel.
+  bool LoadOutline(uint8_t character) {
     FT_Activate_Size(size_);
-    const FT_Int32 flags = FT_LOAD_TARGET_MONO | FT_LOAD_NO_BITMAP;
-    if (FT_Load_Glyph(face, GlyphIndex(c), flags) != 0) {
-      glyph.advance = metrics_.averageWidth;
-      return;
-    }
-    FT_GlyphSlot slot = face->glyph;
-    glyph.advance = std::max(0, int((slot->advance.x + 32) >> 6)) + (makeBold_ ? 1 : 0);
-    if (makeItalic_ && slot->format == FT_GLYPH_FORMAT_OUTLINE) {
-      const FT_Matrix slant = {0x10000, 0x3333, 0, 0x10000};  // one fifth
-      FT_Outline_Transform(&slot->outline, &slant);
-    }
-    if (FT_Render_Glyph(slot, FT_RENDER_MODE_MONO) != 0) return;
-    const FT_Bitmap& bitmap = slot->bitmap;
-    if (bitmap.pixel_mode != FT_PIXEL_MODE_MONO) return;
-    for (int y = 0; y < int(bitmap.rows); ++y) {
-      const uint8_t* line = bitmap.buffer + ptrdiff_t{y} * bitmap.pitch;
-      const auto isInked = [&](int x) { return (line[x >> 3] >> (7 - (x & 7)) & 1) != 0; };
-      for (int x = 0; x < int(bitmap.width);) {
-        if (!isInked(x)) {
-          ++x;
-          continue;
-        }
-        const int first = x;
-        while (x < int(bitmap.width) && isInked(x)) ++x;
-        glyph.runs.push_back({slot->bitmap_left + first, y - slot->bitmap_top, x - first + (makeBold_ ? 1 : 0)});
-      }
-    }
+    return FT_Load_Glyph(face_->face, GlyphIndex(UnicodeOf1252(character)), FT_LOAD_TARGET_MONO | FT_LOAD_NO_BITMAP) ==
+           0;
   }
 
   std::shared_ptr<Face> face_;
@@ -217,14 +192,6 @@ class FreeTypeFont final : public TextFont {
   int ppem_ = 0;
   bool makeBold_;
   bool makeItalic_;
-  bool underline_;
-  bool strikeOut_;
-  int underlineY_ = 1;
-  int underlineThickness_ = 1;
-  int strikeOutY_ = 0;
-  int strikeOutThickness_ = 1;
-  FontMetrics metrics_;
-  std::array<Glyph, 256> glyphs_;
 };
 
 // What text looks like on a machine without any font: hollow boxes of the right size.
@@ -238,31 +205,22 @@ class BoxFont final : public TextFont {
     metrics_.ascent = metrics_.height - metrics_.descent;
     metrics_.averageWidth = metrics_.height / 2 + 1;
   }
-  const FontMetrics& metrics() const override { return metrics_; }
-  Size measure(std::string_view text) override {
-    const int64_t glyphs = std::count_if(text.begin(), text.end(), [](char c) { return HasGlyph(uint8_t(c)); });
-    return {int(std::min<int64_t>(glyphs * metrics_.averageWidth, kMaxWidth)), metrics_.height};
-  }
-  void rasterise(std::string_view text, const std::function<void(const GlyphRun&)>& emit) override {
-    int x = 0;
+
+ protected:
+  int loadAdvance(uint8_t character) override { return HasGlyph(character) ? metrics_.averageWidth : 0; }
+  void loadGlyph(uint8_t character, Glyph& glyph) override {
+    if (!HasGlyph(character) || character == ' ') return;
     const int width = std::max(1, metrics_.averageWidth - 1);
-    for (const char c : text) {
-      if (!HasGlyph(uint8_t(c))) continue;
-      if (x > kMaxWidth) break;
-      for (int y = -metrics_.ascent + 1; c != ' ' && y <= 0; ++y) {
-        if (y == 0 || y == -metrics_.ascent + 1) {
-          emit({x, y, width});
-        } else {
-          emit({x, y, 1});
-          emit({x + width - 1, y, 1});
-        }
+    const int top = -metrics_.ascent + 1;
+    for (int y = top; y <= 0; ++y) {
+      if (y == 0 || y == top) {
+        AddRun(glyph, 0, y, width);
+      } else {
+        AddRun(glyph, 0, y, 1);
+        AddRun(glyph, width - 1, y, 1);
       }
-      x += metrics_.averageWidth;
     }
   }
-
- private:
-  FontMetrics metrics_;
 };
 
 }  // namespace
@@ -271,7 +229,18 @@ FreeTypeTextEngine::FreeTypeTextEngine(FontFinder& finder) : finder_(finder), li
 
 FreeTypeTextEngine::~FreeTypeTextEngine() = default;
 
-std::shared_ptr<TextFont> FreeTypeTextEngine::openFont(const FontDescription& description) {
+// What makes no difference to the glyphs is levelled, so that such fonts are one.
+FontDescription FreeTypeTextEngine::Levelled(FontDescription description) {
+  for (char& c : description.face) {
+    if (c >= 'A' && c <= 'Z') c = char(c + ('a' - 'A'));
+  }
+  description.weight = description.weight >= kBoldWeight ? 700 : 400;
+  description.quality = 0;
+  return description;
+}
+
+std::shared_ptr<TextFont> FreeTypeTextEngine::openFont(const FontDescription& wanted) {
+  const FontDescription description = Levelled(wanted);
   const auto found =
       std::find_if(recent_.begin(), recent_.end(), [&](const Opened& o) { return o.description == description; });
   if (found != recent_.end()) {

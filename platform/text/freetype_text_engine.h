@@ -27,6 +27,7 @@ class FreeTypeTextEngine final : public TextEngine {
     FontDescription description;
     std::shared_ptr<TextFont> font;
   };
+  static FontDescription Levelled(FontDescription description);
   std::shared_ptr<TextFont> Make(const FontDescription& description);
 
   FontFinder& finder_;

@@ -21,18 +21,12 @@ class BlockFont final : public TextFont {
     metrics_.height = 4;
     metrics_.averageWidth = 3;
   }
-  const FontMetrics& metrics() const override { return metrics_; }
-  Size measure(std::string_view text) override { return {int(text.size()) * 3, 4}; }
-  void rasterise(std::string_view text, const std::function<void(const GlyphRun&)>& emit) override {
-    for (size_t i = 0; i < text.size(); ++i) {
-      if (text[i] == ' ') continue;
-      emit({int(i) * 3, -2, 2});
-      emit({int(i) * 3, -1, 2});
-    }
-  }
 
- private:
-  FontMetrics metrics_;
+ protected:
+  int loadAdvance(uint8_t) override { return 3; }
+  void loadGlyph(uint8_t character, Glyph& glyph) override {
+    if (character != ' ') glyph.runs = {{0, -2, 2}, {0, -1, 2}};
+  }
 };
 
 std::vector<std::string> Lines(std::string_view text, int width, uint32_t format) {

@@ -33,8 +33,8 @@ TEST(FontNames, StandInsByFaceAndPitch) {
   EXPECT_EQ(family("courier new", false), StandInFamily::Mono);
   EXPECT_EQ(family("Unheard Of", false), StandInFamily::Sans);
   EXPECT_EQ(family("Unheard Of", true), StandInFamily::Mono);
-  EXPECT_TRUE(StandInFor({"MS Sans Serif"}).isKnown);
-  EXPECT_FALSE(StandInFor({"Arial Black"}).isKnown);
+  EXPECT_TRUE(StandInFor({"MS Sans Serif"}).isPinned);
+  EXPECT_FALSE(StandInFor({"Arial Black"}).isPinned);
 }
 
 class Fonts : public ::testing::Test {
@@ -50,13 +50,25 @@ class Fonts : public ::testing::Test {
     d.italic = italic;
     return engine.openFont(d);
   }
+  // Calls emit(x, y, width) for the runs of a text and of the lines under and through it.
+  template <class Emit>
+  static void ForRuns(TextFont& font, std::string_view text, Emit&& emit) {
+    int x = 0;
+    for (const char c : text) {
+      for (const GlyphRun& run : font.glyph(uint8_t(c)).runs) emit(x + run.x, int(run.y), int(run.width));
+      x += font.advance(uint8_t(c));
+    }
+    for (const TextBar& bar : font.bars()) {
+      for (int i = 0; i < bar.thickness; ++i) emit(0, bar.y + i, x);
+    }
+  }
   std::string Draw(TextFont& font, std::string_view text) {
     const Size size = font.measure(text);
     const int ascent = font.metrics().ascent;
     std::vector<std::string> rows(size_t(size.height), std::string(size_t(size.width), '.'));
-    font.rasterise(text, [&](const GlyphRun& run) {
-      for (int x = run.x; x < run.x + run.width; ++x) {
-        const int y = ascent + run.y;
+    ForRuns(font, text, [&](int left, int row, int length) {
+      for (int x = left; x < left + length; ++x) {
+        const int y = ascent + row;
         if (x >= 0 && x < size.width && y >= 0 && y < size.height) rows[size_t(y)][size_t(x)] = '#';
       }
     });
@@ -115,8 +127,8 @@ TEST_F(Fonts, LinesUnderAndThroughGoTheWholeWidth) {
   const int width = font->measure("a b").width;
   bool under = false;
   bool through = false;
-  font->rasterise("a b", [&](const GlyphRun& run) {
-    if (run.x == 0 && run.width == width) (run.y > 0 ? under : through) = true;
+  ForRuns(*font, "a b", [&](int x, int y, int length) {
+    if (x == 0 && length == width) (y > 0 ? under : through) = true;
   });
   EXPECT_TRUE(under);
   EXPECT_TRUE(through);
@@ -127,7 +139,9 @@ TEST_F(Fonts, ExtremesAreHarmless) {
     const auto font = Open("Arial", height);
     EXPECT_GT(font->metrics().height, 0);
     EXPECT_LE(font->metrics().height, 2048);
-    font->rasterise("Wj", [](const GlyphRun&) {});
+    const Rect& box = font->glyph('W').box;
+    EXPECT_FALSE(box.IsEmpty()) << height;
+    EXPECT_LE(box.Width(), 2048);
   }
   const auto font = Open("Arial", -1000);
   EXPECT_GT(font->measure(std::string(5000000, 'W')).width, 1 << 20);
@@ -143,9 +157,8 @@ TEST(FontsWithoutFiles, BoxesStandIn) {
   FreeTypeTextEngine engine(empty);
   const auto font = engine.openFont({});
   EXPECT_EQ(font->metrics().height, 16);
-  int runs = 0;
-  font->rasterise("a b", [&](const GlyphRun&) { ++runs; });
-  EXPECT_GT(runs, 4);
+  EXPECT_GT(font->glyph('a').runs.size(), 4u);
+  EXPECT_TRUE(font->glyph(' ').runs.empty());
   TableFontFinder broken;
   broken.Add(StandInFamily::Sans, false, false, "no font at all");
   EXPECT_GT(FreeTypeTextEngine(broken).openFont({})->measure("abc").width, 0);
@@ -164,15 +177,7 @@ TEST(FontsWithoutFiles, StylesAreMadeFromTheRegularFile) {
   d.weight = 400;
   d.italic = true;
   const auto italic = engine.openFont(d);
-  const auto spread = [](TextFont& font) {
-    int left = 1000, right = -1000;
-    font.rasterise("l", [&](const GlyphRun& run) {
-      left = std::min(left, run.x);
-      right = std::max(right, run.x + run.width);
-    });
-    return right - left;
-  };
-  EXPECT_GT(spread(*italic), spread(*plain)) << "slanted";
+  EXPECT_GT(italic->glyph('l').box.Width(), plain->glyph('l').box.Width()) << "slanted";
 }
 
 }  // namespace

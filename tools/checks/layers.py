@@ -37,8 +37,9 @@ ALLOWED = {
     "net/script": SCRIPT_BASE | {"net"},
     "host": SCRIPT_BASE | SCRIPTS | LIBRARIES | {"include"},
     "host/desktop": SCRIPT_BASE | SCRIPTS | LIBRARIES | {"include", "host"} | set(BACK_ENDS),
-    # `run` goes through include/ alone; `tokens`, `check` and `reference` compile without running.
-    "tools": GROUND | {"include", "host", "host/appfile", "host/desktop", "interpreter"} | set(BACK_ENDS),
+    # `run` goes through include/ alone; `tokens`, `check` and `reference` compile without running; `pack` converts
+    # pictures.
+    "tools": GROUND | {"include", "host", "host/appfile", "host/desktop", "interpreter", "gfx2d"} | set(BACK_ENDS),
 }
 FREE = ("tests", "bench", "fuzz", "examples")
 

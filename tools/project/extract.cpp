@@ -3,6 +3,7 @@
 #include <system_error>
 
 #include "host/appfile/app_part.h"
+#include "host/appfile/errors.h"
 #include "host/appfile/model_reader.h"
 #include "tools/project/code_page.h"
 #include "tools/project/default_palette.h"

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <charconv>
 #include <set>
 #include <system_error>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "tools/project/disk_files.h"
 #include "tools/project/file_kind.h"
 #include "tools/project/manifest_table.h"
+#include "tools/project/pictures.h"
 #include "tools/project/project.h"
 
 namespace vl {
@@ -349,7 +351,7 @@ class ProjectLoader {
   }
 
   struct BankOptions {
-    const BankModel* bank;
+    BankModel* bank;
     fs::path folder;
     bool raw;
     bool compress;
@@ -454,6 +456,13 @@ class ProjectLoader {
       table.Into("hotY", &element.hotY);
     }
     const bool raw = IsRaw(table, options.raw);
+    if (type == kBankAnimation && table.Has("frames")) {
+      Animation(table, options, &element.body.bytes);
+      SetForm(&element, options.compress, table.Bool("compress"));
+      table.Finish();
+      return element;
+    }
+    if (type == kBankAnimation) table.Find("frames");
     if (file && text) table.Fault("text", "either 'file' or 'text'");
     if (file) {
       const fs::path path = options.folder / *file;
@@ -493,7 +502,13 @@ class ProjectLoader {
     }
     table.Find("pixels");
     if (!file) FaultAt(manifest_, where->source(), "a picture needs a file");
-    image->file = ReadInput(options.folder / *file, where);
+    std::string bytes = ReadInput(options.folder / *file, where);
+    if (table.Has("store")) {
+      Store(table, options, bytes, image);
+      return;
+    }
+    table.Find("store");
+    image->file = std::move(bytes);
     PictureSize size;
     const bool given = table.Has("width") && table.Has("height") && table.Has("depth");
     if (given) return;
@@ -504,6 +519,80 @@ class ProjectLoader {
     if (!table.Has("width")) image->width = size.width;
     if (!table.Has("height")) image->height = size.height;
     if (!table.Has("depth")) image->depth = size.depth;
+  }
+
+  // What becomes of the pixels of a picture: store, transparent, keepAlpha.
+  PictureOptions Pixels(ManifestTable& table, std::string_view depthKey) {
+    PictureOptions picture;
+    const toml::node* depth = table.Find(depthKey);
+    if (depth && !depth->value_exact<bool>().value_or(false)) {
+      const int64_t bits = depth->value_exact<int64_t>().value_or(0);
+      if (bits != 8 && bits != 15 && bits != 16 && bits != 24 && bits != 32) {
+        table.Fault(depthKey, "'" + std::string(depthKey) + "' must be a depth: 8, 15, 16, 24 or 32",
+                    depthKey == "store" ? "or true, for the picture's own" : "");
+      }
+      picture.depth = static_cast<int>(bits);
+    }
+    if (const auto transparent = table.RawText("transparent")) {
+      uint32_t colour = 0;
+      const char* first = transparent->data() + 1;
+      if (*transparent == "alpha") {
+        picture.transparentAlpha = true;
+      } else if (transparent->size() == 7 && (*transparent)[0] == '#' &&
+                 std::from_chars(first, first + 6, colour, 16).ptr == first + 6) {
+        picture.transparentColour = colour;
+      } else {
+        table.Fault("transparent", "'transparent' must be \"alpha\" or a colour like \"#FF00FF\"");
+      }
+    }
+    picture.mask = table.Bool("keepAlpha").value_or(false);
+    return picture;
+  }
+
+  // A picture file as stored pixels. At depth 8 its colours join the bank's palettes.
+  void Store(ManifestTable& table, const BankOptions& options, const std::string& bytes, ImageModel* image) {
+    const PictureOptions picture = Pixels(table, "store");
+    if (picture.mask && options.bank->version <= kBankVersion1) {
+      table.Fault("keepAlpha", "only banks of version 2 keep alpha channels");
+    }
+    std::optional<StoredPalette> palette;
+    std::string error;
+    if (!StorePicture(bytes, picture, image, &palette, &error)) table.Fault("store", error);
+    for (PlaneModel* plane : {&image->pixels, &image->mask}) {
+      if (!options.compress || plane->bytes.empty()) continue;
+      const auto* first = reinterpret_cast<const uint8_t*>(plane->bytes.data());
+      const auto packed = DeflateBytes({first, plane->bytes.size()});
+      if (packed.size() >= plane->bytes.size()) continue;
+      plane->bytes.assign(packed.begin(), packed.end());
+      plane->packed = true;
+    }
+    if (!palette || table.Has("paletteIndex")) return;
+    if (!options.bank->palettes) options.bank->palettes.emplace();
+    auto& palettes = *options.bank->palettes;
+    const auto known = std::find(palettes.begin(), palettes.end(), *palette);
+    image->paletteIndex = static_cast<int32_t>(known - palettes.begin());
+    if (known == palettes.end()) palettes.push_back(*palette);
+  }
+
+  // An animation file made of pictures: a pattern or a list of files.
+  void Animation(ManifestTable& table, const BankOptions& options, std::string* bytes) {
+    const toml::node* frames = table.Find("frames");
+    const toml::array one{frames->is_string() ? *frames->value_exact<std::string>() : std::string()};
+    const toml::array* patterns = frames->is_array() ? frames->as_array() : &one;
+    std::vector<std::string> pictures;
+    for (const toml::node& node : *patterns) {
+      const auto pattern = node.value_exact<std::string>();
+      if (!pattern || pattern->empty()) table.Fault("frames", "'frames' must be a pattern or a list of files");
+      for (const fs::path& file : Glob(options.folder, *pattern, frames)) pictures.push_back(ReadInput(file, frames));
+    }
+    AnimationOptions animation;
+    animation.picture = Pixels(table, "depth");
+    animation.frameTimeMs = static_cast<int>(table.Integer("frameTime", 1, 1 << 20).value_or(animation.frameTimeMs));
+    animation.loopCount = static_cast<int>(table.Integer("loopCount", 0, INT32_MAX).value_or(animation.loopCount));
+    animation.loopStart = static_cast<int>(table.Integer("loopStart", 0, INT32_MAX).value_or(animation.loopStart));
+    animation.quality = static_cast<int>(table.Integer("quality", -1, 99).value_or(animation.quality));
+    std::string error;
+    if (!MakeAnimation(pictures, animation, bytes, &error)) table.Fault("frames", error);
   }
 
   fs::path folder_;

@@ -76,31 +76,4 @@ std::string_view BankTypeWord(uint32_t type) {
   return type < std::size(kWords) ? kWords[type] : std::string_view();
 }
 
-std::string_view StatusText(uint32_t status) {
-  switch (status) {
-    case kAppOk:
-      return "no error";
-    case kAppNotRecognised:
-      return "this is no application file";
-    case kAppOutOfMemory:
-      return "out of memory, or sizes that can't be true";
-    case kAppReadFailed:
-      return "reading failed";
-    case kAppEndOfFile:
-      return "the file ends too early";
-    case kAppCantOpen:
-      return "the file can't be opened";
-    case kAppBadStream:
-      return "compressed data is damaged";
-    case kAppBankHeader:
-      return "the header of a bank is damaged";
-    case kAppNoApplication:
-      return "no application given";
-    case kAppElementHeader:
-      return "the header of an element is damaged";
-    default:
-      return "unknown error";
-  }
-}
-
 }  // namespace vl

@@ -61,7 +61,5 @@ Description DescribeApplication(const std::filesystem::path& application);
 
 // The word for a bank type in vorlane.toml; empty for a type without one.
 std::string_view BankTypeWord(uint32_t type);
-// What a status of errors.h means, in plain words.
-std::string_view StatusText(uint32_t status);
 
 }  // namespace vl

@@ -1,0 +1,28 @@
+// What runtime objects of one folder lend to members of another: CPointSource its points, CByteSource its bytes.
+//
+// What is lent is valid until the script's next statement.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+namespace vl {
+
+// PointArray.
+class CPointSource {
+ public:
+  virtual ~CPointSource() = default;
+  // Floats a point, 1 or more.
+  virtual int PointDimensions() const = 0;
+  // A whole number of points.
+  virtual std::span<const float> PointValues() const = 0;
+};
+
+// Binary.
+class CByteSource {
+ public:
+  virtual ~CByteSource() = default;
+  virtual std::span<const uint8_t> Bytes() const = 0;
+};
+
+}  // namespace vl
