@@ -16,8 +16,8 @@ using namespace vl;
 
 namespace {
 
-constexpr size_t kMaxText = 1 << 14;
-constexpr size_t kMaxSlowText = 256;
+constexpr size_t kMaxText = 1 << 12;
+constexpr size_t kMaxSlowText = 160;
 
 // One engine for all runs: opening fonts is slow and no part of what is tried here.
 TextEngine& Fonts() {

@@ -171,16 +171,23 @@ Colour TextColour(const cSurfaceImpl& s, Colour colour) {
   return s.palette ? s.palette->ColourAt(s.palette->blackIndex) : 0x800000;
 }
 
-bool DrawText(cSurface& surface, TextFont& font, std::string_view text, int x, int baseline, const Rect& clip,
-              const TextPaint& paint) {
+bool DrawText(cSurface& surface, TextFont& font, std::string_view text, int x, int y, uint32_t alignment,
+              const Rect& clip, const TextPaint& paint) {
   cSurfaceImpl& s = *surface.impl;
   if (!s.Lock() || text.empty()) return false;
   const Point origin = surface.GetOrigin();
   const Rect frame = MoveRect(clip, origin);
   const Rect visible = frame.Intersect(s.GetClipRect());
   if (visible.IsEmpty()) return false;
-  const int left = Move(x, origin.x);
-  const int line = Move(baseline, origin.y);
+  int left = Move(x, origin.x);
+  int line = Move(y, origin.y);
+  if (alignment & kAlignRight) {
+    const int width = font.measure(text).width;
+    left -= (alignment & kAlignCentre) == kAlignCentre ? width / 2 : width;
+  }
+  if ((alignment & kAlignBaseline) != kAlignBaseline) {
+    line += (alignment & kAlignBottom) ? -font.metrics().descent : font.metrics().ascent;
+  }
   const Rect box = IsPlain(paint) ? visible : InkBox(font, text, left, line, visible);
   return Through(s, box, frame, paint, [&](cSurfaceImpl& target, int dx, int dy, uint32_t pixel) {
     PaintText(target, font, text, left + dx, line + dy, {box.left + dx, box.top + dy, box.right + dx, box.bottom + dy},

@@ -48,10 +48,20 @@ struct TextMargins {
 // darkest colour.
 Colour TextColour(const cSurfaceImpl& surface, Colour colour);
 
-// Draws one line from (x, baseline), inside `clip` (handle coordinates, right and bottom exclusive) and the
-// surface's own clip rectangle. Without effect and anti-aliasing the colour goes in as it is, 0 included.
-bool DrawText(cSurface& surface, TextFont& font, std::string_view text, int x, int baseline, const Rect& clip,
-              const TextPaint& paint);
+// What of the line lies at DrawText's point, with the values that callers pass: one of each group.
+enum TextAlignment : uint32_t {
+  kAlignLeft = 0,
+  kAlignRight = 0x2,
+  kAlignCentre = 0x6,
+  kAlignTop = 0,
+  kAlignBottom = 0x8,
+  kAlignBaseline = 0x18,
+};
+
+// Draws one line at (x, y), inside `clip` (handle coordinates, right and bottom exclusive) and the surface's own clip
+// rectangle. Without effect and anti-aliasing the colour goes in as it is, 0 included.
+bool DrawText(cSurface& surface, TextFont& font, std::string_view text, int x, int y, uint32_t alignment,
+              const Rect& clip, const TextPaint& paint);
 
 // Lays text out in `rect` and draws it there; gives the height of the text, 0 when nothing was done. With
 // kTextCalculate nothing is drawn and `rect` becomes the box of the text.

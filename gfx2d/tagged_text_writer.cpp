@@ -14,7 +14,7 @@ constexpr size_t kFaceBytes = 31;
 constexpr int32_t kMaxHeight = 1 << 20;
 // No ink reaches that far to the left of its place.
 constexpr int kFarRight = 1 << 13;
-// Characters between two questions whether to go on.
+// Characters or tokens between two questions whether to go on.
 constexpr size_t kQuestionInterval = 4096;
 
 int32_t Limited(int64_t v) { return int32_t(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX)); }
@@ -185,7 +185,8 @@ void TaggedTextWriter::Walk(std::string_view line, Visit&& visit) {
   Style style = StartOfLine();
   states_.clear();
   size_t position = 0;
-  while (position < line.size()) {
+  for (size_t tokens = 1; position < line.size(); ++tokens) {
+    if (tokens % kQuestionInterval == 0 && !target_.MayGoOn()) return;
     const TagToken token = ReadToken(line, position);
     if (token.code == kTagText) {
       if (!visit(style, ReplaceReferences(token.text, references_))) return;
@@ -224,7 +225,8 @@ void TaggedTextWriter::DrawMeasured(std::string_view text, int x, int y, const T
     TextPaint paint = pen_.paint;
     paint.colour = style.color;
     if (style.isColorTagged) paint.pattern = nullptr;
-    vl::DrawText(surface_, *style.font, piece, int(at), Limited(int64_t{baseline} + style.baselineShift), clip, paint);
+    vl::DrawText(surface_, *style.font, piece, int(at), Limited(int64_t{baseline} + style.baselineShift),
+                 kAlignBaseline, clip, paint);
     at += style.font->measure(piece).width;
     return at < int64_t{clip.right} + kFarRight;
   });

@@ -95,7 +95,7 @@ void LineOurs(benchmark::State& state, int depth, int size) {
   const TextPaint paint{MakeColour(200, 40, 40)};
   for (auto _ : state) {
     const int width = font->measure(kLine).width;
-    DrawText(screen.surface, *font, kLine, 4, 100, {4, 0, 4 + width, kHeight}, paint);
+    DrawText(screen.surface, *font, kLine, 4, 100, kAlignBaseline, {4, 0, 4 + width, kHeight}, paint);
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * 60);

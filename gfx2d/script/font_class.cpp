@@ -28,6 +28,7 @@ CIFont::CIFont(CInterpretor& interpreter) : CIBaseClassImpl(interpreter, CLASS_F
 
 CIFont::CIFont(CInterpretor& interpreter, const FontDescription& description)
     : CIBaseClassImpl(interpreter, CLASS_FONT, Listing::Listed), description(description) {
+  this->description.face.resize(std::min(description.face.size(), kFaceBytes));
   Create();
 }
 

@@ -85,16 +85,36 @@ TEST(DrawText, StaysInsideClipAndSurface) {
   Gfx gfx;
   BlockFont font;
   cSurface s = gfx.Make(10, 5, 24);
-  EXPECT_TRUE(DrawText(s, font, "aaaa", 1, 3, {0, 0, 8, 3}, {MakeColour(0, 0, 2)}));
+  EXPECT_TRUE(DrawText(s, font, "aaaa", 1, 3, kAlignBaseline, {0, 0, 8, 3}, {MakeColour(0, 0, 2)}));
   EXPECT_EQ(Picture(*s.impl), "..........\n.bb.bb.b..\n.bb.bb.b..\n..........\n..........\n");
   s.FillRaw(0, 0, 10, 5, 0);
   s.SetOrigin(100, 100);
   s.SetClipRect(100, 100, 5, 5);
-  EXPECT_TRUE(DrawText(s, font, "aa", 99, 103, {0, 0, 1000, 1000}, {MakeColour(0, 0, 2)}));
+  EXPECT_TRUE(DrawText(s, font, "aa", 99, 103, kAlignBaseline, {0, 0, 1000, 1000}, {MakeColour(0, 0, 2)}));
   EXPECT_EQ(Picture(*s.impl), "..........\nb.bb......\nb.bb......\n..........\n..........\n");
-  EXPECT_FALSE(DrawText(s, font, "aa", 99, 103, {0, 0, 50, 50}, {1}));
-  EXPECT_FALSE(DrawText(s, font, "", 100, 103, {0, 0, 1000, 1000}, {1}));
-  DrawText(s, font, "aa", INT32_MIN, INT32_MAX, {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}, {1});
+  EXPECT_FALSE(DrawText(s, font, "aa", 99, 103, kAlignBaseline, {0, 0, 50, 50}, {1}));
+  EXPECT_FALSE(DrawText(s, font, "", 100, 103, kAlignBaseline, {0, 0, 1000, 1000}, {1}));
+  DrawText(s, font, "aa", INT32_MIN, INT32_MAX, kAlignBaseline, {INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX}, {1});
+}
+
+TEST(DrawText, LiesAtItsPointAsAligned) {
+  Gfx gfx;
+  BlockFont font;  // 3 above the baseline, 1 below; the first ink of a text is at its left, two rows above
+  struct Case {
+    uint32_t alignment;
+    int x, y;
+  };
+  const Case cases[] = {
+      {kAlignLeft | kAlignTop, 10, 6},      {kAlignBaseline, 10, 3}, {kAlignBottom, 10, 2},
+      {kAlignRight | kAlignBaseline, 4, 3}, {kAlignCentre, 7, 6},    {kAlignCentre | kAlignBaseline, 7, 3},
+  };
+  for (const Case& c : cases) {
+    cSurface s = gfx.Make(20, 12, 16);
+    EXPECT_TRUE(DrawText(s, font, "aa", 10, 5, c.alignment, {0, 0, 20, 12}, {0xFF}));
+    Rect box;
+    ASSERT_TRUE(s.impl->GetContentBox(box));
+    EXPECT_EQ(box, (Rect{c.x, c.y, c.x + 5, c.y + 2})) << c.alignment;
+  }
 }
 
 TEST(DrawText, BlackTextStaysVisibleThroughEffects) {
@@ -104,14 +124,14 @@ TEST(DrawText, BlackTextStaysVisibleThroughEffects) {
     cSurface s = gfx.Make(4, 4, depth);
     s.Fill(0, 0, 4, 4, 0xFFFFFF);
     const Rect all = {0, 0, 4, 4};
-    EXPECT_TRUE(DrawText(s, font, "a", 0, 2, all, {0, kEffectBlend, 0, false}));
+    EXPECT_TRUE(DrawText(s, font, "a", 0, 2, kAlignBaseline, all, {0, kEffectBlend, 0, false}));
     Colour c = 0;
     s.GetPixel(1, 1, c);
     EXPECT_EQ(c, MakeColour(8, 0, 0)) << depth;
     s.GetPixel(3, 3, c);
     EXPECT_GE(RedOf(c), 248u) << "the rest is untouched";
     // Plain, the colour goes in as it is.
-    EXPECT_TRUE(DrawText(s, font, "a", 0, 2, all, {0}));
+    EXPECT_TRUE(DrawText(s, font, "a", 0, 2, kAlignBaseline, all, {0}));
     EXPECT_EQ(RawAt(*s.impl, 1, 1), 0u);
   }
   const cSurface s = gfx.Make(1, 1, 8);
