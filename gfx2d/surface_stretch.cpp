@@ -204,8 +204,12 @@ bool cSurfaceImpl::StretchBlit(cSurfaceImpl& destination, int dx, int dy, int dw
   const auto run = [&](cSurfaceImpl& target) {
     return resample ? StretchFiltered(target, stretch) : StretchNearest(target, stretch);
   };
-  const bool sharesMemory = SharesPixels(destination, stretch.from, stretch.to);
-  if (depth == destination.depth && mode == 0 && effect == kEffectNone && !sharesMemory) return run(destination);
+  // A filtered index is one of the destination's palette when the box is whole, else of the source's.
+  const bool isWhole = stretch.part == Rect{0, 0, dw, dh};
+  if (depth == destination.depth && mode == 0 && effect == kEffectNone && (isWhole || depth != 8 || !resample) &&
+      !SharesPixels(destination, stretch.from, stretch.to)) {
+    return run(destination);
+  }
   // Only the part that will be seen is made.
   const Rect there = stretch.to;
   const int pitchThere = LineBytes(depth, there.Width());
