@@ -68,6 +68,8 @@ struct RowKernels {
   // Each source pixel twice, and every second one; the number is that of the smaller row.
   std::array<Line, 5> twice;
   std::array<Line, 5> half;
+  // The pixels at some offsets in bytes, which never fall and all lie in one row.
+  std::array<void (*)(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels), 5> pick;
 
   // Tables by depth index.
   std::array<std::array<RowEffect, 10>, 5> effects;  // depth 8 has no row for effects 1 and 6, none for 0 and 7

@@ -81,6 +81,22 @@ void WideFillTriples(uint8_t* row, uint32_t pixel, int64_t pixels) {
   std::memcpy(row + i, shifted.data(), size_t(bytes - i));
 }
 
+template <class Word>
+void WideFillWords(uint8_t* row, uint32_t pixel, int64_t pixels) {
+  constexpr int64_t kSize = sizeof(Word);
+  constexpr int64_t kAtOnce = 4 * 32 / kSize;
+  const auto from = reinterpret_cast<uintptr_t>(row);
+  if (pixels < 2 * kAtOnce || from % sizeof(Word) != 0) return FillWords<Word>(row, pixel, pixels);
+  const auto lead = int64_t(-from & 31) / kSize;
+  FillWords<Word>(row, pixel, lead);
+  const Vector v = kSize == 2 ? _mm256_set1_epi16(int16_t(pixel)) : _mm256_set1_epi32(int32_t(pixel));
+  int64_t i = lead;
+  for (; i + kAtOnce <= pixels; i += kAtOnce) {
+    for (int64_t part = 0; part < 128; part += 32) Store(row + i * kSize + part, v);
+  }
+  FillWords<Word>(row + i * kSize, pixel, pixels - i);
+}
+
 // Mix() on 32 bytes, with the weights of 16 and 16 of them.
 inline Vector MixVectors(Vector s, Vector d, Vector weights) {
   const Vector zero = _mm256_setzero_si256();
@@ -207,6 +223,33 @@ void WideTurnPoints(TurnBlock& block, int columns) {
   Store(block.inside.data(), inside);
 }
 
+// Eight pixels come out of one vector of the source where they lie in it, as they do when a picture grows.
+void WidePick32(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  const int32_t last = pixels > 0 ? offsets[pixels - 1] : 0;
+  int i = 0;
+  for (; i + 8 <= pixels && offsets[i] + 28 <= last && offsets[i + 7] - offsets[i] <= 28; i += 8) {
+    const Vector apart = _mm256_sub_epi32(Load(offsets + i), _mm256_set1_epi32(offsets[i]));
+    Store(target + size_t(i) * 4, _mm256_permutevar8x32_epi32(Load(source + offsets[i]), _mm256_srli_epi32(apart, 2)));
+  }
+  PickWords<uint32_t>(source, offsets + i, target + size_t(i) * 4, pixels - i);
+}
+
+void WidePick16(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  const int32_t last = pixels > 0 ? offsets[pixels - 1] : 0;
+  int i = 0;
+  for (; i + 8 <= pixels && offsets[i] + 14 <= last && offsets[i + 7] - offsets[i] <= 14; i += 8) {
+    const __m128i base = _mm_set1_epi32(offsets[i]);
+    const auto* o = reinterpret_cast<const __m128i*>(offsets + i);
+    const __m128i apart =
+        _mm_packs_epi32(_mm_sub_epi32(_mm_loadu_si128(o), base), _mm_sub_epi32(_mm_loadu_si128(o + 1), base));
+    // The places of both bytes of each pixel.
+    const __m128i order = _mm_or_si128(apart, _mm_slli_epi16(_mm_add_epi16(apart, _mm_set1_epi16(1)), 8));
+    const __m128i from = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + offsets[i]));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(target + size_t(i) * 2), _mm_shuffle_epi8(from, order));
+  }
+  PickWords<uint16_t>(source, offsets + i, target + size_t(i) * 2, pixels - i);
+}
+
 // Pixels of 3 bytes as words, and words as pixels of 3 bytes, eight at a time in two halves.
 void WideSpread(const uint8_t* source, uint32_t* words, int pixels) {
   const Vector order = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
@@ -265,7 +308,11 @@ void WideToTriples(const uint8_t* source, uint8_t* target, int pixels) {
 constexpr RowKernels WideKernels() {
   RowKernels kernels = kLoops;
   kernels.keyed[3] = WideKeyedTriples;
+  kernels.fill[2] = WideFillWords<uint16_t>;
   kernels.fill[3] = WideFillTriples;
+  kernels.fill[4] = WideFillWords<uint32_t>;
+  kernels.pick[2] = WidePick16;
+  kernels.pick[4] = WidePick32;
   kernels.effects[4][1] = WideBlendRow32;
   kernels.effects[4][6] = WideBlendColourRow32;
   kernels.convert[1][3] = WideToTriples<15>;
