@@ -250,6 +250,57 @@ void WidePick16(const uint8_t* source, const int32_t* offsets, uint8_t* target, 
   PickWords<uint16_t>(source, offsets + i, target + size_t(i) * 2, pixels - i);
 }
 
+// Squares of eight pixels, exchanged in steps of one, two and four.
+void WideTranspose32(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  int i = 0;
+  for (; i + 8 <= pixels; i += 8, source += 8 * sourcePitch, target += 32) {
+    Vector rows[8], pairs[8];
+    for (ptrdiff_t k = 0; k < 8; ++k) rows[k] = Load(source + k * sourcePitch);
+    for (int k = 0; k < 8; k += 2) {
+      pairs[k] = _mm256_unpacklo_epi32(rows[k], rows[k + 1]);
+      pairs[k + 1] = _mm256_unpackhi_epi32(rows[k], rows[k + 1]);
+    }
+    for (int k = 0; k < 8; k += 4) {
+      rows[k] = _mm256_unpacklo_epi64(pairs[k], pairs[k + 2]);
+      rows[k + 1] = _mm256_unpackhi_epi64(pairs[k], pairs[k + 2]);
+      rows[k + 2] = _mm256_unpacklo_epi64(pairs[k + 1], pairs[k + 3]);
+      rows[k + 3] = _mm256_unpackhi_epi64(pairs[k + 1], pairs[k + 3]);
+    }
+    for (ptrdiff_t k = 0; k < 4; ++k) {
+      Store(target + k * targetPitch, _mm256_permute2x128_si256(rows[k], rows[k + 4], 0x20));
+      Store(target + (k + 4) * targetPitch, _mm256_permute2x128_si256(rows[k], rows[k + 4], 0x31));
+    }
+  }
+  TransposeRows<4>(source, sourcePitch, target, targetPitch, pixels - i);
+}
+
+void WideTranspose16(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  int i = 0;
+  for (; i + 8 <= pixels; i += 8, source += 8 * sourcePitch, target += 16) {
+    __m128i rows[8], pairs[8];
+    for (ptrdiff_t k = 0; k < 8; ++k) {
+      rows[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + k * sourcePitch));
+    }
+    for (int k = 0; k < 8; k += 2) {
+      pairs[k] = _mm_unpacklo_epi16(rows[k], rows[k + 1]);
+      pairs[k + 1] = _mm_unpackhi_epi16(rows[k], rows[k + 1]);
+    }
+    for (int k = 0; k < 8; k += 4) {
+      rows[k] = _mm_unpacklo_epi32(pairs[k], pairs[k + 2]);
+      rows[k + 1] = _mm_unpackhi_epi32(pairs[k], pairs[k + 2]);
+      rows[k + 2] = _mm_unpacklo_epi32(pairs[k + 1], pairs[k + 3]);
+      rows[k + 3] = _mm_unpackhi_epi32(pairs[k + 1], pairs[k + 3]);
+    }
+    for (ptrdiff_t k = 0; k < 4; ++k) {
+      auto* even = reinterpret_cast<__m128i*>(target + 2 * k * targetPitch);
+      auto* odd = reinterpret_cast<__m128i*>(target + (2 * k + 1) * targetPitch);
+      _mm_storeu_si128(even, _mm_unpacklo_epi64(rows[k], rows[k + 4]));
+      _mm_storeu_si128(odd, _mm_unpackhi_epi64(rows[k], rows[k + 4]));
+    }
+  }
+  TransposeRows<2>(source, sourcePitch, target, targetPitch, pixels - i);
+}
+
 // Pixels of 3 bytes as words, and words as pixels of 3 bytes, eight at a time in two halves.
 void WideSpread(const uint8_t* source, uint32_t* words, int pixels) {
   const Vector order = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
@@ -313,6 +364,8 @@ constexpr RowKernels WideKernels() {
   kernels.fill[4] = WideFillWords<uint32_t>;
   kernels.pick[2] = WidePick16;
   kernels.pick[4] = WidePick32;
+  kernels.transpose[2] = WideTranspose16;
+  kernels.transpose[4] = WideTranspose32;
   kernels.effects[4][1] = WideBlendRow32;
   kernels.effects[4][6] = WideBlendColourRow32;
   kernels.convert[1][3] = WideToTriples<15>;

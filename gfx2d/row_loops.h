@@ -162,6 +162,13 @@ void PickTriples(const uint8_t* source, const int32_t* offsets, uint8_t* target,
   for (int i = 0; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + offsets[i], 3);
 }
 
+template <int Bytes>
+void TransposeRows(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  for (int i = 0; i < pixels; ++i, source += sourcePitch, target += Bytes) {
+    for (ptrdiff_t row = 0; row < 8; ++row) std::memcpy(target + row * targetPitch, source + row * Bytes, Bytes);
+  }
+}
+
 // --- Effects. Those on bits work on the bytes of every depth. ---
 
 template <int Bytes>
@@ -505,6 +512,7 @@ constexpr RowKernels kLoops = {
     .twice = {nullptr, TwiceWords<uint8_t>, TwiceWords<uint16_t>, TwiceTriples, TwiceWords<uint32_t>},
     .half = {nullptr, HalfWords<uint8_t>, HalfWords<uint16_t>, HalfTriples, HalfWords<uint32_t>},
     .pick = {nullptr, PickWords<uint8_t>, PickWords<uint16_t>, PickTriples, PickWords<uint32_t>},
+    .transpose = {nullptr, TransposeRows<1>, TransposeRows<2>, TransposeRows<3>, TransposeRows<4>},
     .effects = {Effects<1>(nullptr, nullptr, AddBytesRow<1>),
                 Effects<2>(BlendRow16<15>, BlendColourRow16<15>, AddRow16<15>),
                 Effects<2>(BlendRow16<16>, BlendColourRow16<16>, AddRow16<16>),
