@@ -18,7 +18,7 @@ inline void Require(bool condition) {
 }
 
 // Larger pictures are opened but not read: that would only cost time.
-inline constexpr int64_t kMostPixels = 1 << 20;
+inline constexpr int64_t kMostPixels = 1 << 16;
 inline constexpr int kMostFrames = 12;
 
 inline PaletteRecord SomePalette() {

@@ -1,6 +1,7 @@
 #include "gfx2d/dib_header.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "base/limits.h"
 #include "gfx2d/pixel_format.h"
@@ -73,6 +74,34 @@ std::optional<DibHeader> ParseDib(std::span<const uint8_t> bytes) {
   h.bitsOffset = offset + size_t{h.colours} * 4;
   h.lineBytes = size_t(LineBytes(h.depth, h.width));
   return h;
+}
+
+size_t DibHeaderBytes(int depth) {
+  if (depth <= 8) return DibHeader::kBytes + (size_t{4} << depth);
+  return DibHeader::kBytes + (depth == 16 ? kMaskBytes : 0);
+}
+
+void WriteDibHeader(int width, int height, int depth, const PaletteRecord* palette, std::span<uint8_t> out) {
+  uint8_t* p = out.data();
+  std::memset(p, 0, out.size());
+  StoreWord(p, uint32_t{DibHeader::kBytes});
+  StoreWord(p + 4, int32_t{width});
+  StoreWord(p + 8, int32_t{height});
+  StoreWord(p + 12, uint16_t{1});
+  StoreWord(p + 14, uint16_t(depth == 15 ? 16 : depth));
+  StoreWord(p + 16, uint32_t(depth == 16 ? 3 : 0));
+  StoreWord(p + 20, uint32_t(LineBytes(depth, width)) * uint32_t(height));
+  uint8_t* const behind = p + DibHeader::kBytes;
+  if (depth == 16) {
+    StoreWord(behind, uint32_t{0xF800});
+    StoreWord(behind + 4, uint32_t{0x7E0});
+    StoreWord(behind + 8, uint32_t{0x1F});
+  }
+  if (depth > 8 || !palette) return;
+  for (size_t i = 0; i < palette->count; ++i) {
+    const PaletteEntry& e = palette->entries[i];
+    StoreWord(behind + i * 4, SwapRedBlue(e.ToColour()));
+  }
 }
 
 PaletteRecord DibPalette(const DibHeader& header, std::span<const uint8_t> bytes) {

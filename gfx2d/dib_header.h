@@ -36,6 +36,11 @@ struct DibHeader {
 // bytes end before the colour table does. The pixels are not looked at.
 std::optional<DibHeader> ParseDib(std::span<const uint8_t> bytes);
 
+// Bytes of a header of ours with its masks or colour table.
+size_t DibHeaderBytes(int depth);
+// Writes one of exactly that size, for bottom-up lines; the palette is that of depth 8.
+void WriteDibHeader(int width, int height, int depth, const PaletteRecord* palette, std::span<uint8_t> out);
+
 // The colour table; entries past it are black.
 PaletteRecord DibPalette(const DibHeader& header, std::span<const uint8_t> bytes);
 

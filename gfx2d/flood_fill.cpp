@@ -2,11 +2,10 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <memory>
-#include <new>
 
 #include "gfx2d/pixel_format.h"
 #include "gfx2d/surface.h"
+#include "gfx2d/surface_library.h"
 
 namespace vl {
 namespace {
@@ -62,16 +61,18 @@ class Filler {
       const int y = span.y + direction;
       const int right = span.right;
       int x = span.left;
-      while (IsFillable(x, y)) Paint(x--, y, box);
+      while (IsFillable(x, y)) Paint(x--, y);
       int left = x + 1;
       bool painting = left <= span.left;
       if (painting) {
+        box = box.Union({left, y, span.left + 1, y + 1});
         if (left < span.left) push(y, left, span.left - 1, -direction);
         x = span.left + 1;
       }
       for (;;) {
         if (painting) {
-          while (IsFillable(x, y)) Paint(x++, y, box);
+          while (IsFillable(x, y)) Paint(x++, y);
+          box = box.Union({left, y, std::max(x, left), y + 1});
           push(y, left, x - 1, direction);
           if (x > right + 1) push(y, right + 1, x - 1, -direction);
         }
@@ -94,10 +95,7 @@ class Filler {
     }
     return true;
   }
-  void Paint(int x, int y, Rect& box) {
-    F::Store(surface_.PixelAt(x, y), pixel_);
-    box = box.Union({x, y, x + 1, y + 1});
-  }
+  void Paint(int x, int y) { F::Store(surface_.PixelAt(x, y), pixel_); }
 
   cSurfaceImpl& surface_;
   Rect clip_;
@@ -121,12 +119,12 @@ bool cSurface::FloodFill(int x, int y, Rect& box, Colour colour, int tolerance) 
   const uint32_t pixel = s.PixelOfColour(colour);
   const Colour held = s.ColourOfPixel(pixel) & kColourMask;
   if (seed == held) return false;
-  const std::unique_ptr<FillStack> stack(new (std::nothrow) FillStack);
-  if (!stack) {
+  const Scratch memory = s.library->Scratches().Take(sizeof(FillStack));
+  if (!memory) {
     lastError = SURF_ERR_NOMEM;
     return false;
   }
-  const auto run = [&](auto filler) { return filler.Run(*stack, seedX, seedY); };
+  const auto run = [&](auto filler) { return filler.Run(*memory.At<FillStack>(), seedX, seedY); };
   switch (s.depth) {
     case 8:
       box = run(Filler<8>(s, pixel, held, seed, tolerance));

@@ -104,7 +104,8 @@ struct Ops {
   }
   static void BlendIndices(const cSurfaceImpl& destination, const cSurfaceImpl& source, const BlitBox& box, int effect,
                            uint32_t param, bool isKeyed) {
-    IndexBlend blend(*destination.palette.Get(), MakeEffectArguments(effect, param), effect == kEffectBlendColour);
+    IndexBlend blend(*destination.palette.Get(), MakeEffectArguments(effect, param), effect == kEffectBlendColour,
+                     int64_t{box.width} * box.height);
     for (int y = 0; y < box.height; ++y) {
       blend.Row(source.PixelAt(box.sx, box.sy + y), destination.PixelAt(box.dx, box.dy + y), box.width, isKeyed);
     }

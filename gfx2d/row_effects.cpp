@@ -19,21 +19,43 @@ EffectArguments MakeEffectArguments(int effect, uint32_t param) {
   return a;
 }
 
-IndexBlend::IndexBlend(cPalette& palette, const EffectArguments& a, bool isColour) : palette_(palette) {
-  for (size_t i = 0; i < 256; ++i) {
-    const Colour colour = palette.ColourAt(int(i));
-    ofSource_[i] = Share(colour, 128 - a.weight);
-    ofDestination_[i] = Share(isColour && i == 0 ? a.colour : colour, a.weight);
+IndexBlend::IndexBlend(cPalette& palette, const EffectArguments& arguments, bool isColour, int64_t pixels)
+    : palette_(palette), arguments_(arguments), isColour_(isColour), hasTables_(pixels > 512) {
+  for (size_t i = 0; hasTables_ && i < 256; ++i) {
+    ofSource_[i] = SourceShare(uint8_t(i));
+    ofDestination_[i] = DestinationShare(uint8_t(i));
   }
 }
 
+uint64_t IndexBlend::SourceShare(uint8_t index) const {
+  return Share(palette_.ColourAt(index), 128 - arguments_.weight);
+}
+
+uint64_t IndexBlend::DestinationShare(uint8_t index) const {
+  return Share(isColour_ && index == 0 ? arguments_.colour : palette_.ColourAt(index), arguments_.weight);
+}
+
 void IndexBlend::Row(const uint8_t* source, uint8_t* destination, int pixels, bool isKeyed) {
+  if (hasTables_) {
+    Blend(
+        source, destination, pixels, isKeyed, [this](uint8_t i) { return ofSource_[i]; },
+        [this](uint8_t i) { return ofDestination_[i]; });
+  } else {
+    Blend(
+        source, destination, pixels, isKeyed, [this](uint8_t i) { return SourceShare(i); },
+        [this](uint8_t i) { return DestinationShare(i); });
+  }
+}
+
+template <class OfSource, class OfDestination>
+void IndexBlend::Blend(const uint8_t* source, uint8_t* destination, int pixels, bool isKeyed, OfSource&& ofSource,
+                       OfDestination&& ofDestination) {
   // 8 bits of each channel, and the five of them that name a cell of the map.
   constexpr uint64_t kChannels = 0x7F807F807F80;
   const uint8_t* const map = palette_.inverseMap.get();
   for (int i = 0; i < pixels; ++i) {
     if (isKeyed && source[i] == 0) continue;
-    const uint64_t mix = ofSource_[source[i]] + ofDestination_[destination[i]];
+    const uint64_t mix = ofSource(source[i]) + ofDestination(destination[i]);
     const size_t cell = size_t((mix >> 10 & 31) << 10 | (mix >> 26 & 31) << 5 | (mix >> 42 & 31));
     uint8_t index = map[cell];
     // Black never asks the map, and a cell of 0 is not known yet.

@@ -81,6 +81,22 @@ void WideFillTriples(uint8_t* row, uint32_t pixel, int64_t pixels) {
   std::memcpy(row + i, shifted.data(), size_t(bytes - i));
 }
 
+template <class Word>
+void WideFillWords(uint8_t* row, uint32_t pixel, int64_t pixels) {
+  constexpr int64_t kSize = sizeof(Word);
+  constexpr int64_t kAtOnce = 4 * 32 / kSize;
+  const auto from = reinterpret_cast<uintptr_t>(row);
+  if (pixels < 2 * kAtOnce || from % sizeof(Word) != 0) return FillWords<Word>(row, pixel, pixels);
+  const auto lead = int64_t(-from & 31) / kSize;
+  FillWords<Word>(row, pixel, lead);
+  const Vector v = kSize == 2 ? _mm256_set1_epi16(int16_t(pixel)) : _mm256_set1_epi32(int32_t(pixel));
+  int64_t i = lead;
+  for (; i + kAtOnce <= pixels; i += kAtOnce) {
+    for (int64_t part = 0; part < 128; part += 32) Store(row + i * kSize + part, v);
+  }
+  FillWords<Word>(row + i * kSize, pixel, pixels - i);
+}
+
 // Mix() on 32 bytes, with the weights of 16 and 16 of them.
 inline Vector MixVectors(Vector s, Vector d, Vector weights) {
   const Vector zero = _mm256_setzero_si256();
@@ -207,6 +223,84 @@ void WideTurnPoints(TurnBlock& block, int columns) {
   Store(block.inside.data(), inside);
 }
 
+// Eight pixels come out of one vector of the source where they lie in it, as they do when a picture grows.
+void WidePick32(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  const int32_t last = pixels > 0 ? offsets[pixels - 1] : 0;
+  int i = 0;
+  for (; i + 8 <= pixels && offsets[i] + 28 <= last && offsets[i + 7] - offsets[i] <= 28; i += 8) {
+    const Vector apart = _mm256_sub_epi32(Load(offsets + i), _mm256_set1_epi32(offsets[i]));
+    Store(target + size_t(i) * 4, _mm256_permutevar8x32_epi32(Load(source + offsets[i]), _mm256_srli_epi32(apart, 2)));
+  }
+  PickWords<uint32_t>(source, offsets + i, target + size_t(i) * 4, pixels - i);
+}
+
+void WidePick16(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  const int32_t last = pixels > 0 ? offsets[pixels - 1] : 0;
+  int i = 0;
+  for (; i + 8 <= pixels && offsets[i] + 14 <= last && offsets[i + 7] - offsets[i] <= 14; i += 8) {
+    const __m128i base = _mm_set1_epi32(offsets[i]);
+    const auto* o = reinterpret_cast<const __m128i*>(offsets + i);
+    const __m128i apart =
+        _mm_packs_epi32(_mm_sub_epi32(_mm_loadu_si128(o), base), _mm_sub_epi32(_mm_loadu_si128(o + 1), base));
+    // The places of both bytes of each pixel.
+    const __m128i order = _mm_or_si128(apart, _mm_slli_epi16(_mm_add_epi16(apart, _mm_set1_epi16(1)), 8));
+    const __m128i from = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + offsets[i]));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(target + size_t(i) * 2), _mm_shuffle_epi8(from, order));
+  }
+  PickWords<uint16_t>(source, offsets + i, target + size_t(i) * 2, pixels - i);
+}
+
+// Squares of eight pixels, exchanged in steps of one, two and four.
+void WideTranspose32(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  int i = 0;
+  for (; i + 8 <= pixels; i += 8, source += 8 * sourcePitch, target += 32) {
+    Vector rows[8], pairs[8];
+    for (ptrdiff_t k = 0; k < 8; ++k) rows[k] = Load(source + k * sourcePitch);
+    for (int k = 0; k < 8; k += 2) {
+      pairs[k] = _mm256_unpacklo_epi32(rows[k], rows[k + 1]);
+      pairs[k + 1] = _mm256_unpackhi_epi32(rows[k], rows[k + 1]);
+    }
+    for (int k = 0; k < 8; k += 4) {
+      rows[k] = _mm256_unpacklo_epi64(pairs[k], pairs[k + 2]);
+      rows[k + 1] = _mm256_unpackhi_epi64(pairs[k], pairs[k + 2]);
+      rows[k + 2] = _mm256_unpacklo_epi64(pairs[k + 1], pairs[k + 3]);
+      rows[k + 3] = _mm256_unpackhi_epi64(pairs[k + 1], pairs[k + 3]);
+    }
+    for (ptrdiff_t k = 0; k < 4; ++k) {
+      Store(target + k * targetPitch, _mm256_permute2x128_si256(rows[k], rows[k + 4], 0x20));
+      Store(target + (k + 4) * targetPitch, _mm256_permute2x128_si256(rows[k], rows[k + 4], 0x31));
+    }
+  }
+  TransposeRows<4>(source, sourcePitch, target, targetPitch, pixels - i);
+}
+
+void WideTranspose16(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  int i = 0;
+  for (; i + 8 <= pixels; i += 8, source += 8 * sourcePitch, target += 16) {
+    __m128i rows[8], pairs[8];
+    for (ptrdiff_t k = 0; k < 8; ++k) {
+      rows[k] = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + k * sourcePitch));
+    }
+    for (int k = 0; k < 8; k += 2) {
+      pairs[k] = _mm_unpacklo_epi16(rows[k], rows[k + 1]);
+      pairs[k + 1] = _mm_unpackhi_epi16(rows[k], rows[k + 1]);
+    }
+    for (int k = 0; k < 8; k += 4) {
+      rows[k] = _mm_unpacklo_epi32(pairs[k], pairs[k + 2]);
+      rows[k + 1] = _mm_unpackhi_epi32(pairs[k], pairs[k + 2]);
+      rows[k + 2] = _mm_unpacklo_epi32(pairs[k + 1], pairs[k + 3]);
+      rows[k + 3] = _mm_unpackhi_epi32(pairs[k + 1], pairs[k + 3]);
+    }
+    for (ptrdiff_t k = 0; k < 4; ++k) {
+      auto* even = reinterpret_cast<__m128i*>(target + 2 * k * targetPitch);
+      auto* odd = reinterpret_cast<__m128i*>(target + (2 * k + 1) * targetPitch);
+      _mm_storeu_si128(even, _mm_unpacklo_epi64(rows[k], rows[k + 4]));
+      _mm_storeu_si128(odd, _mm_unpackhi_epi64(rows[k], rows[k + 4]));
+    }
+  }
+  TransposeRows<2>(source, sourcePitch, target, targetPitch, pixels - i);
+}
+
 // Pixels of 3 bytes as words, and words as pixels of 3 bytes, eight at a time in two halves.
 void WideSpread(const uint8_t* source, uint32_t* words, int pixels) {
   const Vector order = _mm256_setr_epi8(0, 1, 2, -1, 3, 4, 5, -1, 6, 7, 8, -1, 9, 10, 11, -1,  //
@@ -265,7 +359,13 @@ void WideToTriples(const uint8_t* source, uint8_t* target, int pixels) {
 constexpr RowKernels WideKernels() {
   RowKernels kernels = kLoops;
   kernels.keyed[3] = WideKeyedTriples;
+  kernels.fill[2] = WideFillWords<uint16_t>;
   kernels.fill[3] = WideFillTriples;
+  kernels.fill[4] = WideFillWords<uint32_t>;
+  kernels.pick[2] = WidePick16;
+  kernels.pick[4] = WidePick32;
+  kernels.transpose[2] = WideTranspose16;
+  kernels.transpose[4] = WideTranspose32;
   kernels.effects[4][1] = WideBlendRow32;
   kernels.effects[4][6] = WideBlendColourRow32;
   kernels.convert[1][3] = WideToTriples<15>;

@@ -152,6 +152,23 @@ void HalfTriples(const uint8_t* source, uint8_t* target, int pixels) {
   for (int i = 0; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + size_t(i) * 6, 3);
 }
 
+template <class Word>
+void PickWords(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  for (int i = 0; i < pixels; ++i) {
+    StoreWord<Word>(target + size_t(i) * sizeof(Word), LoadWord<Word>(source + offsets[i]));
+  }
+}
+void PickTriples(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
+  for (int i = 0; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + offsets[i], 3);
+}
+
+template <int Bytes>
+void TransposeRows(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
+  for (int i = 0; i < pixels; ++i, source += sourcePitch, target += Bytes) {
+    for (ptrdiff_t row = 0; row < 8; ++row) std::memcpy(target + row * targetPitch, source + row * Bytes, Bytes);
+  }
+}
+
 // --- Effects. Those on bits work on the bytes of every depth. ---
 
 template <int Bytes>
@@ -494,6 +511,8 @@ constexpr RowKernels kLoops = {
     .replace = {nullptr, ReplaceWords<uint8_t>, ReplaceWords<uint16_t>, ReplaceTriples, ReplaceWords<uint32_t>},
     .twice = {nullptr, TwiceWords<uint8_t>, TwiceWords<uint16_t>, TwiceTriples, TwiceWords<uint32_t>},
     .half = {nullptr, HalfWords<uint8_t>, HalfWords<uint16_t>, HalfTriples, HalfWords<uint32_t>},
+    .pick = {nullptr, PickWords<uint8_t>, PickWords<uint16_t>, PickTriples, PickWords<uint32_t>},
+    .transpose = {nullptr, TransposeRows<1>, TransposeRows<2>, TransposeRows<3>, TransposeRows<4>},
     .effects = {Effects<1>(nullptr, nullptr, AddBytesRow<1>),
                 Effects<2>(BlendRow16<15>, BlendColourRow16<15>, AddRow16<15>),
                 Effects<2>(BlendRow16<16>, BlendColourRow16<16>, AddRow16<16>),

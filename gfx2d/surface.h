@@ -6,9 +6,11 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
+#include "gfx2d/cursor_image.h"
 #include "gfx2d/surface_impl.h"
 
 namespace vl {
@@ -18,6 +20,11 @@ class Pattern;
 inline constexpr uint32_t SURF_ERR_NOMEM = 0x40000000;
 inline constexpr uint32_t SURF_ERR_UNSUPPORTED = 0x40010000;
 inline constexpr uint32_t SURF_ERR_BADDATA = 0x40010002;
+
+// Flags of SaveToDIB and LoadFromDIB.
+inline constexpr uint32_t kDibHeaderOnly = 1;   // save: no pixels
+inline constexpr uint32_t kDibKeepPalette = 1;  // load, depth 8: the pixels are translated to the surface's palette
+inline constexpr uint32_t kDibPaletteAsIs = 4;  // load, depth 8: the bitmap's palette is not put in order
 
 struct Point {
   int x = 0;
@@ -106,6 +113,21 @@ class cSurface {
                           bool antiAlias, int effect, uint32_t param);
   // Fills from a seed what differs from it by at most `tolerance` a channel; `box` is what was painted.
   bool FloodFill(int x, int y, Rect& box, Colour colour, int tolerance);
+
+  // Bytes of the surface as a bitmap with its header; 0 when it is empty.
+  size_t DIBSize() const;
+  // Writes a bitmap with bottom-up lines: the header with masks or colour table, and the pixels behind it or into
+  // `bits` when that isn't empty. False, with lastError SURF_ERR_BADDATA, when they don't fit.
+  bool SaveToDIB(std::span<uint8_t> header, std::span<uint8_t> bits, uint32_t flags);
+  // Takes over a bitmap's picture, in the surface's own depth and the bitmap's size. The pixels follow the header, or
+  // are `bits` when that isn't empty. In depth 8 the palette is taken over too, in the order of the system colours,
+  // unless a flag says otherwise. On failure lastError tells why and the picture stays.
+  bool LoadFromDIB(std::span<const uint8_t> dib, std::span<const uint8_t> bits, uint32_t flags);
+  // The picture as a pointer of that size (0: the system's), centred, made smaller when it doesn't fit; without a hot
+  // spot it is an icon. Pixels of the mask's colour don't show. Nothing when the handle is empty, the size is above
+  // CursorImage::kMaxSide or memory is spent.
+  std::optional<CursorImage> MakeCursor(int width, int height, Colour maskColour,
+                                        const std::optional<Point>& hotSpot) const;
 
   struct Delete {
     void operator()(cSurfaceImpl* p) const {

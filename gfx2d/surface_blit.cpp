@@ -78,8 +78,12 @@ bool cSurfaceImpl::Blit(cSurfaceImpl& destination, int dx, int dy, int sx, int s
   if (!ClipBlit(destination, dx, dy, sx, sy, boxWidth, boxHeight, box)) return false;
   const bool isConverted = depth != destination.depth;
   const bool isPlain = mode == 0 && effect == kEffectNone && !antiAlias;
-  if (SharesPixels(destination, {box.sx, box.sy, box.sx + box.width, box.sy + box.height},
-                   {box.dx, box.dy, box.dx + box.width, box.dy + box.height})) {
+  // Softening goes over the whole source.
+  const Rect read =
+      antiAlias ? Rect{0, 0, width, height} : Rect{box.sx, box.sy, box.sx + box.width, box.sy + box.height};
+  const Rect written = antiAlias ? Rect{0, 0, destination.width, destination.height}
+                                 : Rect{box.dx, box.dy, box.dx + box.width, box.dy + box.height};
+  if (SharesPixels(destination, read, written)) {
     // The destination shows what the source was before.
     const bool needsAll = antiAlias && !isConverted;
     const BlitBox all =

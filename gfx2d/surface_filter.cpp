@@ -112,7 +112,10 @@ class ColourRewriter {
     int16_t& known = known_[index];
     if (known < 0) {
       const Colour colour = surface_.PaletteColor(index);
-      known = int16_t(surface_.NearestIndex(colour == 0 ? forZero_ : colour));
+      const int nearest = surface_.NearestIndex(colour == 0 ? forZero_ : colour);
+      // The map may still learn another answer for what it gave 0.
+      if (nearest == 0) return 0;
+      known = int16_t(nearest);
     }
     return uint8_t(known);
   }
@@ -140,15 +143,17 @@ bool cSurfaceImpl::SoftenEdges(cSurfaceImpl& destination, int dx, int dy, bool h
     shape.Load(y + 1);
     around.Load(y + 1);
     kernels->edges(shape[y - 1], shape[y], shape[y + 1], edges, box.width);
-    rewriter.Row(destination.PixelAt(box.dx, box.dy + y), box.width);
-    const uint8_t* const end = edges + box.width;
-    for (const uint8_t* edge = edges; edge != end; ++edge) {
-      edge = static_cast<const uint8_t*>(std::memchr(edge, 1, size_t(end - edge)));
-      if (!edge) break;
-      const int x = int(edge - edges);
+    // From left to right, as what a palette's map learns from one pixel may count for the next.
+    int done = 0;
+    while (const void* found = std::memchr(edges + done, 1, size_t(box.width - done))) {
+      const int x = int(static_cast<const uint8_t*>(found) - edges);
+      rewriter.Row(destination.PixelAt(box.dx + done, box.dy + y), x - done);
       const uint32_t soft = Soften(Window(around, x, y, forZero), Window(shape, x, y, 0));
       destination.ops->SetPixelColor(destination, box.dx + x, box.dy + y, SwapRedBlue(soft));
+      done = x + 1;
+      if (done == box.width) break;
     }
+    rewriter.Row(destination.PixelAt(box.dx + done, box.dy + y), box.width - done);
   }
   return true;
 }

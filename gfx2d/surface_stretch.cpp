@@ -99,17 +99,6 @@ class WordLines {
   std::array<uint32_t, 256> ofIndex_;
 };
 
-template <class Word>
-void Pick(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
-  for (int i = 0; i < pixels; ++i) {
-    StoreWord<Word>(target + size_t(i) * sizeof(Word), LoadWord<Word>(source + offsets[i]));
-  }
-}
-
-void PickTriples(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
-  for (int i = 0; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + offsets[i], 3);
-}
-
 }  // namespace
 
 bool cSurfaceImpl::StretchNearest(cSurfaceImpl& destination, const Stretch& s) const {
@@ -145,14 +134,8 @@ bool cSurfaceImpl::StretchNearest(cSurfaceImpl& destination, const Stretch& s) c
       kernels->twice[bytes](source, d, pixels / 2);
     } else if (isHalf) {
       kernels->half[bytes](source, d, pixels);
-    } else if (bytes == 1) {
-      Pick<uint8_t>(source, offsets, d, pixels);
-    } else if (bytes == 2) {
-      Pick<uint16_t>(source, offsets, d, pixels);
-    } else if (bytes == 3) {
-      PickTriples(source, offsets, d, pixels);
     } else {
-      Pick<uint32_t>(source, offsets, d, pixels);
+      kernels->pick[bytes](source, offsets, d, pixels);
     }
   }
   return true;
@@ -221,8 +204,12 @@ bool cSurfaceImpl::StretchBlit(cSurfaceImpl& destination, int dx, int dy, int dw
   const auto run = [&](cSurfaceImpl& target) {
     return resample ? StretchFiltered(target, stretch) : StretchNearest(target, stretch);
   };
-  const bool sharesMemory = SharesPixels(destination, stretch.from, stretch.to);
-  if (depth == destination.depth && mode == 0 && effect == kEffectNone && !sharesMemory) return run(destination);
+  // A filtered index is one of the destination's palette when the box is whole, else of the source's.
+  const bool isWhole = stretch.part == Rect{0, 0, dw, dh};
+  if (depth == destination.depth && mode == 0 && effect == kEffectNone && (isWhole || depth != 8 || !resample) &&
+      !SharesPixels(destination, stretch.from, stretch.to)) {
+    return run(destination);
+  }
   // Only the part that will be seen is made.
   const Rect there = stretch.to;
   const int pitchThere = LineBytes(depth, there.Width());

@@ -89,6 +89,16 @@ void Blended(int depth, bool isKeyed) {
   });
 }
 
+// A keyed blit with softened edges; no peer has one, so a copy stands in.
+void Softened(int depth) {
+  const std::string name = "softened/" + std::to_string(depth) + "/";
+  const auto make = [depth] { return std::make_unique<Pictures>(depth, Content::kSprites); };
+  Register(name + "vorlane", make,
+           [](Pair& p) { p.from->Blit(*p.to, 0, 0, 0, 0, kWidth, kHeight, 1, kEffectNone, 0, true); });
+  Register(name + "memcpy", make,
+           [](Pair& p) { std::memcpy(p.destination.bytes.data(), p.source.bytes.data(), p.source.Bytes()); });
+}
+
 void Convert(int from, int to) {
   const std::string name = "convert/" + std::to_string(from) + "to" + std::to_string(to) + "/";
   const auto make = [from, to] { return std::make_unique<Pictures>(from, Content::kNoise, to); };
@@ -111,6 +121,7 @@ const bool registered = [] {
     Opaque(depth);
     Keyed(depth, Content::kSprites);
     Keyed(depth, Content::kNoise);
+    Softened(depth);
     if (depth > 8) Blended(depth, false);
     if (depth > 8) Blended(depth, true);
   }

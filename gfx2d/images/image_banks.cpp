@@ -4,6 +4,7 @@
 #include <new>
 
 #include "gfx2d/images/load_image.h"
+#include "gfx2d/images/stored_palette.h"
 #include "gfx2d/pixel_format.h"
 #include "host/appfile/app_file.h"
 #include "host/appfile/compressed_buffer.h"
@@ -12,14 +13,6 @@ namespace vl {
 namespace {
 
 constexpr int kPrototypeSide = 4;
-
-PaletteRecord RecordOf(const StoredPalette& stored) {
-  PaletteRecord record;
-  for (size_t i = 0; i < 256; ++i) {
-    record.entries[i] = {stored[i * 4], stored[i * 4 + 1], stored[i * 4 + 2], stored[i * 4 + 3]};
-  }
-  return record;
-}
 
 // A plane's bytes into the memory they belong to, which they must fill.
 uint32_t ReadPlane(const ImagePlane& plane, std::span<uint8_t> to) {

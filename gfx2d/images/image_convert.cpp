@@ -2,16 +2,19 @@
 //
 // It differs from the one of surfaces where a palette takes part: a file's index 0 is a colour like any other, and
 // the nearest entry is the one with the least sum of absolute differences, the first of equal ones.
-#include <cstdlib>
+#include <algorithm>
 #include <cstring>
 #include <new>
 
 #include "gfx2d/images/image_filter.h"
+#include "gfx2d/images/line_kernels.h"
 #include "gfx2d/pixel_format.h"
 
 namespace vl {
 namespace {
 
+// Pixels that are converted at a time, so that what lies between stays close at hand.
+constexpr int32_t kStep = 256;
 // A cell of the colour cache that isn't known yet. A cell that truly has this index is searched each time.
 constexpr uint8_t kUnknown = 253;
 constexpr uint32_t kNoColour = 0xFFFFFFFF;
@@ -57,30 +60,58 @@ struct ImageFilter::Lines {
       target[i] = index;
     }
   }
+  // Pixel by pixel, searching for what the cache doesn't know.
+  static void WordToIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, const uint16_t* keys,
+                          int32_t pixels) {
+    auto& cache = *f.colourCache;
+    for (int32_t i = 0; i < pixels; ++i) {
+      uint8_t& cell = cache[keys[i]];
+      if (cell == kUnknown) cell = f.SearchAgain(source[i * 4 + 2], source[i * 4 + 1], source[i * 4]);
+      target[i] = cell;
+    }
+  }
+  static void WordsToIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    const auto& cache = *f.colourCache;
+    constexpr int32_t kGroup = 16;
+    uint16_t keys[kStep];
+    for (; pixels > 0; pixels -= kStep, source += kStep * 4, target += kStep) {
+      const int32_t count = std::min(pixels, kStep);
+      kernels::WordsToKeys(source, keys, count);
+      int32_t i = 0;
+      for (; i + kGroup <= count; i += kGroup) {
+        uint32_t unknown = 0;
+        for (int32_t k = 0; k < kGroup; ++k) {
+          const uint8_t index = cache[keys[i + k]];
+          unknown |= uint32_t(index == kUnknown);
+          target[i + k] = index;
+        }
+        if (unknown) WordToIndex(f, source + i * 4, target + i, keys + i, kGroup);
+      }
+      WordToIndex(f, source + i * 4, target + i, keys + i, count - i);
+    }
+  }
+  static void WordsTo16(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    kernels::WordsTo16(source, target, pixels);
+  }
+  static void WordsTo15(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    kernels::WordsTo15(source, target, pixels);
+  }
+  static void WordsTo24(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    for (int32_t i = 0; i < pixels; ++i) std::memcpy(target + i * 3, source + i * 4, 3);
+  }
+  static void WordsTo32(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
+    for (int32_t i = 0; i < pixels; ++i) {
+      StoreWord<uint32_t>(target + i * 4, LoadWord<uint32_t>(source + i * 4) & 0xFFFFFF);
+    }
+  }
   static void Depths(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
     f.depths_->Convert(source, target, pixels);
-  }
-  static void Words(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
-    f.words_->Convert(source, target, pixels);
-  }
-  static void Copy(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
-    std::memcpy(target, source, size_t(pixels) * 4);
   }
 };
 
 uint8_t ImageFilter::SearchOutput(uint32_t red, uint32_t green, uint32_t blue) const {
-  std::array<uint16_t, 256> distance;
-  const auto far = [](uint8_t a, uint32_t b) { return uint16_t(std::abs(int(a) - int(b))); };
-  for (size_t i = 0; i < 256; ++i) {
-    distance[i] = uint16_t(far(outputChannels_[0][i], red) + far(outputChannels_[1][i], green) +
-                           far(outputChannels_[2][i], blue));
-  }
-  const size_t count = outputPalette.count;
-  size_t best = 0;
-  for (size_t i = 1; i < count; ++i) {
-    if (distance[i] < distance[best]) best = i;
-  }
-  return uint8_t(best);
+  return kernels::NearestColour(outputChannels_, std::max<int32_t>(outputPalette.count, 1), uint8_t(red),
+                                uint8_t(green), uint8_t(blue));
 }
 
 // A colour that the cache doesn't know. What has the index of the mark would be searched pixel for pixel, so those
@@ -143,7 +174,7 @@ ImageFilter::Line ImageFilter::LineToIndex(int32_t sourceDepth) const {
     case 24:
       return Lines::ToIndex<24>;
     default:
-      return Lines::ToIndex<32>;
+      return Lines::WordsToIndex;
   }
 }
 
@@ -159,17 +190,14 @@ ImageError ImageFilter::PrepareConversion() {
   if (outputDepth == 8) {
     if (!colourCache && !MakeColourCache()) return kImageOutOfMemory;
     convert_ = LineToIndex(depth);
-    convertWords_ = Lines::ToIndex<32>;
+    convertWords_ = Lines::WordsToIndex;
     return kImageOk;
   }
   depths_.emplace(DepthIndexOf(depth), nullptr, DepthIndexOf(outputDepth), nullptr);
   convert_ = Lines::Depths;
-  if (outputDepth == 32) {
-    convertWords_ = Lines::Copy;
-  } else {
-    words_.emplace(DepthIndexOf(32), nullptr, DepthIndexOf(outputDepth), nullptr);
-    convertWords_ = Lines::Words;
-  }
+  static constexpr Line kFromWords[5] = {nullptr, Lines::WordsTo15, Lines::WordsTo16, Lines::WordsTo24,
+                                         Lines::WordsTo32};
+  convertWords_ = kFromWords[DepthIndexOf(outputDepth)];
   return kImageOk;
 }
 
@@ -202,13 +230,17 @@ void ImageFilter::PaletteReplaced() {
   if (mustConvert) PrepareConversion();  // all it may need beyond its first call is the table, which is small
 }
 
-void ImageFilter::ClearHighBytes(uint8_t* line, int32_t pixels) {
-  for (int32_t i = 0; i < pixels; ++i) StoreWord<uint32_t>(line + i * 4, LoadWord<uint32_t>(line + i * 4) & 0xFFFFFF);
-}
-
-void ImageFilter::ConvertWords(uint32_t* source, uint8_t* target, int32_t pixels) {
-  ClearHighBytes(reinterpret_cast<uint8_t*>(source), pixels);
-  convertWords_(*this, reinterpret_cast<const uint8_t*>(source), target, pixels);
+void ImageFilter::ConvertRgb(const uint8_t* rgb, uint8_t* target, int32_t pixels) {
+  if (outputDepth == 32) {
+    kernels::RgbToWords(rgb, target, pixels);
+    return;
+  }
+  uint8_t words[kStep * 4];
+  for (; pixels > 0; pixels -= kStep, rgb += kStep * 3, target += kStep * outputBytesPerPixel) {
+    const int32_t count = std::min(pixels, kStep);
+    kernels::RgbToWords(rgb, words, count);
+    convertWords_(*this, words, target, count);
+  }
 }
 
 }  // namespace vl

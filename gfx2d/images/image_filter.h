@@ -153,10 +153,12 @@ class ImageFilter {
   static const uint8_t* Row(const uint8_t* bits, int32_t pitch, int32_t y) { return bits + ptrdiff_t{y} * pitch; }
   // One line of the picture's depth into the target's format. Only when mustConvert is set.
   void ConvertLine(const uint8_t* source, uint8_t* target, int32_t pixels) { convert_(*this, source, target, pixels); }
-  // The same from words 0xXXRRGGBB, whose high byte doesn't count, to the target of a picture of 24 bits.
-  void ConvertWords(uint32_t* source, uint8_t* target, int32_t pixels);
-  // Leaves only 0x00RRGGBB of the words in a line.
-  static void ClearHighBytes(uint8_t* line, int32_t pixels);
+  // The same for pictures of 24 bits, from words 0xXXRRGGBB, whose high byte doesn't count, or from bytes with red
+  // first.
+  void ConvertWords(const uint8_t* words, uint8_t* target, int32_t pixels) {
+    convertWords_(*this, words, target, pixels);
+  }
+  void ConvertRgb(const uint8_t* rgb, uint8_t* target, int32_t pixels);
   // Either of the two: converts or copies a line of the picture's depth.
   void PutLine(const uint8_t* source, uint8_t* target, int32_t pixels);
   // The palette of an indexed picture was replaced while it is open.
@@ -180,12 +182,11 @@ class ImageFilter {
   const Texts& texts_;
   Line convert_ = nullptr;
   Line convertWords_ = nullptr;
-  std::optional<LineConversion> depths_;                      // between depths above 8
-  std::optional<LineConversion> words_;                       // from 32
-  std::unique_ptr<std::array<uint32_t, 256>> indexPixels_;    // of each index, to depths above 8
-  std::array<std::array<uint8_t, 256>, 3> outputChannels_{};  // of outputPalette
-  std::unique_ptr<std::array<uint32_t, 512>> searched_;       // colours whose index is the mark of the cache
-  bool ownPalette_ = false;                                   // the target takes the picture's palette as it is
+  std::optional<LineConversion> depths_;                    // between depths above 8
+  std::unique_ptr<std::array<uint32_t, 256>> indexPixels_;  // of each index, to depths above 8
+  uint8_t outputChannels_[3][256] = {};                     // of outputPalette
+  std::unique_ptr<std::array<uint32_t, 512>> searched_;     // colours whose index is the mark of the cache
+  bool ownPalette_ = false;                                 // the target takes the picture's palette as it is
   bool frameTaken_ = false;
 };
 

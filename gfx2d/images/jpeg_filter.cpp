@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "gfx2d/images/image_memory.h"
+#include "gfx2d/images/line_kernels.h"
 
 namespace vl {
 namespace {
@@ -21,6 +22,9 @@ constexpr int64_t kWorkBytes = int64_t{16} << 20;
 constexpr int64_t kMaxBlockVisits = int64_t{1} << 26;
 constexpr int64_t kLeastScans = 32;
 constexpr int64_t kMostScans = 1000;
+
+// The library decodes fast only while some thousand bytes are at hand; at the end of each load it is slow.
+constexpr size_t kSourceBytes = size_t{64} << 10;
 
 struct ErrorManager {
   jpeg_error_mgr base;
@@ -42,7 +46,7 @@ struct Source {
   jpeg_source_mgr base;
   CStream* stream;
   bool stopAtEnd;  // the end of the stream is an error; else the picture is taken to end there
-  JOCTET buffer[4096];
+  JOCTET buffer[kSourceBytes];
 };
 
 void InitSource(j_decompress_ptr) {}
@@ -224,7 +228,7 @@ ImageError JpegFilter::Open(CStream& stream) {
   d.source.stopAtEnd = !several;
   d.progress.base.progress_monitor = OnProgress;
   d.progress.maxScans = int(std::clamp(kMaxBlockVisits / std::max<int64_t>(blocks, 1), kLeastScans, kMostScans));
-  d.info.progress = &d.progress.base;
+  if (several) d.info.progress = &d.progress.base;
   return kImageOk;
 }
 
@@ -233,20 +237,32 @@ bool JpegFilter::Start(Decoder& d) {
   return jpeg_start_decompress(&d.info) != FALSE;
 }
 
-// Up to `count` lines; gives how many were read, less at an error.
-int32_t JpegFilter::ReadLines(Decoder& d, uint8_t* bits, int32_t pitch, int32_t count) {
-  constexpr int32_t kAtOnce = 8;
-  const JDIMENSION first = d.info.output_scanline;
-  const JDIMENSION last = first + JDIMENSION(count);
-  if (setjmp(d.errors.jump)) return int32_t(d.info.output_scanline - first);
-  while (d.info.output_scanline < last) {
-    JSAMPROW rows[kAtOnce];
-    const JDIMENSION from = d.info.output_scanline;
-    const JDIMENSION n = std::min<JDIMENSION>(kAtOnce, last - from);
-    for (JDIMENSION i = 0; i < n; ++i) rows[i] = bits + ptrdiff_t(from - first + i) * pitch;
-    if (jpeg_read_scanlines(&d.info, rows, n) == 0) break;
+// Lines straight into the target, up to an error. `clear`: the fourth bytes of words, which the library fills, become 0
+// while each line is still close at hand.
+void JpegFilter::ReadLines(Decoder& d, uint8_t* bits, int32_t pitch, bool clear) {
+  if (setjmp(d.errors.jump)) return;
+  while (d.info.output_scanline < d.info.output_height) {
+    JSAMPROW row = bits + ptrdiff_t(d.info.output_scanline) * pitch;
+    if (jpeg_read_scanlines(&d.info, &row, 1) == 0) return;
+    if (clear) kernels::ClearHighBytes(row, int32_t(d.info.output_width));
   }
-  return int32_t(d.info.output_scanline - first);
+}
+
+// The same by way of `line`, which has room for words.
+void JpegFilter::ConvertLines(Decoder& d, uint8_t* line, uint8_t* bits, int32_t pitch) {
+  const bool inks = d.info.num_components == 4;
+  if (setjmp(d.errors.jump)) return;
+  while (d.info.output_scanline < d.info.output_height) {
+    uint8_t* target = bits + ptrdiff_t(d.info.output_scanline) * pitch;
+    JSAMPROW row = line;
+    if (jpeg_read_scanlines(&d.info, &row, 1) == 0) return;
+    if (inks) MixInks(line);
+    if (mustConvert) {
+      ConvertWords(line, target, width);
+    } else {
+      for (int32_t x = 0; x < width; ++x) std::memcpy(target + x * 3, line + x * 4, 3);
+    }
+  }
 }
 
 ImageError JpegFilter::ReadFrame(CStream&, uint8_t* bits, int32_t pitch, uint8_t*) {
@@ -254,42 +270,21 @@ ImageError JpegFilter::ReadFrame(CStream&, uint8_t* bits, int32_t pitch, uint8_t
   if (!TakeFrame()) return kImagePastEnd;
   Decoder& d = *decoder_;
   const bool inks = d.info.num_components == 4;
-  const bool words = mustConvert;  // the library makes words as fast as bytes, and they are quicker to convert
+  const bool words = mustConvert;  // made as fast as three bytes, and quicker to convert
   d.info.out_color_space = inks ? JCS_CMYK : words ? JCS_EXT_BGRX : JCS_EXT_BGR;
   if (!Start(d)) return kImageOk;
-  if (!inks && !words) {
-    ReadLines(d, bits, pitch, height);
+  // What the library finds aligned it writes past the cache, and it would have to come back from memory for its next
+  // step. So words that are worked on begin at an odd place.
+  constexpr size_t kAlignment = 32;
+  constexpr size_t kOdd = 4;
+  const bool odd = reinterpret_cast<uintptr_t>(bits) % kAlignment != 0 && pitch % int32_t{kAlignment} == 0;
+  if (!inks && (!words || (outputDepth == 32 && odd))) {
+    ReadLines(d, bits, pitch, words);
     return kImageOk;
   }
-  // As many lines as the library makes at once, so that they are still at hand when they are converted.
-  constexpr int32_t kLines = 16;
-  if (!inks && outputDepth == 32) {
-    for (int32_t y = 0; y < height; y += kLines) {
-      const int32_t want = std::min(kLines, height - y);
-      const int32_t read = ReadLines(d, Row(bits, pitch, y), pitch, want);
-      for (int32_t i = 0; i < read; ++i) ClearHighBytes(Row(bits, pitch, y + i), width);
-      if (read < want) break;
-    }
-    return kImageOk;
-  }
-  ImageMemory lines;
-  const int32_t linePitch = width * 4;
-  if (!lines.Allocate(Budget(), uint64_t(linePitch) * kLines)) return kImageOutOfMemory;
-  for (int32_t y = 0; y < height; y += kLines) {
-    const int32_t want = std::min(kLines, height - y);
-    const int32_t read = ReadLines(d, lines.Data(), linePitch, want);
-    for (int32_t i = 0; i < read; ++i) {
-      uint8_t* line = Row(lines.Data(), linePitch, i);
-      uint8_t* target = Row(bits, pitch, y + i);
-      if (inks) MixInks(line);
-      if (mustConvert) {
-        ConvertWords(reinterpret_cast<uint32_t*>(line), target, width);
-      } else {
-        for (int32_t x = 0; x < width; ++x) std::memcpy(target + x * 3, line + x * 4, 3);
-      }
-    }
-    if (read < want) break;
-  }
+  ImageMemory line;
+  if (!line.Allocate(Budget(), uint64_t(width) * 4 + kOdd)) return kImageOutOfMemory;
+  ConvertLines(d, line.Data() + kOdd, bits, pitch);
   return kImageOk;
 }
 

@@ -29,7 +29,8 @@ class JpegFilter final : public ImageFilter {
   // These call libjpeg between a setjmp and its longjmp: they hold nothing that has a destructor.
   static bool ReadHeader(Decoder& decoder, CStream& stream);
   static bool Start(Decoder& decoder);
-  static int32_t ReadLines(Decoder& decoder, uint8_t* bits, int32_t pitch, int32_t count);
+  static void ReadLines(Decoder& decoder, uint8_t* bits, int32_t pitch, bool clear);
+  void ConvertLines(Decoder& decoder, uint8_t* line, uint8_t* bits, int32_t pitch);
   void MixInks(uint8_t* line) const;
 
   std::unique_ptr<Decoder> decoder_;

@@ -26,9 +26,10 @@ class PngFilter final : public ImageFilter {
 
  private:
   struct Decoder;
+  enum class Order { kBgr, kRgb, kWords };  // of the bytes of a pixel; words have a high byte of 0
   // These call libpng between a setjmp and its longjmp: they hold nothing that has a destructor.
   static bool ReadInfo(Decoder& decoder);
-  static bool StartPixels(Decoder& decoder, bool words);
+  static bool StartPixels(Decoder& decoder, Order order);
   static bool ReadLine(Decoder& decoder, uint8_t* to);
   static bool ReadLines(Decoder& decoder, uint8_t* bits, int32_t pitch, int32_t lines);
 

@@ -3,8 +3,10 @@
 #include "gfx2d/script/surface_class.h"
 
 #include "gfx2d/colour.h"
+#include "gfx2d/images/stored_palette.h"
 #include "gfx2d/script/graphics.h"
 #include "gfx2d/script/surface_constants.h"
+#include "host/appfile/app_file.h"
 
 namespace vl {
 
@@ -20,6 +22,16 @@ constexpr int32_t kLastDrawMode = 9;
 
 }  // namespace
 
+namespace {
+
+// What a window of depth 8 shows its pixels in, when the application brings colours of its own.
+void TakeApplicationPalette(CInterpretor& interpreter, cSurface& surface) {
+  if (surface.impl->depth != 8 || !interpreter.app || !interpreter.app->paletteInUse) return;
+  surface.impl->SetPaletteRecord(RecordOf(interpreter.app->palette), false);
+}
+
+}  // namespace
+
 CISurface::CISurface(CInterpretor& interpreter)
     : CIBaseClassImpl(interpreter, CLASS_SURFACE, Listing::Listed),
       CIFontContainer(interpreter),
@@ -31,6 +43,7 @@ CISurface* CISurface::CreateForWindow(CInterpretor& interpreter, CSurfaceHost& h
     interpreter.DestroyObject(object, true);
     return nullptr;
   }
+  TakeApplicationPalette(interpreter, object->surface);
   object->parentWindow = &host;
   object->ResetState();
   object->CIBaseClassImpl::Create();
@@ -140,6 +153,7 @@ void CISurface::ResizeTo(int newWidth, int newHeight) {
   const cSurfaceImpl* prototype = CGraphics::Of(interpreter).library.FindPrototype(depth, 1, 0);
   cSurface resized;
   if (!prototype || !resized.Create(newWidth, newHeight, prototype)) return;
+  TakeApplicationPalette(interpreter, resized);
   resized.Fill(0, 0, newWidth, newHeight, backColor);
   surface.Blit(resized, 0, 0, 0, 0, width, height, 0);
   surface = std::move(resized);

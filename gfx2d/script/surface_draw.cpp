@@ -223,7 +223,7 @@ void CISurface::Copy() {
   };
   const Rect box{std::max(x, 0), std::max(y, 0), end(x, w, width), end(y, h, height)};
   if (!box.IsEmpty()) NoteChange(box.left, box.top, box.right, box.bottom);
-  pixels->Blit(surface, x, y, sx, sy, w, h, transparentMode_, drawMode_, static_cast<uint32_t>(drawParam_), antiAlias_);
+  pixels->Blit(surface, x, y, sx, sy, w, h, transparentMode_, drawMode_, static_cast<uint32_t>(drawParam_));
 }
 
 // Stretch(source), (source, x, y, w, h) or (source, x, y, w, h, sx, sy, sw, sh).

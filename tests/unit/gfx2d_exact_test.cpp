@@ -72,7 +72,7 @@ class Lab {
   }
 
   // Random pixels in blobs and noise, of any layout, with a random clip.
-  Sheet Make(int depth, int width, int height, bool isSource = false) {
+  Sheet Make(int depth, int width, int height, bool isSource) {
     Sheet s;
     ref::Image& image = s.image;
     image.depth = depth;
@@ -125,14 +125,19 @@ class Lab {
     s.memory = image.memory;  // assigned in place: the size is the same, so the surface still lies over it
     if (!isSource && random.OneIn(2)) {
       const int left = random.Between(0, width - 1), top = random.Between(0, height - 1);
-      s.surface->SetClipRect(left, top, random.Between(1, width), random.Between(1, height));
+      const int across = random.Between(1, width), down = random.Between(1, height);
+      s.surface->SetClipRect(left, top, across, down);
     }
     image.clip = s.surface->GetClipRect();
     return s;
   }
   int Side() { return random.OneIn(5) ? random.Between(60, 330) : random.Between(1, 40); }
-  Sheet Source(int depth) { return Make(depth, Side(), random.Between(1, 30), true); }
-  Sheet Target(int depth) { return Make(depth, Side(), random.Between(1, 30)); }
+  Sheet Any(int depth, bool isSource) {
+    const int width = Side(), height = random.Between(1, 30);
+    return Make(depth, width, height, isSource);
+  }
+  Sheet Source(int depth) { return Any(depth, true); }
+  Sheet Target(int depth) { return Any(depth, false); }
 
   Random random;
 
@@ -149,7 +154,7 @@ void ForAllKernels(int rounds, uint32_t seed, Trial&& trial) {
   std::vector<const RowKernels*> tables = {&PortableRowKernels()};
   if (WideRowKernels()) tables.push_back(WideRowKernels());
   for (const RowKernels* kernels : tables) {
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < rounds * 2; ++round) {
       Lab lab(*kernels, seed * 1000 + uint32_t(round));
       SCOPED_TRACE((kernels == tables[0] ? "plain loops, round " : "wide vectors, round ") + std::to_string(round));
       trial(lab);

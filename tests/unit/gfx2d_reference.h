@@ -337,7 +337,7 @@ inline bool Stretch(Image& to, const Image& from, int dx, int dy, int dw, int dh
     }
   }
   // Straight into a destination of the same kind the result is that one's colours.
-  const bool isDirect = from.depth == to.depth && mode == 0 && effect == 0;
+  const bool isDirect = from.depth == to.depth && mode == 0 && effect == 0 && box.Width() == dw && box.Height() == dh;
   const Image& kind = isDirect ? to : made;
   for (int y = 0; y < made.height; ++y) {
     const Taps down = resample ? TapsOf(sh, dh, box.top - dy + y) : Taps{};

@@ -3,6 +3,7 @@
 #include "base/memory_budget.h"
 #include "gfx2d/images/anm_filter.h"
 #include "gfx2d/images/encode_image_element.h"
+#include "gfx2d/images/stored_palette.h"
 #include "gfx2d/pixel_format.h"
 #include "gfx2d/wrap_surface.h"
 #include "host/appfile/element.h"
@@ -107,14 +108,7 @@ bool StorePicture(std::string_view file, const PictureOptions& options, ImageMod
     image->mask.bytes.assign(encoded.mask.begin(), encoded.mask.end());
   }
   palette->reset();
-  if (encoded.palette) {
-    palette->emplace();
-    for (size_t i = 0; i < 256; ++i) {
-      const PaletteEntry& e = encoded.palette->entries[i];
-      const uint8_t bytes[4] = {e.red, e.green, e.blue, e.flag};
-      std::copy_n(bytes, 4, (*palette)->data() + i * 4);
-    }
-  }
+  if (encoded.palette) *palette = StoredPaletteOf(*encoded.palette);
   return true;
 }
 
