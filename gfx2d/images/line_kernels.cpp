@@ -129,6 +129,9 @@ void WordsToKeys(const uint8_t* words, uint16_t* keys, int32_t pixels) {
 }
 
 uint8_t NearestColour(const uint8_t (*channels)[256], int32_t count, uint8_t red, uint8_t green, uint8_t blue) {
+#if VL_WIDE_LINES
+  if (count == 256 && IsWide()) return WideNearestColour(channels, red, green, blue);
+#endif
 #if VL_VECTOR_LINES
   const __m128i zero = _mm_setzero_si128();
   const __m128i r = _mm_set1_epi8(char(red));

@@ -81,6 +81,45 @@ int32_t WideWordsToKeys(const uint8_t* words, uint16_t* keys, int32_t pixels) {
   return i;
 }
 
+uint8_t WideNearestColour(const uint8_t (*channels)[256], uint8_t red, uint8_t green, uint8_t blue) {
+  const Vector zero = _mm256_setzero_si256();
+  const Vector r = _mm256_set1_epi8(char(red));
+  const Vector g = _mm256_set1_epi8(char(green));
+  const Vector b = _mm256_set1_epi8(char(blue));
+  // Sixteen distances a vector, in the order in which unpacking leaves them: places 0 to 7 and 16 to 23 of 32, then
+  // the others.
+  Vector distances[16];
+  Vector least = _mm256_set1_epi16(0x7FFF);
+  for (int i = 0; i < 8; ++i) {
+    const auto far = [i](const uint8_t* channel, Vector y) {
+      const Vector x = Load(channel + i * 32);
+      return _mm256_or_si256(_mm256_subs_epu8(x, y), _mm256_subs_epu8(y, x));
+    };
+    const Vector dr = far(channels[0], r);
+    const Vector dg = far(channels[1], g);
+    const Vector db = far(channels[2], b);
+    const Vector low =
+        _mm256_add_epi16(_mm256_add_epi16(_mm256_unpacklo_epi8(dr, zero), _mm256_unpacklo_epi8(dg, zero)),
+                         _mm256_unpacklo_epi8(db, zero));
+    const Vector high =
+        _mm256_add_epi16(_mm256_add_epi16(_mm256_unpackhi_epi8(dr, zero), _mm256_unpackhi_epi8(dg, zero)),
+                         _mm256_unpackhi_epi8(db, zero));
+    distances[i * 2] = low;
+    distances[i * 2 + 1] = high;
+    least = _mm256_min_epi16(least, _mm256_min_epi16(low, high));
+  }
+  const __m128i half = _mm_min_epi16(_mm256_castsi256_si128(least), _mm256_extracti128_si256(least, 1));
+  const Vector wanted = _mm256_broadcastw_epi16(_mm_minpos_epu16(half));
+  for (int i = 0; i < 8; ++i) {
+    // Packing undoes the unpacking.
+    const Vector equal = _mm256_packs_epi16(_mm256_cmpeq_epi16(distances[i * 2], wanted),
+                                            _mm256_cmpeq_epi16(distances[i * 2 + 1], wanted));
+    const auto bits = uint32_t(_mm256_movemask_epi8(equal));
+    if (bits) return uint8_t(i * 32 + __builtin_ctz(bits));
+  }
+  return 0;
+}
+
 }  // namespace vl::kernels
 
 #if defined(__clang__)

@@ -17,6 +17,8 @@ int32_t WideClearHighBytes(uint8_t* words, int32_t pixels);
 int32_t WideWordsTo16(const uint8_t* words, uint8_t* target, int32_t pixels);
 int32_t WideWordsTo15(const uint8_t* words, uint8_t* target, int32_t pixels);
 int32_t WideWordsToKeys(const uint8_t* words, uint16_t* keys, int32_t pixels);
+// NearestColour among all 256.
+uint8_t WideNearestColour(const uint8_t (*channels)[256], uint8_t red, uint8_t green, uint8_t blue);
 #endif
 
 }  // namespace vl::kernels
