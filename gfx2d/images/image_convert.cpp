@@ -60,35 +60,26 @@ struct ImageFilter::Lines {
       target[i] = index;
     }
   }
-  // Pixel by pixel, searching for what the cache doesn't know.
-  static void WordToIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, const uint16_t* keys,
-                          int32_t pixels) {
-    auto& cache = *f.colourCache;
-    for (int32_t i = 0; i < pixels; ++i) {
-      uint8_t& cell = cache[keys[i]];
-      if (cell == kUnknown) cell = f.SearchAgain(source[i * 4 + 2], source[i * 4 + 1], source[i * 4]);
-      target[i] = cell;
-    }
-  }
   static void WordsToIndex(ImageFilter& f, const uint8_t* source, uint8_t* target, int32_t pixels) {
-    const auto& cache = *f.colourCache;
-    constexpr int32_t kGroup = 16;
+    auto& cache = *f.colourCache;
     uint16_t keys[kStep];
     for (; pixels > 0; pixels -= kStep, source += kStep * 4, target += kStep) {
       const int32_t count = std::min(pixels, kStep);
       kernels::WordsToKeys(source, keys, count);
-      int32_t i = 0;
-      for (; i + kGroup <= count; i += kGroup) {
-        uint32_t unknown = 0;
-        for (int32_t k = 0; k < kGroup; ++k) {
-          const uint8_t index = cache[keys[i + k]];
-          unknown |= uint32_t(index == kUnknown);
-          target[i + k] = index;
-        }
-        if (unknown) WordToIndex(f, source + i * 4, target + i, keys + i, kGroup);
+      for (int32_t i = 0; i < count; ++i) target[i] = cache[keys[i]];
+      // In their order those that the cache didn't know; the first one of a key may have told the others by now.
+      const uint8_t* const end = target + count;
+      for (uint8_t* at = target; (at = FindUnknown(at, end)) != end; ++at) {
+        const ptrdiff_t i = at - target;
+        uint8_t& cell = cache[keys[i]];
+        if (cell == kUnknown) cell = f.SearchAgain(source[i * 4 + 2], source[i * 4 + 1], source[i * 4]);
+        *at = cell;
       }
-      WordToIndex(f, source + i * 4, target + i, keys + i, count - i);
     }
+  }
+  static uint8_t* FindUnknown(uint8_t* from, const uint8_t* end) {
+    void* found = from == end ? nullptr : std::memchr(from, kUnknown, size_t(end - from));
+    return found ? static_cast<uint8_t*>(found) : from + (end - from);
   }
   static void WordsTo16(ImageFilter&, const uint8_t* source, uint8_t* target, int32_t pixels) {
     kernels::WordsTo16(source, target, pixels);

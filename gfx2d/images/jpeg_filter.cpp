@@ -16,8 +16,9 @@ namespace {
 
 constexpr ImageFilter::Texts kTexts = {1, "JPEG", "JPEG picture", "jpg;jpeg;jpe;jfif"};
 
-// What the library takes beside the coefficients of a picture in several scans: some lines and tables.
-constexpr int64_t kWorkBytes = int64_t{16} << 20;
+// What the library takes beside the coefficients of a picture in several scans: tables, and some lines.
+constexpr int64_t kWorkBytes = int64_t{1} << 20;
+constexpr int64_t kWorkBytesPerColumn = 512;
 // A picture in several scans costs its blocks once a scan, however few bytes the scan has. Real ones have about ten.
 constexpr int64_t kMaxBlockVisits = int64_t{1} << 26;
 constexpr int64_t kLeastScans = 32;
@@ -212,7 +213,7 @@ ImageError JpegFilter::Open(CStream& stream) {
   if (components != 1 && components != 3 && components != 4) return kImageOk;
   if (!SetPicture(d.info.image_width, d.info.image_height, 24)) return kImageBadData;
 
-  int64_t need = kWorkBytes;
+  int64_t need = kWorkBytes + kWorkBytesPerColumn * width;
   int64_t blocks = 0;
   for (int i = 0; i < components; ++i) {
     const jpeg_component_info& c = d.info.comp_info[i];

@@ -4,7 +4,9 @@
 #include <bit>
 #include <cstdlib>
 
+#include "gfx2d/images/line_kernels_wide.h"
 #include "gfx2d/pixel_format.h"
+#include "gfx2d/row_kernels.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -20,6 +22,11 @@ constexpr uint32_t kRgb = 0xFFFFFF;
 
 constexpr uint32_t To16(uint32_t w) { return (w >> 8 & 0xF800) | (w >> 5 & 0x7E0) | (w >> 3 & 0x1F); }
 constexpr uint32_t To15(uint32_t w) { return (w >> 9 & 0x7C00) | (w >> 6 & 0x3E0) | (w >> 3 & 0x1F); }
+
+// Whether this processor has the wide vectors; the rows of surfaces ask for the same.
+#if VL_WIDE_LINES
+bool IsWide() { return WideRowKernels() != nullptr; }
+#endif
 
 #if VL_VECTOR_LINES
 __m128i Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
@@ -47,6 +54,9 @@ __m128i Narrow8(const uint8_t* words) {
 template <int Depth>
 void WordsToNarrow(const uint8_t* words, uint8_t* target, int32_t pixels) {
   int32_t i = 0;
+#if VL_WIDE_LINES
+  if (IsWide()) i = Depth == 16 ? WideWordsTo16(words, target, pixels) : WideWordsTo15(words, target, pixels);
+#endif
 #if VL_VECTOR_LINES
   const __m128i zero = _mm_setzero_si128();
   for (; i + 8 <= pixels; i += 8) {
@@ -96,7 +106,11 @@ void RgbToWords(const uint8_t* rgb, uint8_t* words, int32_t pixels) {
 }
 
 void ClearHighBytes(uint8_t* words, int32_t pixels) {
-  for (int32_t i = 0; i < pixels; ++i) StoreWord<uint32_t>(words + i * 4, LoadWord<uint32_t>(words + i * 4) & kRgb);
+  int32_t i = 0;
+#if VL_WIDE_LINES
+  if (IsWide()) i = WideClearHighBytes(words, pixels);
+#endif
+  for (; i < pixels; ++i) StoreWord<uint32_t>(words + i * 4, LoadWord<uint32_t>(words + i * 4) & kRgb);
 }
 
 void WordsTo16(const uint8_t* words, uint8_t* target, int32_t pixels) { WordsToNarrow<16>(words, target, pixels); }
@@ -105,6 +119,9 @@ void WordsTo15(const uint8_t* words, uint8_t* target, int32_t pixels) { WordsToN
 
 void WordsToKeys(const uint8_t* words, uint16_t* keys, int32_t pixels) {
   int32_t i = 0;
+#if VL_WIDE_LINES
+  if (IsWide()) i = WideWordsToKeys(words, keys, pixels);
+#endif
 #if VL_VECTOR_LINES
   for (; i + 8 <= pixels; i += 8) Store(keys + i, Narrow8<16>(words + i * 4));
 #endif
@@ -112,6 +129,9 @@ void WordsToKeys(const uint8_t* words, uint16_t* keys, int32_t pixels) {
 }
 
 uint8_t NearestColour(const uint8_t (*channels)[256], int32_t count, uint8_t red, uint8_t green, uint8_t blue) {
+#if VL_WIDE_LINES
+  if (count == 256 && IsWide()) return WideNearestColour(channels, red, green, blue);
+#endif
 #if VL_VECTOR_LINES
   const __m128i zero = _mm_setzero_si128();
   const __m128i r = _mm_set1_epi8(char(red));

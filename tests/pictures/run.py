@@ -27,8 +27,9 @@ SUFFIXES = (".bmp", ".dib", ".tga", ".pcx", ".fli", ".flc", ".png", ".jpg", ".jp
 
 # What the filters do by their own rules, where other decoders differ: pattern, why.
 RULES = [
-    ("*-bottom-right.tga", "lines always go from the left"),
-    ("*-top-right.tga", "lines always go from the left"),
+    ("*[-_]bottom[-_]right.tga", "lines always go from the left"),
+    ("*[-_]top[-_]right.tga", "lines always go from the left"),
+    ("*p_16*.tga", "colours of five bits widen with zeros"),
     ("*pal8offs.bmp", "the offset of the pixels isn't looked at"),
     ("*pal8oversizepal.bmp", "more than 256 colours are passed over"),
     ("*rgb24largepal.bmp", "the pixels follow the header at once"),
@@ -40,6 +41,7 @@ RULES = [
     ("*01r_00.pcx", "lines shorter than the picture leave the rest black"),
     ("*premature-end.jpg", "the lines that are there"),
     ("*truncated_jpeg.jpg", "the lines that are there"),
+    ("*bug775697.jpg", "the lines that are there"),
 ]
 
 

@@ -64,7 +64,8 @@ NOT_IN_CORE = {
 WRAPPERS = [
     (r"zlib\.h", r"(host/appfile|gfx2d|engine3d)/"),
     (r"png\.h|jpeglib\.h|jerror\.h|setjmp\.h|csetjmp", r"gfx2d/images/(png|jpeg)\w*\.(h|cpp)"),
-    (r"immintrin\.h", r"gfx2d/row_kernels_wide\.cpp"),
+    (r"immintrin\.h", r"gfx2d/(row_kernels_wide|images/line_kernels_wide)\.cpp"),
+    (r"emmintrin\.h", r"gfx2d/images/line_kernels\.cpp"),
     (r"ft2build\.h|freetype/.*", r"platform/text/"),
 ]
 WRAPPERS = [(re.compile(header + r"\Z"), re.compile(path)) for header, path in WRAPPERS]
