@@ -29,7 +29,7 @@ for good in ("clock.time(1);", "p->exit();", "Clock::time(2);", 'Log("use printf
     case(f"left alone: {good}", calls(good), False)
 for path, header, wanted in (("interpreter/a.cpp", "thread", True), ("interpreter/a.cpp", "vector", False),
                              ("host/desktop/run.cpp", "thread", False), ("host/desktop/run.cpp", "fstream", True), ("host/run.cpp", "pthread.h", True),
-                             ("gfx2d/png_filter.cpp", "png.h", False), ("gfx2d/surface.cpp", "png.h", True),
+                             ("gfx2d/images/png_filter.cpp", "png.h", False), ("gfx2d/surface.cpp", "png.h", True),
                              ("ui/window.cpp", "SDL2/SDL.h", True), ("base/text.cpp", "unistd.h", True)):
     case(f"{path} includes <{header}>", forbidden.check_include(path, header) is not None, wanted)
 for path, wanted in (("host/appfile/bank.h", "host/appfile"), ("host/run.h", "host"), ("gfx2d/script/a.h", "gfx2d/script"),
