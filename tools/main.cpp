@@ -39,6 +39,14 @@ int main(int argc, char** argv) {
 
   vl::PackCommand pack;
   CLI::App* packApp = app.add_subcommand("pack", "Pack a project folder into an application");
+  packApp->footer(
+      "The smallest vorlane.toml is one line, name = \"Hello\", with a main.vlq beside it. Banks of pictures, animations,\n"
+      "sounds, texts and data are lists of files:\n\n"
+      "  [[part]]\n"
+      "  [[part.bank]]\n"
+      "  type = \"image\"\n"
+      "  elements = [{ file = \"hero.png\", store = 16, transparent = \"alpha\" }, \"sky.jpg\"]\n\n"
+      "All keys: docs/application-file.md, chapter vorlane.toml.");
   packApp->add_option("FOLDER", pack.folder, "A folder with a vorlane.toml")->required();
   packApp->add_option("-o,--output", pack.output, "The application file to write");
   packApp->add_flag("--watch", pack.watch, "Pack again whenever a file of the project changes");
