@@ -250,6 +250,21 @@ void WidePick16(const uint8_t* source, const int32_t* offsets, uint8_t* target, 
   PickWords<uint16_t>(source, offsets + i, target + size_t(i) * 2, pixels - i);
 }
 
+// Five pixels become ten, of whose bytes the first sixteen and the others are stored apart.
+void WideTwiceTriples(const uint8_t* source, uint8_t* target, int pixels) {
+  const __m128i first = _mm_setr_epi8(0, 1, 2, 0, 1, 2, 3, 4, 5, 3, 4, 5, 6, 7, 8, 6);
+  const __m128i second = _mm_setr_epi8(7, 8, 9, 10, 11, 9, 10, 11, 12, 13, 14, 12, 13, 14, -1, -1);
+  int i = 0;
+  // The sixth pixel holds what is read and written behind the fifth.
+  for (; i + 6 <= pixels; i += 5) {
+    const __m128i from = _mm_loadu_si128(reinterpret_cast<const __m128i*>(source + size_t(i) * 3));
+    auto* to = reinterpret_cast<__m128i*>(target + size_t(i) * 6);
+    _mm_storeu_si128(to, _mm_shuffle_epi8(from, first));
+    _mm_storeu_si128(to + 1, _mm_shuffle_epi8(from, second));
+  }
+  TwiceTriples(source + size_t(i) * 3, target + size_t(i) * 6, pixels - i);
+}
+
 // Squares of eight pixels, exchanged in steps of one, two and four.
 void WideTranspose32(const uint8_t* source, ptrdiff_t sourcePitch, uint8_t* target, ptrdiff_t targetPitch, int pixels) {
   int i = 0;
@@ -362,6 +377,7 @@ constexpr RowKernels WideKernels() {
   kernels.fill[2] = WideFillWords<uint16_t>;
   kernels.fill[3] = WideFillTriples;
   kernels.fill[4] = WideFillWords<uint32_t>;
+  kernels.twice[3] = WideTwiceTriples;
   kernels.pick[2] = WidePick16;
   kernels.pick[4] = WidePick32;
   kernels.transpose[2] = WideTranspose16;

@@ -159,7 +159,13 @@ void PickWords(const uint8_t* source, const int32_t* offsets, uint8_t* target, i
   }
 }
 void PickTriples(const uint8_t* source, const int32_t* offsets, uint8_t* target, int pixels) {
-  for (int i = 0; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + offsets[i], 3);
+  const int32_t last = pixels > 0 ? offsets[pixels - 1] : 0;
+  int i = 0;
+  // Whole words while a pixel follows on both sides; the next one overwrites the fourth byte.
+  for (; i + 1 < pixels && offsets[i] < last; ++i) {
+    StoreWord(target + size_t(i) * 3, LoadWord<uint32_t>(source + offsets[i]));
+  }
+  for (; i < pixels; ++i) std::memcpy(target + size_t(i) * 3, source + offsets[i], 3);
 }
 
 template <int Bytes>
