@@ -40,7 +40,8 @@ int main(int argc, char** argv) {
   vl::PackCommand pack;
   CLI::App* packApp = app.add_subcommand("pack", "Pack a project folder into an application");
   packApp->footer(
-      "The smallest vorlane.toml is one line, name = \"Hello\", with a main.vlq beside it. Banks of pictures, animations,\n"
+      "The smallest vorlane.toml is one line, name = \"Hello\", with a main.vlq beside it. Banks of pictures, "
+      "animations,\n"
       "sounds, texts and data are lists of files:\n\n"
       "  [[part]]\n"
       "  [[part.bank]]\n"
