@@ -1,6 +1,7 @@
 #include "host/run.h"
 
 #include "classes/core_classes.h"
+#include "engine3d/script/engine3d_classes.h"
 #include "gfx2d/script/gfx2d_classes.h"
 #include "host/appfile/errors.h"
 #include "host/globals.h"
@@ -15,6 +16,7 @@ const ClassRegistry& PlayerClasses() {
     ClassRegistry r;
     RegisterCoreClasses(r);
     RegisterGfx2dClasses(r);
+    RegisterEngine3dClasses(r);
     RegisterUiClasses(r);
     return r;
   }();
