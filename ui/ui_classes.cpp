@@ -1,12 +1,14 @@
 #include "ui/ui_classes.h"
 
 #include "interpreter/interpretor.h"
+#include "ui/animation_class.h"
 #include "ui/window_class.h"
 #include "ui/window_tree.h"
 
 namespace vl {
 
 void RegisterUiClasses(ClassRegistry& registry) {
+  registry.Add(kAnimationClass);
   registry.Add(kWindowClass);
   registry.attachWindow = [](CInterpretor& interpreter) {
     if (interpreter.services.windows && interpreter.services.windows->hostWindow()) CIWindow::AttachToHost(interpreter);

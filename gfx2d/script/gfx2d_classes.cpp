@@ -4,6 +4,7 @@ namespace vl {
 
 void RegisterGfx2dClasses(ClassRegistry& registry) {
   registry.Add(kFontClass);
+  registry.Add(kSpriteClass);
   registry.Add(kSurfaceClass);
 }
 

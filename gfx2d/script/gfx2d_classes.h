@@ -6,6 +6,7 @@
 namespace vl {
 
 extern const ClassTable kFontClass;
+extern const ClassTable kSpriteClass;
 extern const ClassTable kSurfaceClass;
 
 void RegisterGfx2dClasses(ClassRegistry& registry);

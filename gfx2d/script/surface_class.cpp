@@ -5,6 +5,7 @@
 #include "gfx2d/colour.h"
 #include "gfx2d/images/stored_palette.h"
 #include "gfx2d/script/graphics.h"
+#include "gfx2d/script/sprite_class.h"
 #include "gfx2d/script/surface_constants.h"
 #include "host/appfile/app_file.h"
 
@@ -115,6 +116,9 @@ void CISurface::Destroy(bool final) {
   penPattern_.reset();
   if (parentWindow) parentWindow->SurfaceIsGone();
   parentWindow = nullptr;
+  while (!spritesHere.empty()) (*spritesHere.begin())->LeaveSurface(true);
+  sprites.RemoveAll(true);
+  LeaveImageUsers();
   surface.Destroy();
   CIBaseClassImpl::Destroy(final);
 }
@@ -139,6 +143,7 @@ void CISurface::ResetState() {
   fillPattern_.reset();
   penPattern_.reset();
   surface.SetOrigin(0, 0);
+  RemoveSprites(true);
   SetFontObject(CGraphics::Of(interpreter).DefaultFont());
   UpdateSimple();
 }
@@ -150,6 +155,7 @@ void CISurface::UpdateSimple() {
 
 void CISurface::ResizeTo(int newWidth, int newHeight) {
   if (newWidth == width && newHeight == height) return;
+  LiftSprites(WholeBox());
   const cSurfaceImpl* prototype = CGraphics::Of(interpreter).library.FindPrototype(depth, 1, 0);
   cSurface resized;
   if (!prototype || !resized.Create(newWidth, newHeight, prototype)) return;
@@ -173,6 +179,7 @@ void CISurface::AddDirty(const Rect& box) {
 void CISurface::NoteChange(int x1, int y1, int x2, int y2) {
   if (locked_) return;
   if (parentWindow) dirty_.Add({x1, y1, x2, y2});
+  LiftSprites({x1, y1, x2, y2});
   dirtyPending_ = true;
   if (autoRefresh_) RequestRefresh();
 }
@@ -199,10 +206,13 @@ void CISurface::NoteShape(int x1, int y1, int x2, int y2) {
 void CISurface::Refresh() {
   dirty = false;
   dirtyPending_ = false;
-  if (!parentWindow) {
-    dirty_.Clear();
-    return;
-  }
+  RunSpritePass();
+  if (parentWindow) PresentDirty();
+  dirty_.Clear();
+  TellImageUsers();
+}
+
+void CISurface::PresentDirty() {
   std::vector<Rect> boxes;
   for (const Rect& box : dirty_.Boxes()) {
     const Rect inside = box.Intersect(WholeBox());
@@ -360,6 +370,7 @@ void CISurface::Lock() {
                        .Intersect(WholeBox());
   if (box.IsEmpty()) return;
   if (parentWindow) dirty_.Add(box);
+  LiftSprites(box);
   dirtyPending_ = true;
   locked_ = true;
 }

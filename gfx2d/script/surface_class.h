@@ -6,12 +6,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <unordered_set>
 #include <vector>
 
 #include "gfx2d/pattern.h"
 #include "gfx2d/script/dirty_list.h"
 #include "gfx2d/script/font_class.h"
 #include "gfx2d/script/surface_host.h"
+#include "gfx2d/sprite_layer.h"
 #include "gfx2d/surface.h"
 #include "gfx2d/surface_text.h"
 #include "interpreter/class_base.h"
@@ -19,7 +21,10 @@
 
 namespace vl {
 
-class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefresh {
+class CISprite;
+struct CSurfaceImage;
+
+class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefresh, public SpriteLayerHost {
  public:
   explicit CISurface(CInterpretor& interpreter);
   // The surface behind a window's client area: `depth` 0 takes the screen's. Null when it can't be made.
@@ -47,14 +52,22 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void WriteText(std::string_view text, int& writtenWidth, int& writtenHeight);
   void WriteTextLine(std::string_view text);
   void EraseBox(int x, int y, int boxWidth, int boxHeight);
-  // Runs before a change: adds to the dirty list, asks for a refresh.
+  // Runs before a change: adds to the dirty list, lifts sprites, asks for a refresh.
   void NoteChange(int x1, int y1, int x2, int y2);
+
+  // SpriteLayerHost.
+  cSurfaceImpl& SpritePixels() override { return *surface.impl; }
+  void SpriteBoxChanged(const Rect& box) override;
+  void RequestSpriteRefresh() override;
 
   CSurfaceHost* parentWindow = nullptr;
   cSurface surface;
   int32_t width = 0;
   int32_t height = 0;
   int32_t depth = 0;
+  SpriteLayer sprites{*this};
+  std::unordered_set<CISprite*> spritesHere;      // that live on it, in its list or not
+  std::unordered_set<CSurfaceImage*> imageUsers;  // that show it as their picture
   int32_t penX = 0;
   int32_t penY = 0;
   uint32_t backColor = 0xFFFFFF;
@@ -98,6 +111,15 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void Clear();
   void GetXPos();
   void GetYPos();
+  void ClearSprites();
+  void UpdateSprites();
+  void DrawSprites();
+  void ScrollSprites();
+  void GetFirstSprite();
+  void GetLastSprite();
+  void GetNextSprite();
+  void GetPrevSprite();
+  void DeleteSprites();
   void SetAutoBack();
   void SetAutoRefresh();
   void RefreshNow();
@@ -144,6 +166,18 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   bool BecomePicture(Picture& picture);
   // Brings a box of the picture here; the boxes are the arguments from `first` on. False when it shows nothing.
   bool TakeCapture(CapturedPicture& picture, int first);
+  // Sprites, in surface_sprites.cpp: takes them off a box, when they are drawn by themselves.
+  void LiftSprites(const Rect& box);
+  void RunSpritePass();
+  void PresentDirty();
+  void TellImageUsers();
+  void LeaveImageUsers();
+  // Every sprite leaves the surface.
+  void RemoveSprites(bool immediate);
+  // Error 36 while sprites are drawn by themselves.
+  void RequireOwnDrawing();
+  // Of argument 0.
+  CISprite* SpriteHere();
   Pattern* PenPattern();
   CISurface* SourceArgument();
   Rect WholeBox() const { return {0, 0, width, height}; }
@@ -159,6 +193,7 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   bool autoRefresh_ = true;
   bool dirtyPending_ = false;
   bool locked_ = false;
+  bool inSpritePass_ = false;
   bool wrapping_ = true;
   bool transparentMode_ = false;
   int32_t drawMode_ = 0;

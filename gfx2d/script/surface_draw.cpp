@@ -140,8 +140,11 @@ void CISurface::SetPixel() {
 }
 
 void CISurface::GetPixel() {
+  const int32_t x = IntOr(0, penX);
+  const int32_t y = IntOr(1, penY);
+  if (WholeBox().Contains(x, y)) LiftSprites({x, y, x + 1, y + 1});
   Colour colour = 0;
-  surface.GetPixel(IntOr(0, penX), IntOr(1, penY), colour);
+  surface.GetPixel(x, y, colour);
   interpreter.GetResult().SetInt(static_cast<int32_t>(SwapRedBlue(colour & 0xFFFFFF)));
 }
 
@@ -293,6 +296,7 @@ void CISurface::Rotate() {
   const double radians = interpreter.GetArgDouble(0);
   if (radians == kDefaultDouble || !std::isfinite(radians)) return;
   const auto degrees = static_cast<int>(std::fmod(radians * kDegreesPerRadian, 360.0));
+  LiftSprites(WholeBox());
   cSurface turned;
   if (!surface.RotateInto(turned, degrees, IntOr(1, 0) != 0, backColor)) return;
   if (!parentWindow) {

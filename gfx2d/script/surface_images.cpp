@@ -88,6 +88,7 @@ void CISurface::LoadImage() {
     interpreter.RaiseError(ERR_NOT_MADE, kNoArgument, "the picture isn't there or can't be read");
   }
   if (count == 0 && HasFlag(flags, kAutoSize) && !parentWindow) {
+    LiftSprites(WholeBox());
     if (!BecomePicture(picture)) interpreter.RaiseError(ERR_MEMORY);
     NoteChange(0, 0, width, height);
     interpreter.GetResult().SetInt(1);
@@ -108,6 +109,7 @@ void CISurface::LoadImage() {
   };
   const Rect box{std::max(x, 0), std::max(y, 0), end(x, w, width), end(y, h, height)};
   if (!box.IsEmpty()) NoteChange(box.left, box.top, box.right, box.bottom);
+  if (HasFlag(flags, kUseImagePalette)) LiftSprites(WholeBox());
   if (HasFlag(flags, kUseImagePalette)) surface.impl->SetPaletteFrom(pixels, true);
   const bool resample = orElse(numbers[4], antiAlias_) != 0;
   picture.pixels->StretchBlit(surface, x, y, w, h, 0, 0, pixels.width, pixels.height, 0, kEffectNone, 0, resample);

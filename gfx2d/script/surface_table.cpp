@@ -10,10 +10,6 @@ namespace {
 constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
   return {id, name, MemberKind::Member, function, 0, 0, help};
 }
-// Not in this player yet.
-constexpr MemberRow Missing(uint16_t id, const char* name, const char* help) {
-  return {id, name, MemberKind::Member, nullptr, 0, 0, help};
-}
 
 constexpr MemberRow kMemberRows[] = {
     Row(1, "Write", kMember<&CISurface::Write>, "Write(...): its arguments as one text at the pen"),
@@ -59,15 +55,21 @@ constexpr MemberRow kMemberRows[] = {
     Row(37, "Clear", kMember<&CISurface::Clear>, "Clear(back, pen): everything as at the start"),
     Row(38, "GetXPos", kMember<&CISurface::GetXPos>, "GetXPos(): the pen"),
     Row(39, "GetYPos", kMember<&CISurface::GetYPos>, "GetYPos(): the pen"),
-    Missing(40, "ClearSprites", "ClearSprites(...)"),
-    Missing(41, "UpdateSprites", "UpdateSprites(...)"),
-    Missing(42, "DrawSprites", "DrawSprites(...)"),
-    Missing(43, "ScrollSprites", "ScrollSprites(...)"),
-    Missing(44, "GetFirstSprite", "GetFirstSprite(...)"),
-    Missing(45, "GetLastSprite", "GetLastSprite(...)"),
-    Missing(46, "GetNextSprite", "GetNextSprite(...)"),
-    Missing(47, "GetPrevSprite", "GetPrevSprite(...)"),
-    Missing(48, "DeleteSprites", "DeleteSprites(...)"),
+    Row(40, "ClearSprites", kMember<&CISurface::ClearSprites>,
+        "ClearSprites(x1, y1, x2, y2): takes them off; error 36 while SetAutoBack is on"),
+    Row(41, "UpdateSprites", kMember<&CISurface::UpdateSprites>,
+        "UpdateSprites(): what was set counts; error 36 while SetAutoBack is on"),
+    Row(42, "DrawSprites", kMember<&CISurface::DrawSprites>,
+        "DrawSprites(): draws those that were taken off or changed; error 36 while SetAutoBack is on"),
+    Row(43, "ScrollSprites", kMember<&CISurface::ScrollSprites>,
+        "ScrollSprites(dx, dy, layer): moves all, or those of a layer"),
+    Row(44, "GetFirstSprite", kMember<&CISurface::GetFirstSprite>, "GetFirstSprite(): the one farthest back, or null"),
+    Row(45, "GetLastSprite", kMember<&CISurface::GetLastSprite>, "GetLastSprite(): the one in front, or null"),
+    Row(46, "GetNextSprite", kMember<&CISurface::GetNextSprite>,
+        "GetNextSprite(sprite): the next one to the front, or null"),
+    Row(47, "GetPrevSprite", kMember<&CISurface::GetPrevSprite>,
+        "GetPrevSprite(sprite): the next one to the back, or null"),
+    Row(48, "DeleteSprites", kMember<&CISurface::DeleteSprites>, "DeleteSprites(): they leave the surface"),
     Row(49, "SetAutoBack", kMember<&CISurface::SetAutoBack>, "SetAutoBack(flag): what lies behind sprites is kept"),
     Row(50, "SetAutoRefresh", kMember<&CISurface::SetAutoRefresh>,
         "SetAutoRefresh(flag): changes are shown by themselves"),
