@@ -233,8 +233,7 @@ void SpriteLayer::LiftSprites(const Rect& given) {
 void SpriteLayer::RunPass() {
   RestoreBackgrounds();
   UpdateState();
-  SaveBackgrounds();
-  Draw();
+  if (SaveBackgrounds()) Draw();
   spritesDirty = false;
 }
 
@@ -286,9 +285,9 @@ bool SpriteLayer::EnsureBackSurface() {
   return true;
 }
 
-void SpriteLayer::SaveBackgrounds() {
+bool SpriteLayer::SaveBackgrounds() {
   cSurfaceImpl& pixels = host_.SpritePixels();
-  if (list_.empty() || !pixels.Lock()) return;
+  if (list_.empty() || !pixels.Lock()) return true;
   pixels.Unlock();
   const Rect clip = pixels.GetClipRect();
   for (const SpriteNode& node : list_) {
@@ -297,11 +296,15 @@ void SpriteLayer::SaveBackgrounds() {
     s.flags &= ~SpriteBody::kSaved;
     const Rect box = Cut(Grown(s.drawnBox, s.Margin()).Intersect(clip), s.drawnClip);
     if (box.IsEmpty()) continue;
-    if (!EnsureBackSurface()) return;
+    if (!EnsureBackSurface()) {
+      for (const SpriteNode& other : list_) other.sprite->flags &= ~SpriteBody::kSaved;
+      return false;
+    }
     pixels.Blit(*backSurface.impl, box.left, box.top, box.left, box.top, box.Width(), box.Height(), 0, 0, 0, false);
     s.savedBox = box;
     s.flags |= SpriteBody::kSaved;
   }
+  return true;
 }
 
 void SpriteLayer::Draw() {

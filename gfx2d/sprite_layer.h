@@ -60,7 +60,8 @@ class SpriteLayer {
   // The pass, and its later steps for programs that draw sprites on their own.
   void RunPass();
   void UpdateState();
-  void SaveBackgrounds();
+  // False when there is no memory for them; then nothing must be drawn.
+  bool SaveBackgrounds();
   void Draw();
 
   bool spritesDirty = false;  // a pass is due

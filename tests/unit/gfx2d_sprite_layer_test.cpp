@@ -220,7 +220,7 @@ TEST_F(ThreeSprites, SoftEdgesAreRestoredOnePixelWider) {
   EXPECT_EQ(Pixels(*stage.surface.impl), Pixels(*stage.plain.impl));
 }
 
-TEST_F(ThreeSprites, WithoutMemoryForTheBackgroundNothingIsLost) {
+TEST_F(ThreeSprites, WithoutMemoryForTheBackgroundNothingIsDrawn) {
   Stage poor(32);
   poor.gfx.budget.Take((uint64_t{256} << 20) - poor.gfx.budget.Used());
   SpriteBody s;
@@ -229,7 +229,10 @@ TEST_F(ThreeSprites, WithoutMemoryForTheBackgroundNothingIsLost) {
   poor.layer.Add(s);
   poor.layer.NoteSpriteChanged(s);
   poor.layer.RunPass();
-  EXPECT_FALSE(s.flags & SpriteBody::kSaved);
+  EXPECT_EQ(Pixels(*poor.surface.impl), Pixels(*poor.plain.impl));
+  poor.gfx.budget.Return(uint64_t{1} << 20);
+  poor.layer.RunPass();
+  EXPECT_EQ(Pixels(*poor.surface.impl), poor.Expected());
   poor.layer.RemoveAll(true);
 }
 
