@@ -40,6 +40,8 @@ struct SpriteBody {
   static constexpr uint32_t kShowAsked = 0x4000;    //
   static constexpr uint32_t kImageChanged = 0x8000;
 
+  static constexpr size_t kNotQuiet = static_cast<size_t>(-1);
+
   static constexpr uint32_t kEffectBits = 0xFFFF;
   static constexpr uint32_t kTransparent = 0x10000000;
   static constexpr uint32_t kAntiAliased = 0x20000000;
@@ -61,8 +63,9 @@ struct SpriteBody {
   // Whether a point of the surface lies on it.
   bool IsPointIn(int px, int py);
 
-  SpriteLayer* home = nullptr;  // null while it is in no list
-  SpriteList::iterator node;    // valid with `home`
+  SpriteLayer* home = nullptr;    // null while it is in no list
+  SpriteList::iterator node;      // valid with `home`
+  size_t quietPlace = kNotQuiet;  // in the layer's list of those that could be reached by a change
   uint32_t flags = 0;
   int32_t layer = 0;
   std::shared_ptr<SpriteImage> drawnImage;

@@ -38,6 +38,8 @@ void SpriteLayer::Add(SpriteBody& sprite) {
   while (at != list_.begin() && std::prev(at)->sprite->layer > sprite.layer) --at;
   sprite.node = list_.insert(at, SpriteNode{&sprite, nullptr});
   sprite.home = this;
+  sprite.flags &= ~SpriteBody::kChanged;
+  if (!(sprite.flags & SpriteBody::kHidden)) Quieten(sprite);
 }
 
 void SpriteLayer::Remove(SpriteBody& sprite, bool immediate) {
@@ -46,6 +48,7 @@ void SpriteLayer::Remove(SpriteBody& sprite, bool immediate) {
   const auto node = sprite.node;
   if (!immediate && !(sprite.flags & SpriteBody::kHidden)) MarkTouched(sprite);
   sprite.home = nullptr;
+  Rouse(sprite);
   if (immediate || !(sprite.flags & SpriteBody::kSaved)) {
     list_.erase(node);
     return;
@@ -171,22 +174,39 @@ void SpriteLayer::NoteSpriteChanged(SpriteBody& sprite) {
 void SpriteLayer::MarkTouched(SpriteBody& sprite) {
   if (sprite.flags & SpriteBody::kChanged) return;
   sprite.flags |= SpriteBody::kChanged;
+  Rouse(sprite);
   std::vector<SpriteBody*> work{&sprite};
   while (!work.empty()) {
     const SpriteBody& s = *work.back();
     work.pop_back();
     const Rect reach = Narrow(Grown(s.box.Union(s.drawnBox), s.Margin()));
-    for (const SpriteNode& node : list_) {
-      SpriteBody& t = *node.sprite;
-      if (t.flags & (SpriteBody::kChanged | SpriteBody::kHidden)) continue;
-      if (!Overlaps(reach, Narrow(Grown(t.drawnBox, t.Margin()))) &&
-          !Overlaps(reach, Narrow(Grown(t.box, t.Margin())))) {
+    for (size_t i = 0; i < quiet_.size();) {
+      if (!Overlaps(reach, quiet_[i].drawnBox) && !Overlaps(reach, quiet_[i].box)) {
+        ++i;
         continue;
       }
+      // The last one takes its place.
+      SpriteBody& t = *quiet_[i].sprite;
       t.flags |= SpriteBody::kChanged;
+      Rouse(t);
       work.push_back(&t);
     }
   }
+}
+
+void SpriteLayer::Quieten(SpriteBody& sprite) {
+  if (sprite.quietPlace != SpriteBody::kNotQuiet) return;
+  sprite.quietPlace = quiet_.size();
+  const int margin = sprite.Margin();
+  quiet_.push_back({&sprite, Narrow(Grown(sprite.box, margin)), Narrow(Grown(sprite.drawnBox, margin))});
+}
+
+void SpriteLayer::Rouse(SpriteBody& sprite) {
+  if (sprite.quietPlace == SpriteBody::kNotQuiet) return;
+  quiet_[sprite.quietPlace] = quiet_.back();
+  quiet_[sprite.quietPlace].sprite->quietPlace = sprite.quietPlace;
+  quiet_.pop_back();
+  sprite.quietPlace = SpriteBody::kNotQuiet;
 }
 
 void SpriteLayer::Restore(SpriteBody& sprite) {
@@ -233,8 +253,7 @@ void SpriteLayer::LiftSprites(const Rect& given) {
 void SpriteLayer::RunPass() {
   RestoreBackgrounds();
   UpdateState();
-  SaveBackgrounds();
-  Draw();
+  if (SaveBackgrounds()) Draw();
   spritesDirty = false;
 }
 
@@ -265,6 +284,7 @@ void SpriteLayer::UpdateState() {
     s.drawnHotX = s.hotX;
     s.drawnHotY = s.hotY;
     s.drawnImage = s.image;
+    if (!(s.flags & SpriteBody::kHidden)) Quieten(s);
   }
 }
 
@@ -286,9 +306,9 @@ bool SpriteLayer::EnsureBackSurface() {
   return true;
 }
 
-void SpriteLayer::SaveBackgrounds() {
+bool SpriteLayer::SaveBackgrounds() {
   cSurfaceImpl& pixels = host_.SpritePixels();
-  if (list_.empty() || !pixels.Lock()) return;
+  if (list_.empty() || !pixels.Lock()) return true;
   pixels.Unlock();
   const Rect clip = pixels.GetClipRect();
   for (const SpriteNode& node : list_) {
@@ -297,11 +317,15 @@ void SpriteLayer::SaveBackgrounds() {
     s.flags &= ~SpriteBody::kSaved;
     const Rect box = Cut(Grown(s.drawnBox, s.Margin()).Intersect(clip), s.drawnClip);
     if (box.IsEmpty()) continue;
-    if (!EnsureBackSurface()) return;
+    if (!EnsureBackSurface()) {
+      for (const SpriteNode& other : list_) other.sprite->flags &= ~SpriteBody::kSaved;
+      return false;
+    }
     pixels.Blit(*backSurface.impl, box.left, box.top, box.left, box.top, box.Width(), box.Height(), 0, 0, 0, false);
     s.savedBox = box;
     s.flags |= SpriteBody::kSaved;
   }
+  return true;
 }
 
 void SpriteLayer::Draw() {

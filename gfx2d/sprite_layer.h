@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "gfx2d/sprite_body.h"
 
@@ -60,7 +61,8 @@ class SpriteLayer {
   // The pass, and its later steps for programs that draw sprites on their own.
   void RunPass();
   void UpdateState();
-  void SaveBackgrounds();
+  // False when there is no memory for them; then nothing must be drawn.
+  bool SaveBackgrounds();
   void Draw();
 
   bool spritesDirty = false;  // a pass is due
@@ -68,6 +70,8 @@ class SpriteLayer {
 
  private:
   void MarkTouched(SpriteBody& sprite);
+  void Quieten(SpriteBody& sprite);
+  void Rouse(SpriteBody& sprite);
   void RestoreBackgrounds();
   void Restore(SpriteBody& sprite);
   void RequestPass();
@@ -76,6 +80,14 @@ class SpriteLayer {
 
   SpriteLayerHost& host_;
   SpriteList list_;
+  // The sprites that show and haven't changed, with what they cover: all that a change elsewhere can still reach. Kept
+  // small and in one piece, as every change looks through it.
+  struct Quiet {
+    SpriteBody* sprite;
+    Rect box;
+    Rect drawnBox;
+  };
+  std::vector<Quiet> quiet_;
 };
 
 }  // namespace vl

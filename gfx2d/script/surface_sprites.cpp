@@ -64,8 +64,7 @@ void CISurface::UpdateSprites() {
 
 void CISurface::DrawSprites() {
   RequireOwnDrawing();
-  sprites.SaveBackgrounds();
-  sprites.Draw();
+  if (sprites.SaveBackgrounds()) sprites.Draw();
 }
 
 void CISurface::ScrollSprites() {
