@@ -11,7 +11,6 @@ namespace {
 constexpr uint32_t kAnimationArguments = kArgCurrentWindow | 0xFFFF;
 constexpr uint32_t kAttributeFamily = 0xDEB00000;
 constexpr uint32_t kFamilyBits = 0xFFF00000;
-constexpr uint32_t ERR_ANIMATION = 81;
 
 }  // namespace
 

@@ -10,8 +10,6 @@
 
 namespace vl {
 
-enum SpriteError : uint32_t { ERR_SPRITE_IMAGE = 34, ERR_AUTO_BACK = 36, ERR_SPRITE_SURFACE = 39 };
-
 class CImageElement;
 struct CSurfaceImage;
 

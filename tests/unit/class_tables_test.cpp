@@ -33,9 +33,10 @@ std::map<int, int> GlobalKinds(uint32_t id) {
   return kinds;
 }
 
-TEST(ClassTables, TheClassesOfTheSliceAreThere) {
+TEST(ClassTables, TheClassesOfThisPlayerAreThere) {
   for (const uint32_t id : {CLASS_MATH, CLASS_FONT, CLASS_STRING, CLASS_SURFACE, CLASS_SYSTEM, CLASS_PROCESS,
-                            CLASS_PROGRAM, CLASS_WINDOW, CLASS_BANK}) {
+                            CLASS_PROGRAM, CLASS_WINDOW, CLASS_BANK, CLASS_BINARY, CLASS_POINTARRAY, CLASS_ANIMATION,
+                            CLASS_SPRITE, CLASS_VECTOR, CLASS_MATRIX, CLASS_QUATERNION}) {
     ASSERT_NE(PlayerClasses().tables[id], nullptr) << FactsOfClass(id).name;
     EXPECT_EQ(Table(id).id, id);
   }
