@@ -105,7 +105,8 @@ int RunCommand::Execute() const {
   }
   vl_set_command_line(player.get(), arguments.c_str());
   for (const TimedInput& event : input) {
-    if (!vl_script_input(player.get(), event.atMs, &event.event)) {
+    const vl_input_event scripted = event.Event();
+    if (!vl_script_input(player.get(), event.atMs, &scripted)) {
       PrintError("--input needs --headless with the virtual clock");
       return kExitUsage;
     }
