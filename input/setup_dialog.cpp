@@ -108,6 +108,12 @@ void SetupDialog::ScrollTo(size_t row) {
   firstRow_ = std::min(firstRow_, count > kPage ? count - kPage : 0);
 }
 
+void SetupDialog::ScrollBy(int64_t rows) {
+  const auto most = std::max<int64_t>(static_cast<int64_t>(tree_.Rows().size()) - kVisibleRows, 0);
+  firstRow_ = static_cast<size_t>(std::clamp<int64_t>(static_cast<int64_t>(firstRow_) + rows, 0, most));
+  isDirty_ = true;
+}
+
 void SetupDialog::MoveSelection(int rows) {
   const auto last = static_cast<int>(tree_.Rows().size()) - 1;
   const int row = std::clamp(static_cast<int>(SelectedRow()) + rows, 0, last);
@@ -258,6 +264,13 @@ void SetupDialog::MouseDown(int32_t button, int x, int y, bool isDouble) {
   }
   if (!kListBox.Contains(x, y)) return;
   focus_ = kList;
+  if (HasScrollBar() && x >= kListBox.right - 2 - kScrollWidth) {
+    // Where it is pressed the middle of the list comes to stand.
+    const auto count = static_cast<int64_t>(tree_.Rows().size());
+    const int64_t middle = (y - kListBox.top - 2) * count / (kListBox.Height() - 4);
+    ScrollBy(middle - kVisibleRows / 2 - static_cast<int64_t>(firstRow_));
+    return;
+  }
   const size_t row = firstRow_ + static_cast<size_t>(std::max(y - kListBox.top - 2, 0) / kRowHeight);
   if (row >= tree_.Rows().size()) return;
   const SetupRow hit = tree_.Rows()[row];
@@ -295,10 +308,7 @@ void SetupDialog::Wheel(int32_t delta) {
     Capture(capture_->Wheel(delta));
     return;
   }
-  const auto rows = static_cast<int64_t>(firstRow_) - int64_t{delta} * kRowsPerNotch / 120;
-  const auto most = std::max<int64_t>(static_cast<int64_t>(tree_.Rows().size()) - kVisibleRows, 0);
-  firstRow_ = static_cast<size_t>(std::clamp<int64_t>(rows, 0, most));
-  isDirty_ = true;
+  ScrollBy(-int64_t{delta} * kRowsPerNotch / 120);
 }
 
 void SetupDialog::WatchDevices() {

@@ -58,6 +58,8 @@ class SetupDialog {
   void Capture(std::optional<int> row);
   void NextFocus();
   void ScrollTo(size_t row);
+  void ScrollBy(int64_t rows);
+  bool HasScrollBar() const { return tree_.Rows().size() > static_cast<size_t>(kVisibleRows); }
   size_t SelectedRow() const { return tree_.RowOf(selected_); }
   static Rect ButtonBox(int button);
   static int ButtonAt(int x, int y);
@@ -74,6 +76,7 @@ class SetupDialog {
   static constexpr Rect kHintBox = {10, 286, 410, 324};
   static constexpr int kRowHeight = 16;
   static constexpr int kIndent = 16;
+  static constexpr int kScrollWidth = 16;
   static constexpr int kVisibleRows = (kListBox.bottom - kListBox.top - 4) / kRowHeight;
 
   const DeviceState& devices_;

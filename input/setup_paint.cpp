@@ -21,8 +21,6 @@ enum SystemIndex : uint32_t {
   kDarkShadow = 21,
 };
 
-constexpr int kScrollWidth = 16;
-
 void Fill(cSurface& surface, const Rect& box, uint32_t index) {
   if (!box.IsEmpty()) surface.Fill(box.left, box.top, box.Width(), box.Height(), SystemColor(index));
 }
@@ -70,7 +68,7 @@ void SetupDialog::PaintList(cSurface& surface, TextFont& font) {
   const size_t end = std::min(rows.size(), firstRow_ + static_cast<size_t>(kVisibleRows));
   int y = kListBox.top + 2;
   for (size_t row = firstRow_; row < end; ++row, y += kRowHeight) PaintRow(surface, font, rows[row], y);
-  if (rows.size() > static_cast<size_t>(kVisibleRows)) PaintScrollBar(surface);
+  if (HasScrollBar()) PaintScrollBar(surface);
 }
 
 void SetupDialog::PaintRow(cSurface& surface, TextFont& font, const SetupRow& row, int y) {
