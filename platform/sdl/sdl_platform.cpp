@@ -10,6 +10,8 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_input_devices.h"
+#include "platform/sdl/sdl_joysticks.h"
 #include "platform/sdl/sdl_keys.h"
 #include "platform/sdl/sdl_windows.h"
 #include "platform/sdl/window_mailbox.h"
@@ -60,6 +62,8 @@ int32_t ButtonOf(Uint8 button) {
       return kMouseMiddle;
     case SDL_BUTTON_RIGHT:
       return kMouseRight;
+    case SDL_BUTTON_X1:
+      return kMouseFourth;
     default:
       return 0;
   }
@@ -97,6 +101,8 @@ struct SdlPlatform::Parts {
   SdlVideo video;
   std::unique_ptr<WindowMailbox> mailbox;
   SdlWindows windows;
+  SdlInputDevices inputDevices{[this] { Wake(); }};
+  SdlJoysticks joysticks{queue};
   double wheelRest = 0;  // of a notch, in steps
 };
 
@@ -155,6 +161,7 @@ Services SdlPlatform::services() {
   s.text = parts_->options.text ? parts_->options.text : &parts_->textEngine;
   s.files = parts_->options.files;
   s.environment = &parts_->environment;
+  s.input = &parts_->inputDevices;
   return s;
 }
 
@@ -178,6 +185,7 @@ bool SdlPlatform::pumpHost(int timeoutMs) {
   p.StopWhenDue();
   for (const NativeWindow window : p.windows.Apply(*p.mailbox)) p.queue.Push(MakeEvent(EventType::Close, window));
   p.windows.Show(*p.mailbox);
+  p.inputDevices.Apply();
   for (const WindowMessage& message : p.mailbox->TakeMessages()) {
     SDL_ShowSimpleMessageBox(SDL_MESSAGEBOX_INFORMATION, Utf8Of1252(message.title).c_str(),
                              Utf8Of1252(message.text).c_str(), p.windows.Find(kHostWindow));
@@ -231,6 +239,7 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
       DropFile(e.drop);
       break;
     default:
+      joysticks.Handle(e);
       break;
   }
 }
@@ -267,8 +276,9 @@ void SdlPlatform::Parts::TranslateText(const SDL_TextInputEvent& e) {
 void SdlPlatform::Parts::TranslateMouse(const SDL_Event& e) {
   if (e.type == SDL_MOUSEMOTION) {
     Event event = MakeEvent(EventType::MouseMove, windows.WindowOf(e.motion.windowID));
-    event.x = e.motion.x;
-    event.y = e.motion.y;
+    event.x = inputDevices.IsHeld() ? e.motion.xrel : e.motion.x;
+    event.y = inputDevices.IsHeld() ? e.motion.yrel : e.motion.y;
+    event.ch = inputDevices.IsHeld() ? 1 : 0;
     if (event.window != 0) queue.Push(event);
     return;
   }
