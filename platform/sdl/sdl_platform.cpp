@@ -37,6 +37,13 @@ class SdlVideo {
   bool isUp_;
 };
 
+constexpr const char* kNoDisplay = "no display (neither X11 nor Wayland can be reached); --headless runs without one";
+
+// The libraries of a display that can't be reached write lines of their own, so it isn't even tried.
+bool IsDisplayNamed() {
+  return SDL_getenv("DISPLAY") || SDL_getenv("WAYLAND_DISPLAY") || SDL_GetHint(SDL_HINT_VIDEODRIVER);
+}
+
 // SDL falls back to drivers that show nothing; a person who asked for none of them must be told.
 bool IsShowingNothing() {
   const char* driver = SDL_GetCurrentVideoDriver();
@@ -128,13 +135,17 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
   // A closed window is an event like others; signals still end the run in order.
   SDL_SetHint(SDL_HINT_QUIT_ON_LAST_WINDOW_CLOSE, "0");
   SDL_SetHint(SDL_HINT_MOUSE_FOCUS_CLICKTHROUGH, "1");
+  if (!IsDisplayNamed()) {
+    reason = kNoDisplay;
+    return nullptr;
+  }
   auto parts = std::make_unique<Parts>(options);
   if (!parts->video.IsUp()) {
     reason = std::string("no display (") + SDL_GetError() + "); --headless runs without one";
     return nullptr;
   }
   if (IsShowingNothing()) {
-    reason = "no display (neither X11 nor Wayland can be reached); --headless runs without one";
+    reason = kNoDisplay;
     return nullptr;
   }
   SDL_EventState(SDL_DROPTEXT, SDL_DISABLE);

@@ -6,7 +6,7 @@
 namespace vl {
 namespace {
 
-constexpr auto kNoteTime = std::chrono::seconds(2);
+constexpr uint32_t kNoteMs = 2000;
 constexpr int kNoteMargin = 10;
 constexpr size_t kRecentInMenu = 9;
 constexpr int32_t kKeyMods = kModShift | kModControl | kModAlt;
@@ -63,7 +63,7 @@ std::optional<ShellRequest> Shell::TakeRequest() {
 
 void Shell::ShowNote(const std::string& text) {
   note_ = Text1252OfUtf8(text);
-  noteEnd_ = std::chrono::steady_clock::now() + kNoteTime;
+  noteEndMs_ = clock_.nowMs() + kNoteMs;
   Refresh();
 }
 
@@ -238,7 +238,7 @@ void Shell::OnErrorInput(const Event& event) {
 }
 
 void Shell::OnPumped() {
-  if (!note_.empty() && std::chrono::steady_clock::now() >= noteEnd_) {
+  if (!note_.empty() && static_cast<int32_t>(clock_.nowMs() - noteEndMs_) >= 0) {
     note_.clear();
     Refresh();
   }

@@ -5,7 +5,6 @@
 #pragma once
 
 #include <array>
-#include <chrono>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -16,6 +15,7 @@
 #include "host/desktop/shell/error_panel.h"
 #include "host/desktop/shell/shell_menu.h"
 #include "host/desktop/shell/shell_painter.h"
+#include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -56,8 +56,6 @@ class Shell final : public SdlListener {
   void OnPumped() override;
 
  private:
-  using Time = std::chrono::steady_clock::time_point;
-
   ShellAction ActionOf(const Event& event) const;
   std::string KeysOf(ShellAction action) const;
   void Do(ShellAction action, const std::string& path = {});
@@ -68,6 +66,7 @@ class Shell final : public SdlListener {
   // Lays over the windows what is to be seen now.
   void Refresh();
 
+  PosixClock clock_{std::nullopt};
   PosixFontFinder fonts_;
   FreeTypeTextEngine text_;
   ShellPainter painter_;
@@ -82,7 +81,7 @@ class Shell final : public SdlListener {
   ShellMenu menu_;
   NativeWindow menuWindow_ = 0;
   std::string note_;  // code page 1252
-  Time noteEnd_;
+  uint32_t noteEndMs_ = 0;
   NativeWindow overlaid_ = 0;
   bool isOverlaid_ = false;
   ErrorPanel error_;
