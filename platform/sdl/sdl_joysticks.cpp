@@ -66,7 +66,7 @@ JoystickDescription DescribeJoystick(SDL_Joystick* joystick) {
 
 }  // namespace
 
-SdlJoysticks::SdlJoysticks(ThreadedQueue& queue) : queue_(queue) {
+SdlJoysticks::SdlJoysticks(ThreadedQueue& queue) : queue_(&queue) {
   // A joystick is read whichever window is in front, as ever.
   SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
   isUp_ = SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER) == 0;
@@ -94,20 +94,26 @@ void SdlJoysticks::Add(int deviceIndex) {
   if (id < 0 || NumberOf(id, true) >= 0 || NumberOf(id, false) >= 0) return;
   const auto free = std::find_if(devices_.begin(), devices_.end(), [](const Device& d) { return !d.IsOpen(); });
   if (free == devices_.end()) return;
-  JoystickDescription description;
   if (SDL_IsGameController(deviceIndex)) free->pad.reset(SDL_GameControllerOpen(deviceIndex));
-  if (free->pad) {
-    description = DescribePad(free->pad.get());
-  } else {
-    free->joystick.reset(SDL_JoystickOpen(deviceIndex));
-    if (!free->joystick) return;
-    description = DescribeJoystick(free->joystick.get());
-  }
+  if (!free->pad) free->joystick.reset(SDL_JoystickOpen(deviceIndex));
+  if (!free->IsOpen()) return;
   free->id = id;
+  PushAttach(*free);
+}
+
+void SdlJoysticks::PushAttach(const Device& device) {
   Event event;
   event.type = EventType::JoystickAttach;
-  event.code = int32_t(free - devices_.begin());
-  queue_.PushWithBlob(event, WriteJoystickDescription(description));
+  event.code = int32_t(&device - devices_.data());
+  queue_->PushWithBlob(event, WriteJoystickDescription(device.pad ? DescribePad(device.pad.get())
+                                                                  : DescribeJoystick(device.joystick.get())));
+}
+
+void SdlJoysticks::Announce(ThreadedQueue& queue) {
+  queue_ = &queue;
+  for (const Device& device : devices_) {
+    if (device.IsOpen()) PushAttach(device);
+  }
 }
 
 void SdlJoysticks::Remove(SDL_JoystickID id) {
@@ -124,7 +130,7 @@ void SdlJoysticks::Push(EventType type, int number, int index, int32_t value) {
   event.code = number;
   event.x = index;
   event.y = value;
-  queue_.Push(event);
+  queue_->Push(event);
 }
 
 void SdlJoysticks::PushPadHat(int number) {

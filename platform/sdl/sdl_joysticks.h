@@ -18,14 +18,16 @@ namespace vl {
 
 class SdlJoysticks {
  public:
-  // `queue` outlives this. Reads the person's own mappings and takes in what is plugged in; without SDL's joysticks
-  // there are none.
+  // Events go to `queue`, which outlives this or the next Announce. Reads the person's own mappings and takes in what
+  // is plugged in; without SDL's joysticks there are none.
   explicit SdlJoysticks(ThreadedQueue& queue);
   ~SdlJoysticks();
   SdlJoysticks(const SdlJoysticks&) = delete;
   SdlJoysticks& operator=(const SdlJoysticks&) = delete;
 
   void Handle(const SDL_Event& event);
+  // Another run begins, with a queue of its own: what is plugged in is told anew.
+  void Announce(ThreadedQueue& queue);
 
  private:
   struct Close {
@@ -41,13 +43,14 @@ class SdlJoysticks {
   };
 
   void Add(int deviceIndex);
+  void PushAttach(const Device& device);
   void Remove(SDL_JoystickID id);
   // The number of an open one, -1 for none. `isPad` tells which kind of event it is: each device counts by one only.
   int NumberOf(SDL_JoystickID id, bool isPad) const;
   void Push(EventType type, int number, int index, int32_t value);
   void PushPadHat(int number);
 
-  ThreadedQueue& queue_;
+  ThreadedQueue* queue_;
   bool isUp_;
   std::array<Device, kMaxJoysticks> devices_;
 };
