@@ -1,57 +1,12 @@
 // The picture of the set-up dialog.
 #include <algorithm>
 
-#include "base/system_colors.h"
-#include "gfx2d/surface_text.h"
+#include "input/classic_paint.h"
 #include "input/setup_dialog.h"
 
 namespace vl {
-namespace {
 
-enum SystemIndex : uint32_t {
-  kWindowColor = 5,
-  kWindowText = 8,
-  kHighlight = 13,
-  kHighlightText = 14,
-  kFace = 15,
-  kShadow = 16,
-  kGreyText = 17,
-  kButtonText = 18,
-  kLightEdge = 20,
-  kDarkShadow = 21,
-};
-
-void Fill(cSurface& surface, const Rect& box, uint32_t index) {
-  if (!box.IsEmpty()) surface.Fill(box.left, box.top, box.Width(), box.Height(), SystemColor(index));
-}
-
-// One line around the inside of the box: left and top in one colour, right and bottom in another.
-void Edge(cSurface& surface, const Rect& box, uint32_t topLeft, uint32_t bottomRight) {
-  Fill(surface, {box.left, box.top, box.right, box.top + 1}, topLeft);
-  Fill(surface, {box.left, box.top, box.left + 1, box.bottom}, topLeft);
-  Fill(surface, {box.left, box.bottom - 1, box.right, box.bottom}, bottomRight);
-  Fill(surface, {box.right - 1, box.top, box.right, box.bottom}, bottomRight);
-}
-
-Rect Inside(const Rect& box, int by) { return {box.left + by, box.top + by, box.right - by, box.bottom - by}; }
-
-void Raised(cSurface& surface, const Rect& box) {
-  Fill(surface, box, kFace);
-  Edge(surface, box, kLightEdge, kDarkShadow);
-  Edge(surface, Inside(box, 1), kFace, kShadow);
-}
-
-void Sunken(cSurface& surface, const Rect& box) {
-  Edge(surface, box, kShadow, kLightEdge);
-  Edge(surface, Inside(box, 1), kDarkShadow, kFace);
-}
-
-void Text(cSurface& surface, TextFont& font, std::string_view text, Rect box, uint32_t format, uint32_t index) {
-  const TextPaint paint{.colour = TextColour(*surface.impl, SystemColor(index))};
-  DrawTextEx(surface, font, text, box, format | kTextNoPrefix, paint, {});
-}
-
-}  // namespace
+using namespace classic;
 
 void SetupDialog::Paint(cSurface& surface, TextFont& font) {
   isDirty_ = false;

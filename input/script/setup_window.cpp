@@ -3,6 +3,7 @@
 #include "gfx2d/script/graphics.h"
 #include "input/game_input_library.h"
 #include "input/setup_dialog.h"
+#include "input/setup_frame.h"
 #include "interpreter/interpretor.h"
 #include "platform/device_queue.h"
 #include "ui/window_tree.h"
@@ -15,6 +16,7 @@ constexpr int kDepth = 32;
 // Longest sleep of the loop: joysticks and the run's stop must not wait longer.
 constexpr int kSliceMs = 50;
 constexpr int kFontHeight = -11;
+constexpr int kBold = 700;
 
 // What other windows are told while the dialog is open: to paint, and what became of them; no input.
 bool IsInput(uint32_t message) {
@@ -22,7 +24,8 @@ bool IsInput(uint32_t message) {
          message == WM_COMMAND || message == WM_SYSCOMMAND || message == WM_MOUSEACTIVATE;
 }
 
-// The dialog's window: its messages become calls of the dialog, its picture goes to the tree.
+// The dialog's window: its messages become calls of the dialog, its picture goes to the tree. It stands inside the
+// host's window when it fits there, as a host may show no other; else it is a window of its own.
 class SetupWindow final : public CWindowTarget {
  public:
   SetupWindow(CInterpretor& interpreter, SetupDialog& dialog)
@@ -30,6 +33,7 @@ class SetupWindow final : public CWindowTarget {
   ~SetupWindow() override {
     tree_.ForgetTarget(handle_);
     tree_.Destroy(handle_);
+    if (tree_.Find(capture_)) tree_.SetCapture(capture_);
   }
 
   bool Open(uint32_t owner, const char* title);
@@ -38,6 +42,8 @@ class SetupWindow final : public CWindowTarget {
   int32_t WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) override;
 
  private:
+  void Place(uint32_t owner, WindowCreation& creation);
+  const WindowNode* HostOf(uint32_t owner);
   void Paint();
   void Serve();
 
@@ -45,34 +51,67 @@ class SetupWindow final : public CWindowTarget {
   WindowTree& tree_;
   SetupDialog& dialog_;
   WindowHandle handle_ = 0;
+  WindowHandle capture_ = 0;  // of the program
+  bool isFramed_ = false;     // draws its own frame
+  Size size_ = SetupDialog::kSize;
   cSurface picture_;
+  cSurface framed_;
   std::shared_ptr<TextFont> font_;
 };
 
+// The host's window that the owner stands in, when the dialog fits there.
+const WindowNode* SetupWindow::HostOf(uint32_t owner) {
+  const WindowNode* node = tree_.Find(owner);
+  while (node && node->parent) node = tree_.Find(node->parent);
+  const bool fits =
+      node && node->isHost && node->visible && node->width >= kFramedSetup.width && node->height >= kFramedSetup.height;
+  return fits ? node : nullptr;
+}
+
+void SetupWindow::Place(uint32_t owner, WindowCreation& creation) {
+  if (const WindowNode* host = HostOf(owner)) {
+    isFramed_ = true;
+    size_ = kFramedSetup;
+    creation.style = WS_CHILD | WS_CLIPSIBLINGS;
+    creation.parent = host->handle;
+    creation.x = (host->width - size_.width) / 2;
+    creation.y = (host->height - size_.height) / 2;
+  } else {
+    creation.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
+    creation.borders = tree_.BordersFor(creation.style);
+    const ScreenInfo screen = tree_.Screen();
+    Rect around = {0, 0, screen.width, screen.height};
+    if (const WindowNode* node = tree_.Find(owner)) {
+      const Point origin = tree_.ClientOrigin(owner);
+      around = {origin.x, origin.y, origin.x + node->width, origin.y + node->height};
+    }
+    creation.x = std::max(around.left + (around.Width() - size_.width) / 2 - creation.borders.left, 0);
+    creation.y = std::max(around.top + (around.Height() - size_.height) / 2 - creation.borders.top, 0);
+  }
+  creation.width = size_.width;
+  creation.height = size_.height;
+}
+
 bool SetupWindow::Open(uint32_t owner, const char* title) {
-  CGraphics& graphics = CGraphics::Of(interpreter_);
   if (!interpreter_.services.text || !interpreter_.services.windows) return false;
+  WindowCreation creation;
+  creation.text = title;
+  Place(owner, creation);
   constexpr Size kSize = SetupDialog::kSize;
-  if (!picture_.Create(kSize.width, kSize.height, graphics.library.FindPrototype(kDepth))) return false;
+  const cSurfaceImpl* prototype = CGraphics::Of(interpreter_).library.FindPrototype(kDepth);
+  if (!picture_.Create(kSize.width, kSize.height, prototype)) return false;
   FontDescription description;
   description.height = kFontHeight;
   font_ = interpreter_.services.text->openFont(description);
-  WindowCreation creation;
-  creation.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-  creation.borders = tree_.BordersFor(creation.style);
-  creation.width = kSize.width;
-  creation.height = kSize.height;
-  const ScreenInfo screen = tree_.Screen();
-  Rect around = {0, 0, screen.width, screen.height};
-  if (const WindowNode* node = tree_.Find(owner)) {
-    const Point origin = tree_.ClientOrigin(owner);
-    around = {origin.x, origin.y, origin.x + node->width, origin.y + node->height};
+  if (isFramed_) {
+    if (!framed_.Create(size_.width, size_.height, prototype)) return false;
+    description.weight = kBold;
+    PaintSetupFrame(framed_, *interpreter_.services.text->openFont(description), title);
   }
-  creation.x = std::max(around.left + (around.Width() - kSize.width) / 2 - creation.borders.left, 0);
-  creation.y = std::max(around.top + (around.Height() - kSize.height) / 2 - creation.borders.top, 0);
-  creation.text = title;
   handle_ = tree_.Create(creation, this);
   if (!handle_) return false;
+  capture_ = tree_.Capture();
+  tree_.SetCapture(0);
   tree_.Show(handle_, SW_SHOWNORMAL);
   tree_.SetFocus(handle_);
   Paint();
@@ -81,8 +120,12 @@ bool SetupWindow::Open(uint32_t owner, const char* title) {
 
 void SetupWindow::Paint() {
   dialog_.Paint(picture_, *font_);
-  const Rect whole = {0, 0, SetupDialog::kSize.width, SetupDialog::kSize.height};
-  tree_.Paint(handle_, picture_, {&whole, 1});
+  const Rect whole = {0, 0, size_.width, size_.height};
+  if (isFramed_) {
+    picture_.Blit(framed_, kSetupClient.x, kSetupClient.y, 0, 0, SetupDialog::kSize.width, SetupDialog::kSize.height,
+                  0);
+  }
+  tree_.Paint(handle_, isFramed_ ? framed_ : picture_, {&whole, 1});
 }
 
 void SetupWindow::Run() {
@@ -111,8 +154,8 @@ void SetupWindow::Serve() {
 }
 
 int32_t SetupWindow::WindowProcedure(WindowHandle, uint32_t message, uint32_t wParam, int32_t lParam) {
-  const int x = LowSigned(lParam);
-  const int y = HighSigned(lParam);
+  const int x = LowSigned(lParam) - (isFramed_ ? kSetupClient.x : 0);
+  const int y = HighSigned(lParam) - (isFramed_ ? kSetupClient.y : 0);
   const auto buttonOf = [message](uint32_t left) {
     // Down, up and double click of the left, the right and the middle button.
     constexpr int32_t kButtons[] = {kMouseLeft, kMouseRight, kMouseMiddle};
@@ -133,6 +176,11 @@ int32_t SetupWindow::WindowProcedure(WindowHandle, uint32_t message, uint32_t wP
       dialog_.Char(static_cast<uint8_t>(wParam));
       return 0;
     case WM_LBUTTONDOWN:
+      if (isFramed_ && kSetupCloseBox.Contains(LowSigned(lParam), HighSigned(lParam))) {
+        dialog_.Close();
+        return 0;
+      }
+      [[fallthrough]];
     case WM_RBUTTONDOWN:
     case WM_MBUTTONDOWN:
       dialog_.MouseDown(buttonOf(WM_LBUTTONDOWN), x, y, false);

@@ -438,7 +438,7 @@ TEST(VorlaneC, TheFrameWhileAProgramRuns) {
 // --- Input ---
 
 vl_input_event Input(vl_input_type type, int32_t code = 0, int32_t down = 0, int32_t x = 0, int32_t y = 0) {
-  return {type, code, down, x, y, 0};
+  return {type, code, down, x, y, 0, nullptr};
 }
 
 constexpr char kListening[] =
