@@ -1,6 +1,8 @@
 // Arbitrary bytes as the animation element of a bank, played as Animation and as Sprite by a program.
 //
 // The first byte picks the variant: bit 0 a compressed body, bit 1 a surface as target.
+#include <cstdlib>
+
 #include "fuzz/program_fuzz_support.h"
 #include "host/appfile/writer.h"
 
@@ -46,6 +48,8 @@ std::string ApplicationOf(std::string film, bool isCompressed, std::string_view 
   ApplicationModel model;
   model.version = kVersionNewest;
   model.settings.emplace();
+  model.settings->hasClassTable = true;
+  model.settings->classNames = AllClassNames();
   PartModel part;
   part.header.hasHeader = true;
   part.header.name = "fuzz";
@@ -64,7 +68,9 @@ std::string ApplicationOf(std::string film, bool isCompressed, std::string_view 
   addBank(kBankSource, "source", std::string(source) + '\0');
   addBank(kBankAnimation, "films", std::move(film));
   model.parts.push_back(std::move(part));
-  return WriteApplication(model, "fuzz.vlp").files["fuzz.vlp"];
+  WrittenApplication written = WriteApplication(model, "fuzz.vlp");
+  if (!written.error.empty()) std::abort();
+  return std::move(written.files["fuzz.vlp"]);
 }
 
 }  // namespace
