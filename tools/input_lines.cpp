@@ -43,8 +43,31 @@ constexpr KeyName kKeyNames[] = {
     {"RALT", kKeyRightMenu},
 };
 
+// A number of a line, which must be whole and in range: JSON has larger ones.
+int64_t Number(const json& line, const char* name, int64_t least, int64_t most) {
+  const json& value = line.at(name);
+  const auto refuse = [name] {
+    throw std::runtime_error(std::string("\"") + name + "\" is not a number in its range");
+  };
+  if (!value.is_number()) refuse();
+  // All that is allowed here is exact in a double too.
+  const double number = value.get<double>();
+  if (!(number >= static_cast<double>(least) && number <= static_cast<double>(most))) refuse();
+  const auto whole = static_cast<int64_t>(number);
+  if (static_cast<double>(whole) != number) refuse();
+  return whole;
+}
+
+int32_t Int(const json& line, const char* name) {
+  return static_cast<int32_t>(Number(line, name, INT32_MIN, INT32_MAX));
+}
+
+int32_t Int(const json& line, const char* name, int32_t ifMissing) {
+  return line.contains(name) ? Int(line, name) : ifMissing;
+}
+
 int32_t KeyCode(const json& line) {
-  if (line.contains("code")) return line.at("code").get<int32_t>();
+  if (line.contains("code")) return Int(line, "code");
   std::string name = line.at("key").get<std::string>();
   for (char& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   if (name.size() == 1) return static_cast<unsigned char>(name[0]);
@@ -56,7 +79,7 @@ int32_t KeyCode(const json& line) {
 }
 
 int32_t CharCode(const json& line) {
-  if (line.contains("code")) return line.at("code").get<int32_t>();
+  if (line.contains("code")) return Int(line, "code");
   const std::string text = line.at("char").get<std::string>();
   if (text.size() == 1) return static_cast<unsigned char>(text[0]);
   // Two bytes of UTF-8 cover the upper half of the code page that Latin-1 shares.
@@ -79,16 +102,16 @@ const char* ButtonName(int32_t button) {
 
 void ParseJoystick(const json& line, TimedInput& input) {
   vl_input_event& e = input.event;
-  e.code = line.value("joystick", 0);
+  e.code = Int(line, "joystick", 0);
   const auto position = [&](const char* what, int32_t type) {
     e.type = type;
-    e.x = line.at(what).get<int32_t>();
-    e.y = line.at("value").get<int32_t>();
+    e.x = Int(line, what);
+    e.y = Int(line, "value");
   };
   if (line.contains("attach")) {
     e.type = VL_INPUT_JOYSTICK_ATTACH;
     for (const char* count : {"axes", "rotations", "buttons", "hats"}) {
-      input.text += std::to_string(line.value(count, 0)) + " ";
+      input.text += std::to_string(Int(line, count, 0)) + " ";
     }
     input.text += line.at("attach").get<std::string>();
   } else if (line.contains("detach")) {
@@ -101,7 +124,7 @@ void ParseJoystick(const json& line, TimedInput& input) {
     position("hat", VL_INPUT_JOYSTICK_HAT);
   } else if (line.contains("button")) {
     e.type = VL_INPUT_JOYSTICK_BUTTON;
-    e.x = line.at("button").get<int32_t>();
+    e.x = Int(line, "button");
     e.down = line.value("down", true);
   } else {
     throw std::runtime_error("a joystick line needs attach, detach, axis, rotation, button or hat");
@@ -141,7 +164,8 @@ void FormatJoystick(const vl_input_event& e, const std::string& text, json& line
 
 TimedInput ParseLine(const json& line) {
   TimedInput input;
-  input.atMs = line.at("at").get<uint64_t>();
+  constexpr int64_t kLongestMs = int64_t{1} << 53;
+  input.atMs = static_cast<uint64_t>(Number(line, "at", 0, kLongestMs));
   vl_input_event& e = input.event;
   const std::string type = line.at("type").get<std::string>();
   if (line.contains("mods")) {
@@ -150,8 +174,8 @@ TimedInput ParseLine(const json& line) {
       e.mods |= name == "shift" ? 1 : name == "control" ? 2 : name == "alt" ? 4 : 0;
     }
   }
-  e.x = line.value("x", 0);
-  e.y = line.value("y", 0);
+  e.x = Int(line, "x", 0);
+  e.y = Int(line, "y", 0);
   if (type == "key") {
     e.type = VL_INPUT_KEY;
     e.code = KeyCode(line);
@@ -166,18 +190,18 @@ TimedInput ParseLine(const json& line) {
       e.down = line.value("double", false) ? 2 : line.value("down", true) ? 1 : 0;
     } else if (line.contains("dx") || line.contains("dy")) {
       e.down = 1;
-      e.x = line.value("dx", 0);
-      e.y = line.value("dy", 0);
+      e.x = Int(line, "dx", 0);
+      e.y = Int(line, "dy", 0);
     }
   } else if (type == "wheel") {
     e.type = VL_INPUT_WHEEL;
-    e.code = line.at("delta").get<int32_t>();
+    e.code = Int(line, "delta");
   } else if (type == "close") {
     e.type = VL_INPUT_CLOSE;
   } else if (type == "resize") {
     e.type = VL_INPUT_RESIZE;
-    e.x = line.at("width").get<int32_t>();
-    e.y = line.at("height").get<int32_t>();
+    e.x = Int(line, "width");
+    e.y = Int(line, "height");
   } else if (type == "focus") {
     e.type = VL_INPUT_FOCUS;
     e.down = line.value("down", true);
