@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "fuzz/program_fuzz_support.h"
+#include "gfx2d/images/image_reader.h"
 #include "host/appfile/writer.h"
 
 using namespace vl;
@@ -73,10 +74,20 @@ std::string ApplicationOf(std::string film, bool isCompressed, std::string_view 
   return std::move(written.files["fuzz.vlp"]);
 }
 
+// Larger pictures only cost time: turning a sprite as long as a surface may be takes seconds.
+bool IsTooLarge(const uint8_t* data, size_t size) {
+  constexpr int kMostSide = 512;
+  const ImageFilterList filters;
+  ImageReader reader(filters);
+  CMemoryStream stream(data, uint32_t(size));
+  if (reader.OpenStream(&stream)) return false;
+  return reader.GetWidth() > kMostSide || reader.GetHeight() > kMostSide;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  if (size < 1) return 0;
+  if (size < 1 || IsTooLarge(data + 1, size - 1)) return 0;
   const std::string application = ApplicationOf(std::string(reinterpret_cast<const char*>(data + 1), size - 1),
                                                 (data[0] & 1) != 0, (data[0] & 2) ? kOnSurface : kOnWindow);
   HeadlessOptions options;

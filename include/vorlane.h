@@ -74,12 +74,12 @@ typedef enum vl_input_type {
   VL_INPUT_RESIZE = 6, /* x, y: new client size */
   VL_INPUT_FOCUS = 7,  /* down: 1 or 0 */
   /* Joysticks: code is the joystick's number, 0 to 15. */
-  VL_INPUT_JOYSTICK_ATTACH = 20,   /* text: "AXES ROTATIONS BUTTONS HATS NAME", at most 8, 8, 128 and 4 */
-  VL_INPUT_JOYSTICK_DETACH = 21,   /* - */
-  VL_INPUT_JOYSTICK_AXIS = 22,     /* x: axis, y: position, -65535 to 65535 */
-  VL_INPUT_JOYSTICK_ROTATION = 23, /* x: rotation axis, y: as above */
-  VL_INPUT_JOYSTICK_BUTTON = 24,   /* x: button, down: 1 or 0 */
-  VL_INPUT_JOYSTICK_HAT = 25       /* x: hat, y: hundredths of a degree clockwise from forward, -1 in the centre */
+  VL_INPUT_JOYSTICK_ATTACH = 40,   /* text: "AXES ROTATIONS BUTTONS HATS NAME", at most 8, 8, 128 and 4 */
+  VL_INPUT_JOYSTICK_DETACH = 41,   /* - */
+  VL_INPUT_JOYSTICK_AXIS = 42,     /* x: axis, y: position, -65535 to 65535 */
+  VL_INPUT_JOYSTICK_ROTATION = 43, /* x: rotation axis, y: as above */
+  VL_INPUT_JOYSTICK_BUTTON = 44,   /* x: button, down: 1 or 0 */
+  VL_INPUT_JOYSTICK_HAT = 45       /* x: hat, y: hundredths of a degree clockwise from forward, -1 in the centre */
 } vl_input_type;
 
 typedef struct vl_input_event {
