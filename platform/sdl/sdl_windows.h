@@ -78,6 +78,7 @@ class SdlWindows {
     bool isHost = false;
     CursorShape cursor = CursorShape::Arrow;
   };
+  SDL_Renderer* CreateRenderer(SDL_Window* window);
   void ApplyState(Window& window, ShowState state);
   void Upload(Window& window, const WindowFrame& frame);
   void Draw(Window& window);
@@ -92,6 +93,7 @@ class SdlWindows {
   std::map<CursorShape, std::unique_ptr<SDL_Cursor, Delete>> cursors_;
   NativeWindow mouseWindow_ = 0;
   Scaling scaling_ = Scaling::Follow;
+  bool isProcessorFaster_ = false;  // than the display's OpenGL
 };
 
 }  // namespace vl
