@@ -66,7 +66,7 @@ JoystickDescription DescribeJoystick(SDL_Joystick* joystick) {
 
 }  // namespace
 
-SdlJoysticks::SdlJoysticks(ThreadedQueue& queue) : queue_(&queue) {
+SdlJoysticks::SdlJoysticks() {
   // A joystick is read whichever window is in front, as ever.
   SDL_SetHint(SDL_HINT_JOYSTICK_ALLOW_BACKGROUND_EVENTS, "1");
   isUp_ = SDL_InitSubSystem(SDL_INIT_GAMECONTROLLER) == 0;
@@ -98,7 +98,7 @@ void SdlJoysticks::Add(int deviceIndex) {
   if (!free->pad) free->joystick.reset(SDL_JoystickOpen(deviceIndex));
   if (!free->IsOpen()) return;
   free->id = id;
-  PushAttach(*free);
+  if (queue_) PushAttach(*free);
 }
 
 void SdlJoysticks::PushAttach(const Device& device) {

@@ -18,15 +18,15 @@ namespace vl {
 
 class SdlJoysticks {
  public:
-  // Events go to `queue`, which outlives this or the next Announce. Reads the person's own mappings and takes in what
-  // is plugged in; without SDL's joysticks there are none.
-  explicit SdlJoysticks(ThreadedQueue& queue);
+  // Reads the person's own mappings and takes in what is plugged in; without SDL's joysticks there are none.
+  SdlJoysticks();
   ~SdlJoysticks();
   SdlJoysticks(const SdlJoysticks&) = delete;
   SdlJoysticks& operator=(const SdlJoysticks&) = delete;
 
+  // Needs a queue.
   void Handle(const SDL_Event& event);
-  // Another run begins, with a queue of its own: what is plugged in is told anew.
+  // A run begins, with a queue of its own, which outlives this or the next call: what is plugged in is told anew.
   void Announce(ThreadedQueue& queue);
 
  private:
@@ -50,7 +50,7 @@ class SdlJoysticks {
   void Push(EventType type, int number, int index, int32_t value);
   void PushPadHat(int number);
 
-  ThreadedQueue* queue_;
+  ThreadedQueue* queue_ = nullptr;
   bool isUp_;
   std::array<Device, kMaxJoysticks> devices_;
 };

@@ -85,6 +85,7 @@ struct SdlPlatform::Parts {
   void BeginRun() {
     clock = std::make_unique<PosixClock>(options.seed);
     queue = std::make_unique<ThreadedQueue>();
+    joysticks.Announce(*queue);
     started = std::chrono::steady_clock::now();
     isStopSent = false;
     isFinished = false;
@@ -133,7 +134,7 @@ struct SdlPlatform::Parts {
   std::unique_ptr<WindowMailbox> mailbox;
   SdlWindows windows;
   SdlInputDevices inputDevices{[this] { Wake(); }};
-  SdlJoysticks joysticks{*queue};
+  SdlJoysticks joysticks;
   double wheelRest = 0;  // of a notch, in steps
 };
 
@@ -205,7 +206,6 @@ void SdlPlatform::renew(std::optional<uint32_t> seed) {
   p.options.seed = seed;
   p.windows.KeepOnly(kHostWindow);
   p.BeginRun();
-  p.joysticks.Announce(*p.queue);
   const bool follows = p.options.attachHost && !p.windows.IsScaled(kHostWindow);
   p.MakeMailbox(follows ? p.windows.SizeOf(kHostWindow) : p.options.size);
 }

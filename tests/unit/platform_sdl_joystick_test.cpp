@@ -31,6 +31,9 @@ class SdlStick : public ::testing::Test {
     std::string reason;
     platform = SdlPlatform::Create(options, reason);
     ASSERT_NE(platform, nullptr) << reason;
+    MakeQueue();
+  }
+  void MakeQueue() {
     const Services services = platform->services();
     queue = std::make_unique<DeviceQueue>(*services.events, services.windows, services.input);
     queue->Update();
@@ -73,6 +76,10 @@ TEST_F(SdlStick, APlainJoystick) {
   Pump();
   EXPECT_EQ(Stick().hats[0], kHatCentre);
   EXPECT_TRUE(Stick().buttons.none());
+  queue.reset();
+  platform->renew(std::nullopt);
+  MakeQueue();
+  EXPECT_TRUE(Stick().isAttached) << "another run of the same window";
   SDL_JoystickClose(device);
   SDL_JoystickDetachVirtual(index);
   Pump();
