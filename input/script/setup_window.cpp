@@ -1,5 +1,7 @@
 #include "input/script/setup_window.h"
 
+#include <algorithm>
+
 #include "gfx2d/script/graphics.h"
 #include "input/game_input_library.h"
 #include "input/setup_dialog.h"
