@@ -34,4 +34,7 @@ inline constexpr int kMaxSurfaceSide = 32767;
 // Pixels of one surface (256 MB at 32 bits).
 inline constexpr int64_t kMaxSurfacePixels = int64_t{1} << 26;
 
+// A text of game input settings. What is made of it takes some forty times its size.
+inline constexpr size_t kMaxInputSettingsBytes = size_t{1} << 20;
+
 }  // namespace vl::limits

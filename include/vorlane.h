@@ -67,17 +67,26 @@ typedef enum vl_result {
 typedef enum vl_input_type {
   VL_INPUT_KEY = 1,   /* code: virtual key, down: 1 or 0 */
   VL_INPUT_CHAR = 2,  /* code: byte of code page 1252 */
-  VL_INPUT_MOUSE = 3, /* x, y; code 0: move, 1 left, 2 middle, 3 right with down 1 (2: double click) or 0 */
+  VL_INPUT_MOUSE = 3, /* x, y; code 0: move (down 1: x, y are a movement, which a held mouse gives), 1 left, 2 middle,
+                         3 right, 4 the fourth button with down 1 (2: double click) or 0 */
   VL_INPUT_WHEEL = 4, /* code: 120 a notch, x, y */
   VL_INPUT_CLOSE = 5,
   VL_INPUT_RESIZE = 6, /* x, y: new client size */
-  VL_INPUT_FOCUS = 7   /* down: 1 or 0 */
+  VL_INPUT_FOCUS = 7,  /* down: 1 or 0 */
+  /* Joysticks: code is the joystick's number, 0 to 15. */
+  VL_INPUT_JOYSTICK_ATTACH = 40,   /* text: "AXES ROTATIONS BUTTONS HATS NAME", at most 8, 8, 128 and 4 */
+  VL_INPUT_JOYSTICK_DETACH = 41,   /* - */
+  VL_INPUT_JOYSTICK_AXIS = 42,     /* x: axis, y: position, -65535 to 65535 */
+  VL_INPUT_JOYSTICK_ROTATION = 43, /* x: rotation axis, y: as above */
+  VL_INPUT_JOYSTICK_BUTTON = 44,   /* x: button, down: 1 or 0 */
+  VL_INPUT_JOYSTICK_HAT = 45       /* x: hat, y: hundredths of a degree clockwise from forward, -1 in the centre */
 } vl_input_type;
 
 typedef struct vl_input_event {
   int32_t type; /* vl_input_type */
   int32_t code, down, x, y;
-  int32_t mods; /* 1 shift, 2 control, 4 alt */
+  int32_t mods;     /* 1 shift, 2 control, 4 alt */
+  const char* text; /* VL_INPUT_JOYSTICK_ATTACH; copied. NULL otherwise */
 } vl_input_event;
 
 /* Fills in the defaults. */
@@ -105,7 +114,7 @@ void vl_set_title(vl_player* player, const char* title);
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
 
 /* The input that the last run took, in order, with its time on the program's clock: what vl_script_input takes
- * to play it again. 0 past the end. */
+ * to play it again. Its text lives until the next run. 0 past the end. */
 int vl_recorded_input(const vl_player* player, size_t index, uint64_t* at_ms, vl_input_event* event);
 
 /* Starts the run. 0 when one is going on, or no application is set. */

@@ -49,6 +49,13 @@ class CTimed {
   virtual void Step(uint32_t nowMs) = 0;
 };
 
+// Told of the window that has become the active one.
+class CWindowFollower {
+ public:
+  virtual ~CWindowFollower() = default;
+  virtual void WindowBecameActive(uint32_t handle) = 0;
+};
+
 // What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
 class CSubsystem {
  public:
@@ -160,6 +167,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void RemoveTimed(uint32_t node);
   // Work of other subsystems at each poll (video, network, downloads).
   void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
+  void Poll();
   void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
 
   // --- Strings of conversions ---
@@ -226,6 +234,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CIBaseClassImpl* currentWindow = nullptr;
   CIBaseClassImpl* mainWindow = nullptr;
   CIBaseClassImpl* defaultGameInput = nullptr;
+  CWindowFollower* windowFollower = nullptr;  // the current game input
   int32_t newsSinceCollection = 0;
   int32_t collectionThreshold = 1000;
   bool terminating = false;
@@ -372,7 +381,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Tick();
   void WatchForStop();
   void StepTimed(uint32_t nowMs);
-  void Poll();
   bool FilterAndDispatch();
   bool RunProgram(bool& restart);
   void Prepare(bool attach);

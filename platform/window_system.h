@@ -6,8 +6,10 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "base/rect.h"
 
@@ -64,6 +66,8 @@ class WindowSystem {
   virtual void moveWindow(NativeWindow window, int x, int y) = 0;
   virtual void resizeWindow(NativeWindow window, int width, int height) = 0;
   virtual void raiseWindow(NativeWindow window) = 0;
+  // Where the window's client area lies on the screen; nothing where the desktop doesn't tell.
+  virtual std::optional<std::pair<int, int>> clientOrigin(NativeWindow window) { return std::nullopt; }
   virtual void setTitle(NativeWindow window, std::string_view title) = 0;
   virtual void setCursor(NativeWindow window, CursorShape shape) = 0;
   // Width of the frame around the client area that a window of this description will have.

@@ -74,9 +74,38 @@ def wrong_input_lines(b):
     b.write("a.vlq", "x = 1;")
     for line in ("{", "[]", "{}", '{"at": 1}', '{"at": 1, "type": "nonsense"}', '{"at": "x", "type": "close"}',
                  '{"at": 1, "type": "key", "key": "NoSuchKey"}', '{"at": -5, "type": "resize", "width": 1}',
-                 '{"at": 1, "type": "key", "key": "F99999999999"}'):
+                 '{"at": 1, "type": "key", "key": "F99999999999"}', '{"at": 1, "type": "joystick"}',
+                 '{"at": 1, "type": "joystick", "axis": 0}', '{"at": 1, "type": "mouse", "button": "fifth"}'):
         b.write("in.jsonl", line + "\n")
         b.run("run", "a.vlq", "--headless", "--input", "in.jsonl", status=64)
+
+
+def recorded_input_replays(b):
+    b.write("a.vlq", "Wait(900); g = New GameInput(); Wait(20);")
+    lines = [
+        {"at": 10, "type": "key", "code": 160, "down": True, "mods": ["shift"]},
+        {"at": 20, "type": "char", "code": 233},
+        {"at": 30, "type": "mouse", "x": 5, "y": 6, "button": "right", "down": True, "double": True},
+        {"at": 30, "type": "mouse", "x": 5, "y": 6, "button": "fourth", "down": False},
+        {"at": 40, "type": "mouse", "x": -7, "y": 8},
+        {"at": 50, "type": "mouse", "dx": -7, "dy": 8},
+        {"at": 60, "type": "wheel", "delta": -120, "x": 1, "y": 2},
+        {"at": 70, "type": "resize", "width": 300, "height": 200},
+        {"at": 80, "type": "focus", "down": False},
+        {"at": 100, "type": "joystick", "joystick": 3, "attach": "A pad, of sorts", "axes": 4, "rotations": 2,
+         "buttons": 11, "hats": 1},
+        {"at": 110, "type": "joystick", "joystick": 3, "axis": 1, "value": -65535},
+        {"at": 120, "type": "joystick", "joystick": 3, "rotation": 0, "value": 77},
+        {"at": 130, "type": "joystick", "joystick": 3, "button": 10, "down": True},
+        {"at": 140, "type": "joystick", "joystick": 3, "hat": 0, "value": 31500},
+        {"at": 150, "type": "joystick", "joystick": 3, "detach": True},
+        {"at": 160, "type": "joystick", "joystick": 0, "attach": "", "axes": 0, "rotations": 0, "buttons": 0, "hats": 0},
+    ]
+    b.write("in.jsonl", "".join(json.dumps(line) + "\n" for line in lines))
+    b.run("run", "a.vlq", "--headless", "--input", "in.jsonl", "--record", "out.jsonl", status=0)
+    with open(os.path.join(b.folder, "out.jsonl"), encoding="utf-8") as file:
+        recorded = [json.loads(line) for line in file]
+    expect(recorded == lines, f"recorded {recorded}")
 
 
 def help_texts(b):
@@ -267,7 +296,8 @@ def absurd_sizes(b):
         b.run("run", "absurd.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
 
 
-TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
+TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
+         recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
          reference_as_json, cut_files, flipped_bits, absurd_sizes]
 

@@ -253,6 +253,9 @@ int32_t CIWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_
       return 0;
     case WM_ACTIVATE:
       if (wParam == 1 || wParam == 2) interpreter.currentWindow = this;
+      if ((wParam == 1 || wParam == 2) && interpreter.windowFollower) {
+        interpreter.windowFollower->WindowBecameActive(hwnd);
+      }
       return 0;
     case WM_SETFOCUS:
       interpreter.currentWindow = this;

@@ -38,6 +38,7 @@ class FrameTap final : public WindowSystem {
   void moveWindow(NativeWindow window, int x, int y) override { inner_.moveWindow(window, x, y); }
   void resizeWindow(NativeWindow window, int width, int height) override { inner_.resizeWindow(window, width, height); }
   void raiseWindow(NativeWindow window) override { inner_.raiseWindow(window); }
+  std::optional<std::pair<int, int>> clientOrigin(NativeWindow window) override { return inner_.clientOrigin(window); }
   void setTitle(NativeWindow window, std::string_view title) override { inner_.setTitle(window, title); }
   void setCursor(NativeWindow window, CursorShape shape) override { inner_.setCursor(window, shape); }
   Rect frameBorders(const WindowDescription& description) override { return inner_.frameBorders(description); }

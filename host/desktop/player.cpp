@@ -101,6 +101,7 @@ bool Player::ScriptInput(uint64_t atMs, const vl_input_event& input) {
   TimedEvent timed;
   timed.atMs = atMs;
   if (running_ || !IsVirtual() || !ToEvent(input, timed.event)) return false;
+  if (input.text) timed.blob = input.text;
   script_.push_back(std::move(timed));
   return true;
 }
@@ -108,7 +109,11 @@ bool Player::ScriptInput(uint64_t atMs, const vl_input_event& input) {
 bool Player::SendInput(const vl_input_event& input) {
   Event event;
   if (!queue_ || !running_ || !ToEvent(input, event)) return false;
-  queue_->Push(event);
+  if (input.text) {
+    queue_->PushWithBlob(event, input.text);
+  } else {
+    queue_->Push(event);
+  }
   return true;
 }
 

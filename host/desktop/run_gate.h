@@ -39,6 +39,7 @@ class RunGate final : public Clock, public EventQueue {
   }
   bool waitEvent(Event& event, int timeoutMs) override;
   std::string takeBlob(uint32_t id) override { return events_.takeBlob(id); }
+  bool isExhausted() override { return events_.isExhausted(); }
 
  private:
   void Hold();

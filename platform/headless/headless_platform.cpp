@@ -20,6 +20,7 @@ Services HeadlessPlatform::services() {
   s.text = options_.text;
   s.files = options_.files;
   s.environment = &environment_;
+  s.input = &inputDevices_;
   return s;
 }
 

@@ -53,6 +53,12 @@ NativeWindow MemoryWindows::createWindow(const WindowDescription& d) {
   return id;
 }
 
+std::optional<std::pair<int, int>> MemoryWindows::clientOrigin(NativeWindow window) {
+  const MemoryWindow* w = Find(window);
+  if (!w) return std::nullopt;
+  return std::pair{w->client.left, w->client.top};
+}
+
 // The host's window stays the host's.
 void MemoryWindows::destroyWindow(NativeWindow window) {
   if (window != host_) windows_.erase(window);

@@ -54,6 +54,7 @@ class MemoryWindows final : public WindowSystem {
   void moveWindow(NativeWindow window, int x, int y) override;
   void resizeWindow(NativeWindow window, int width, int height) override;
   void raiseWindow(NativeWindow window) override;
+  std::optional<std::pair<int, int>> clientOrigin(NativeWindow window) override;
   void setTitle(NativeWindow window, std::string_view title) override;
   void setCursor(NativeWindow window, CursorShape shape) override;
   Rect frameBorders(const WindowDescription& description) override { return classicFrameBorders(description); }

@@ -10,6 +10,8 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_input_devices.h"
+#include "platform/sdl/sdl_joysticks.h"
 #include "platform/sdl/sdl_keys.h"
 #include "platform/sdl/sdl_windows.h"
 #include "platform/sdl/window_mailbox.h"
@@ -67,6 +69,8 @@ int32_t ButtonOf(Uint8 button) {
       return kMouseMiddle;
     case SDL_BUTTON_RIGHT:
       return kMouseRight;
+    case SDL_BUTTON_X1:
+      return kMouseFourth;
     default:
       return 0;
   }
@@ -128,6 +132,8 @@ struct SdlPlatform::Parts {
   SdlVideo video;
   std::unique_ptr<WindowMailbox> mailbox;
   SdlWindows windows;
+  SdlInputDevices inputDevices{[this] { Wake(); }};
+  SdlJoysticks joysticks{*queue};
   double wheelRest = 0;  // of a notch, in steps
 };
 
@@ -190,6 +196,7 @@ Services SdlPlatform::services() {
   s.text = parts_->options.text ? parts_->options.text : &parts_->textEngine;
   s.files = parts_->options.files;
   s.environment = &parts_->environment;
+  s.input = &parts_->inputDevices;
   return s;
 }
 
@@ -198,6 +205,7 @@ void SdlPlatform::renew(std::optional<uint32_t> seed) {
   p.options.seed = seed;
   p.windows.KeepOnly(kHostWindow);
   p.BeginRun();
+  p.joysticks.Announce(*p.queue);
   const bool follows = p.options.attachHost && !p.windows.IsScaled(kHostWindow);
   p.MakeMailbox(follows ? p.windows.SizeOf(kHostWindow) : p.options.size);
 }
@@ -273,6 +281,7 @@ bool SdlPlatform::pumpHost(int timeoutMs) {
   p.StopWhenDue();
   for (const NativeWindow window : p.windows.Apply(*p.mailbox)) p.queue->Push(MakeEvent(EventType::Close, window));
   p.windows.Show(*p.mailbox);
+  p.inputDevices.Apply();
   for (const WindowMessage& message : p.mailbox->TakeMessages()) {
     if (p.options.listener) {
       p.options.listener->OnMessage(message.title, message.text);
@@ -331,6 +340,7 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
       DropFile(e.drop);
       break;
     default:
+      joysticks.Handle(e);
       break;
   }
 }
@@ -393,6 +403,14 @@ void SdlPlatform::Parts::TellHostSize(Size size) {
 void SdlPlatform::Parts::TranslateMouse(const SDL_Event& e) {
   if (e.type == SDL_MOUSEMOTION) {
     Event event = MakeEvent(EventType::MouseMove, windows.WindowOf(e.motion.windowID));
+    // A held mouse is the program's alone, and has no place on the picture.
+    if (inputDevices.IsHeld()) {
+      event.x = e.motion.xrel;
+      event.y = e.motion.yrel;
+      event.ch = 1;
+      if (event.window != 0) queue->Push(event);
+      return;
+    }
     event.x = e.motion.x;
     event.y = e.motion.y;
     PushMouse(event);

@@ -99,7 +99,7 @@ TEST(SdlKeys, VirtualKeys) {
       {SDL_SCANCODE_KP_7, SDLK_KP_7, 0, kKeyHome, 0},
       {SDL_SCANCODE_KP_0, SDLK_KP_0, 0, kKeyInsert, 0},
       {SDL_SCANCODE_F12, SDLK_F12, 0, kKeyF1 + 11, 0},
-      {SDL_SCANCODE_RSHIFT, SDLK_RSHIFT, KMOD_RSHIFT, kKeyShift, 0},
+      {SDL_SCANCODE_RSHIFT, SDLK_RSHIFT, KMOD_RSHIFT, kKeyRightShift, 0},
       {SDL_SCANCODE_MUTE, SDLK_MUTE, 0, 0, 0},
   };
   for (const Case& c : cases) {

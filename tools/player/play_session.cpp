@@ -175,7 +175,8 @@ int PlaySession::Load() {
     }
     vl_set_command_line(player, command_.arguments.c_str());
     for (const TimedInput& event : input_) {
-      if (!vl_script_input(player, event.atMs, &event.event)) {
+      const vl_input_event scripted = event.Event();
+      if (!vl_script_input(player, event.atMs, &scripted)) {
         PrintError("--input needs --headless with the virtual clock");
         return kExitUsage;
       }
