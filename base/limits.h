@@ -8,6 +8,9 @@ namespace vl::limits {
 
 // What one run may hold in texts, arrays, variables, objects and surfaces. A page gives 4 GB in all.
 inline constexpr uint64_t kRunMemoryBytes = uint64_t{1} << 30;
+// Memory taken since the last collection that brings the next one, before it is due by the number of new objects: a
+// thousand surfaces of a screen's size would be above what a run may hold.
+inline constexpr uint64_t kCollectAfterBytes = uint64_t{64} << 20;
 // One text. Larger ones only come from runaway concatenation.
 inline constexpr uint32_t kMaxTextBytes = 64u << 20;
 // Script calls in progress. The platform stack of the interpreter's thread must hold them (kThreadStackBytes),
