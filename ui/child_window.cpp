@@ -2,6 +2,7 @@
 
 #include "base/system_colors.h"
 #include "gfx2d/colour.h"
+#include "ui/keyboard_filter.h"
 #include "ui/window_class.h"
 
 namespace vl {
@@ -26,6 +27,7 @@ CIChildWindow::CIChildWindow(CInterpretor& interpreter, uint32_t classId)
       privateData(&interpreter) {
   privateData.SetInt(0);
   AddFamily(kCommonFamily);
+  KeyboardFilter::Install(interpreter);
 }
 
 CIChildWindow::~CIChildWindow() = default;
@@ -45,7 +47,7 @@ void CIChildWindow::Destroy(bool final) {
   hwnd = 0;
   if (window) {
     Tree().ForgetTarget(window);
-    Tree().Destroy(window);
+    Tree().Destroy(window, final);
   }
   if (parent) parent->RemoveChild(this);
   parent = nullptr;
@@ -151,9 +153,10 @@ void CIChildWindow::ParseWindowArguments(uint32_t mask, std::vector<CValue*>* re
   }
 }
 
-bool CIChildWindow::CreateChild(bool asChild, bool inHostWindow) {
+bool CIChildWindow::CreateChild(uint32_t flags) {
   const WindowHandle parentHandle = parent ? parent->Handle() : 0;
-  if (!asChild || (!parentHandle && !inHostWindow)) style &= ~static_cast<uint32_t>(WS_CHILD);
+  const bool inHostWindow = (flags & kCreateInHost) != 0;
+  if (!(flags & kCreateInParent) || (!parentHandle && !inHostWindow)) style &= ~static_cast<uint32_t>(WS_CHILD);
   if (attrs & kAttrHidden) {
     style &= ~static_cast<uint32_t>(WS_VISIBLE);
   } else {
@@ -162,21 +165,39 @@ bool CIChildWindow::CreateChild(bool asChild, bool inHostWindow) {
   if (attrs & kAttrNoBorder) style &= ~static_cast<uint32_t>(WS_BORDER);
   WindowCreation creation;
   creation.parent = (style & WS_CHILD) ? parentHandle : 0;
+  creation.owner = parentHandle;
   creation.inHostWindow = inHostWindow;
   creation.style = style & ~static_cast<uint32_t>(WS_VISIBLE);
   creation.exStyle = exStyle;
   creation.x = x;
   creation.y = y;
-  creation.width = width;
-  creation.height = height;
-  creation.borders = {borderLeft, borderTop, borderRight, borderBottom};
+  creation.width = OuterWidth();
+  creation.height = OuterHeight();
   creation.text = creationText;
-  hwnd = Tree().Create(creation, this);
+  creation.backColour = backColor;
+  hwnd = Tree().Create(creation, (flags & kCreateLinked) ? this : nullptr);
   if (!hwnd) return false;
-  if (WindowNode* node = Tree().Find(hwnd)) node->backColour = backColor;
+  Tree().Send(hwnd, WM_SETFONT);
   // It comes up at the next refresh, together with its siblings.
   if (style & WS_VISIBLE) SetPendingShow(SW_SHOW);
   return true;
+}
+
+int32_t CIChildWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
+  if (interpreter.terminating || destroyed) return 0;
+  return Tree().DefaultProcedure(window, message, wParam, lParam);
+}
+
+bool CIChildWindow::TakesTab() {
+  return Handle() && (style & WS_TABSTOP) && Tree().IsVisible(hwnd) && Tree().IsEnabled(hwnd);
+}
+
+std::vector<CValue> CIChildWindow::EventArguments(std::initializer_list<int32_t> numbers) {
+  std::vector<CValue> arguments;
+  arguments.reserve(numbers.size() + 1);
+  arguments.push_back(interpreter.MakeValue(static_cast<CIBaseClassImpl*>(this)));
+  for (const int32_t number : numbers) arguments.push_back(interpreter.MakeValue(number));
+  return arguments;
 }
 
 void CIChildWindow::Refresh() {
@@ -192,20 +213,28 @@ void CIChildWindow::Refresh() {
   posFlags = kNothingToDo;
   insertAfter = 0;
   styleDirty = exStyleDirty = false;
+  // What a restored window tells of its old place must not undo what was asked for.
+  const Rect asked{x, y, x + OuterWidth(), y + OuterHeight()};
   if (wasShowPending) {
     for (uint32_t command = 0; command < kShowCommands; ++command) {
       if (pending[command]) Tree().Show(hwnd, command);
     }
+    if (pending[SW_SHOWNORMAL]) {
+      BringUp(HWND_TOPMOST);
+      BringUp(HWND_NOTOPMOST);
+    }
   }
   if (flags != kNothingToDo) {
-    Tree().SetPosition(hwnd, after, x, y, OuterWidth(), OuterHeight(), flags);
+    if (after == HWND_TOP) BringUp(HWND_TOPMOST);
+    Tree().SetPosition(hwnd, after, asked.left, asked.top, asked.Width(), asked.Height(), flags);
+    if (after == HWND_TOP) BringUp(HWND_NOTOPMOST);
   }
-  if (WindowNode* node = Tree().Find(hwnd)) {
-    node->style = style;
-    node->exStyle = exStyle;
-    if (restyled) Tree().Invalidate(hwnd);
-  }
+  if (restyled) Tree().SetStyle(hwnd, style, exStyle);
+  if (flags == kNothingToDo || restyled) Tree().Invalidate(hwnd);
 }
+
+// Through all that is topmost.
+void CIChildWindow::BringUp(int32_t order) { Tree().SetPosition(hwnd, order, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE); }
 
 void CIChildWindow::SetSizeRaw(int32_t w, int32_t h, bool now) {
   width = w;
@@ -224,7 +253,9 @@ void CIChildWindow::RequestOrder(int32_t order, bool now) {
   if (!Handle()) return;
   insertAfter = order;
   if (now) {
-    Tree().SetPosition(hwnd, order, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    if (order == HWND_TOP) BringUp(HWND_TOPMOST);
+    BringUp(order);
+    if (order == HWND_TOP) BringUp(HWND_NOTOPMOST);
   } else {
     posFlags &= ~static_cast<uint32_t>(SWP_NOZORDER);
   }
@@ -344,6 +375,7 @@ void CIChildWindow::SetFont() {
   }
   if (!chosen) chosen = new CIFont(interpreter, description);
   ApplyFont(chosen);
+  Tree().Send(hwnd, WM_SETFONT, 0, 1);
   RequestRefresh();
 }
 

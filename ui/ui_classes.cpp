@@ -2,6 +2,7 @@
 
 #include "interpreter/interpretor.h"
 #include "ui/animation_class.h"
+#include "ui/scroll_bar_class.h"
 #include "ui/window_class.h"
 #include "ui/window_tree.h"
 
@@ -9,6 +10,7 @@ namespace vl {
 
 void RegisterUiClasses(ClassRegistry& registry) {
   registry.Add(kAnimationClass);
+  registry.Add(kScrollBarClass);
   registry.Add(kWindowClass);
   registry.attachWindow = [](CInterpretor& interpreter) {
     if (interpreter.services.windows && interpreter.services.windows->hostWindow()) CIWindow::AttachToHost(interpreter);
