@@ -22,7 +22,7 @@ struct ScreenInfo {
   int height = 0;
   int depth = 32;        // bits a pixel
   int dotsPerInch = 96;  // both axes
-  Rect work;             // what the desktop's own bars leave free; empty for all of it
+  Rect work = {};        // what the desktop's own bars leave free; empty for all of it
 };
 
 struct WindowDescription {

@@ -363,9 +363,16 @@ bool WindowTree::ResolveMouse(const Event& event, WindowHandle topHandle, CMessa
   }
   if (Find(capture_)) return give(capture_, kind, keys);
   if (!top->enabled) return false;
-  const WindowHandle window = WindowAt(topHandle, mouse_);
-  if (!window) return false;
-  const uint32_t hit = HitCodeAt(*Find(window), mouse_);
+  WindowHandle window = WindowAt(topHandle, mouse_);
+  uint32_t hit = HTCLIENT;
+  if (window) {
+    hit = HitCodeAt(*Find(window), mouse_);
+  } else {
+    // A point that the shape cuts off is none of the window's. One outside of it is: the desktop says so.
+    const Size size = top->PictureSize();
+    if (Rect{0, 0, size.width, size.height}.Contains(event.x, event.y)) return false;
+    window = topHandle;
+  }
   const int32_t about = MakeLParam(static_cast<int>(hit), static_cast<int>(kind));
   if (event.type == EventType::MouseDown) {
     const int32_t answer = Send(window, WM_MOUSEACTIVATE, topHandle, about);
