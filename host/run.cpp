@@ -45,6 +45,7 @@ RunResult Run::Execute() {
     CInterpretor interpreter(param, services, PlayerClasses());
     if (!interpreter.Init()) {
       errorDetail = StatusText(interpreter.appStatus);
+      if (services_.windows) services_.windows->showMessage(param.path, errorDetail);
       return RunResult::Unreadable;
     }
     if (keepGlobals_) interpreter.onEnd = [&] { globals = GlobalsToJson(interpreter); };

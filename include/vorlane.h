@@ -30,6 +30,14 @@ typedef enum vl_backend {
 
 typedef enum vl_clock { VL_CLOCK_DEFAULT = 0, VL_CLOCK_REAL = 1, VL_CLOCK_VIRTUAL = 2 } vl_clock;
 
+/* How a desktop window shows a picture of another size. */
+typedef enum vl_scaling {
+  VL_SCALE_FOLLOW = 0,  /* not at all: the program is told the window's size */
+  VL_SCALE_INTEGER = 1, /* whole multiples, the rest is a black border */
+  VL_SCALE_NEAREST = 2, /* as large as fits, sharp pixels */
+  VL_SCALE_SMOOTH = 3   /* as large as fits, their edges blended */
+} vl_scaling;
+
 typedef struct vl_options {
   uint32_t struct_size;  /* sizeof(vl_options), set by vl_options_init */
   int32_t backend;       /* vl_backend */
@@ -42,6 +50,10 @@ typedef struct vl_options {
   const char* title;    /* of the host's window; UTF-8, may be NULL */
   int32_t keep_globals; /* 1: vl_globals() works after the run */
   int32_t keep_input;   /* 1: vl_recorded_input() works after the run */
+  /* Of the desktop back end. */
+  int32_t scaling;     /* vl_scaling */
+  int32_t full_screen; /* 1: begins so */
+  int32_t shell;       /* 1: the player's own keys, menu and error box; see vl_take_request */
 } vl_options;
 
 typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;
@@ -84,6 +96,10 @@ int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t s
 /* A parameter as the page would give it; later ones of the same name count after earlier ones. */
 int vl_set_parameter(vl_player* player, const char* name, const char* value);
 int vl_set_command_line(vl_player* player, const char* text);
+/* Parameters and command line are forgotten, for another application. */
+void vl_clear_parameters(vl_player* player);
+/* Of the host's window, UTF-8. */
+void vl_set_title(vl_player* player, const char* title);
 
 /* Recorded input, in ms of the program's clock. Headless players with a virtual clock only; before vl_run. */
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
@@ -108,12 +124,50 @@ const char* vl_error_detail(const vl_player* player);
 /* The program's global variables at its end, as a JSON object; "" unless keep_globals is set. */
 const char* vl_globals(const vl_player* player);
 
+/* Holds a run between two of its ticks; the time meanwhile doesn't pass for it. A step pauses, and lets the run go on
+ * until it shows a picture, for 50 ms at most. Nothing happens with a virtual clock. */
+void vl_set_paused(vl_player* player, int paused);
+int vl_is_paused(const vl_player* player);
+void vl_step(vl_player* player);
+
+/* What a person does by the shell's keys and menu. */
+typedef enum vl_action {
+  VL_ACTION_NONE = 0,
+  VL_ACTION_MENU = 1,
+  VL_ACTION_FULL_SCREEN = 2,
+  VL_ACTION_SCALING = 3,
+  VL_ACTION_PAUSE = 4,
+  VL_ACTION_STEP = 5,
+  VL_ACTION_SCREENSHOT = 6,
+  VL_ACTION_RELOAD = 7,
+  VL_ACTION_OPEN = 8, /* another application: from the menu, or dropped on a window */
+  VL_ACTION_QUIT = 9
+} vl_action;
+
+/* The next thing that a person asked for and that the caller must do: VL_ACTION_SCREENSHOT to QUIT; NONE when there is
+ * nothing. `text` gets the path for VL_ACTION_OPEN, UTF-8. Ask after each vl_wait(). */
+vl_action vl_take_request(vl_player* player, const char** text);
+/* Another key for an action: virtual key and mods as in vl_input_event; code 0 takes the key away. */
+int vl_set_shell_key(vl_player* player, vl_action action, int32_t code, int32_t mods);
+/* Applications for the menu, UTF-8, the newest first; nine are shown. */
+void vl_set_recent(vl_player* player, const char* const* paths, size_t count);
+/* A line over the picture for two seconds, UTF-8. */
+void vl_show_note(vl_player* player, const char* text);
+/* What a person may have changed. */
+vl_scaling vl_get_scaling(const vl_player* player);
+int vl_is_full_screen(const vl_player* player);
+
+/* Called for each picture that the program shows in the window of vl_frame, on the thread of the run, with the time of
+ * its clock. The pixels are valid during the call. Before vl_run; a null function ends it. */
+typedef void (*vl_frame_function)(void* user, uint64_t at_ms, const uint32_t* pixels, int32_t width, int32_t height);
+void vl_on_frame(vl_player* player, vl_frame_function function, void* user);
+
 /* Input for a running player of the embed back end. */
 int vl_send_input(vl_player* player, const vl_input_event* event);
 
 /* Copies the newest picture of the host's window (or of the topmost window of a detached run): words
  * 0x00RRGGBB, line after line. Gives its size; copies only when `capacity` words suffice. 0 when there is none.
- * Works for headless and embed players, during and after a run. */
+ * During and after a run. */
 int vl_frame(vl_player* player, uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
 
 #ifdef __cplusplus

@@ -63,7 +63,7 @@ def expect(condition, why):
 def wrong_usage(b):
     b.write("a.vlq", "x = 1;")
     for args in ([], ["nonsense"], ["run"], ["run", "--nope", "a.vlq"], ["run", "a.vlq", "--size", "big"],
-                 ["run", "a.vlq", "--size", "0x0"], ["run", "a.vlq", "--clock", "slow"], ["run", "a.vlq", "--max-time", "-1"],
+                 ["run", "a.vlq", "--size", "0x0"], ["run", "a.vlq", "--clock", "slow"], ["run", "a.vlq", "--scale", "big"], ["run", "a.vlq", "--max-time", "-1"],
                  ["run", "a.vlq", "--param", "novalue"], ["run", "a.vlq", "--headless", "--input", "absent.jsonl"],
                  ["pack"], ["extract", "a.vlp"], ["check"], ["reference", "Nothing"], ["info"], ["tokens"]):
         _, err = b.run(*args, status=64)
@@ -85,7 +85,7 @@ def help_texts(b):
         expect(b"--help" in out, f"{command}: no help")
     out, _ = b.run("run", "--help")
     for option in ("--headless", "--clock", "--param", "--args", "--detached", "--size", "--max-time", "--input", "--record",
-                   "--screenshot", "--globals", "--seed"):
+                   "--screenshot", "--globals", "--seed", "--scale", "--full-screen", "--frames", "--no-shell", "--no-settings"):
         expect(option.encode() in out, f"{option} isn't in the help of run")
         man = open(os.path.join(ROOT, "packaging", "vorlane.1")).read()
         expect(f"Fl -{option[2:]}" in man, f"{option} isn't in the man page")
@@ -102,6 +102,42 @@ def statuses_of_run(b):
         expect(err.rstrip("\n").split("\n")[-1] == line, f"last line {err!r}")
     b.run("run", "good.vlq", "--headless", "--globals", "out.json")
     expect(json.loads(b.read("out.json")) == {"x": 1}, "globals in a file")
+
+
+def frames_in_a_folder(b):
+    app = os.path.join(ROOT, "examples", "follow")
+    b.run("run", app, "--headless", "--max-time", "500", "--size", "320x240", "--frames", "out")
+    names = sorted(os.listdir(b.path("out")))
+    expect(len(names) >= 4, f"too few frames: {names}")
+    times = [int(n[7:15]) for n in names]
+    expect(times == sorted(times) and [int(n[:6]) for n in names] == list(range(1, len(names) + 1)), names)
+    pictures = [b.read("out/" + n) for n in names]
+    expect(all(a != c for a, c in zip(pictures, pictures[1:])), "the same picture twice")
+    b.run("run", app, "--headless", "--max-time", "500", "--size", "320x240", "--frames", "again")
+    expect([b.read("again/" + n) for n in sorted(os.listdir(b.path("again")))] == pictures, "another run, other frames")
+    b.write("a.vlq", "x = 1;")
+    _, err = b.run("run", "a.vlq", "--headless", "--frames", "out", status=64)
+    expect("isn't empty" in err, err)
+    b.run("run", "a.vlq", "--headless", "--frames", "a.vlq", status=64)
+
+
+def no_display(b):
+    b.write("a.vlq", "x = 1;")
+    clean = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY", "SDL_VIDEODRIVER")}
+    done = subprocess.run([b.vorlane, "run", "a.vlq", "--no-settings"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          stdin=subprocess.DEVNULL, cwd=b.folder, timeout=60, env=clean)
+    err = done.stderr.decode()
+    expect(done.returncode == 64 and err.count("\n") == 1 and "--headless" in err, f"{done.returncode}: {err}")
+
+
+def a_broken_settings_file(b):
+    os.makedirs(b.path("config", "vorlane"))
+    b.write("config/vorlane/settings.toml", "scaling = 'huge'\n")
+    b.write("a.vlq", "x = 1;")
+    env = dict(os.environ, XDG_CONFIG_HOME=b.path("config"), SDL_VIDEODRIVER="dummy")
+    done = subprocess.run([b.vorlane, "run", "a.vlq"], stderr=subprocess.PIPE, cwd=b.folder, timeout=60, env=env)
+    expect(done.returncode == 64 and b"settings.toml: line 1: scaling must be" in done.stderr, done.stderr)
+    b.run("run", "a.vlq", "--headless")
 
 
 def unreadable_applications(b):
@@ -231,7 +267,7 @@ def absurd_sizes(b):
         b.run("run", "absurd.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
 
 
-TESTS = [wrong_usage, wrong_input_lines, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
+TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
          reference_as_json, cut_files, flipped_bits, absurd_sizes]
 

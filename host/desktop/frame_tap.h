@@ -1,9 +1,10 @@
 // FrameTap: a window system that keeps the newest picture where another thread can take it.
 //
-// Forwards every call. The picture kept is that of the host's window or, in a run without one, of the window that
-// was presented last; it outlives its window, so that it can be read when the run has ended.
+// Forwards every call, and tells of each picture. The picture kept is that of the host's window or, in a run without
+// one, of the window that was presented last; it outlives its window, so that it can be read when the run has ended.
 #pragma once
 
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -19,7 +20,12 @@ struct Picture {
 
 class FrameTap final : public WindowSystem {
  public:
-  explicit FrameTap(WindowSystem& inner) : inner_(inner) {}
+  // `keep`: without it only onPresent is served.
+  FrameTap(WindowSystem& inner, bool keep) : inner_(inner), keep_(keep) {}
+  // On the run's thread, behind every present.
+  std::function<void()> onPresent;
+  // The same with the picture that is kept.
+  std::function<void(const Picture&)> onPicture;
   // From any thread.
   Picture NewestPicture();
 
@@ -51,7 +57,10 @@ class FrameTap final : public WindowSystem {
   void showMessage(std::string_view title, std::string_view text) override { inner_.showMessage(title, text); }
 
  private:
+  void Keep(const uint32_t* pixels, int width, int height, int pitch, std::span<const Rect> dirty);
+
   WindowSystem& inner_;
+  const bool keep_;
   std::mutex mutex_;
   Picture picture_;
 };

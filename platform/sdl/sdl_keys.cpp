@@ -106,9 +106,10 @@ int32_t ControlCharOf(const SDL_Keysym& key) {
   return isControlled && letter >= 'A' && letter <= 'Z' ? letter - 'A' + 1 : 0;
 }
 
-int32_t CurrentMods() {
+int32_t CurrentMods() { return ModsOf(SDL_GetModState()); }
+
+int32_t ModsOf(int keys) {
   int32_t mods = 0;
-  const SDL_Keymod keys = SDL_GetModState();
   if (keys & KMOD_SHIFT) mods |= kModShift;
   if (keys & KMOD_CTRL) mods |= kModControl;
   if (keys & KMOD_ALT) mods |= kModAlt;

@@ -121,6 +121,8 @@ void SdlWindows::Show(WindowMailbox& mailbox) {
 void SdlWindows::Upload(Window& window, const WindowFrame& frame) {
   Rect dirty = frame.dirty;
   if (!window.texture || window.textureWidth != frame.width || window.textureHeight != frame.height) {
+    window.enlarged.reset();
+    window.enlargedBy = 0;
     window.texture.reset(SDL_CreateTexture(window.renderer.get(), SDL_PIXELFORMAT_RGB888, SDL_TEXTUREACCESS_STREAMING,
                                            frame.width, frame.height));
     window.textureWidth = frame.width;
@@ -138,10 +140,8 @@ void SdlWindows::Draw(Window& window) {
   SDL_Renderer* const renderer = window.renderer.get();
   SDL_SetRenderDrawColor(renderer, 0, 0, 0, 255);
   SDL_RenderClear(renderer);
-  if (window.texture) {
-    const SDL_Rect place = {0, 0, window.textureWidth, window.textureHeight};
-    SDL_RenderCopy(renderer, window.texture.get(), nullptr, &place);
-  }
+  if (window.texture) DrawPicture(window);
+  if (window.overlay) SDL_RenderCopy(renderer, window.overlay.get(), nullptr, &window.overlayPlace);
   SDL_RenderPresent(renderer);
 }
 

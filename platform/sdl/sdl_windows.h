@@ -7,9 +7,19 @@
 #include <memory>
 #include <string>
 
+#include "platform/sdl/picture_view.h"
 #include "platform/sdl/window_mailbox.h"
 
 namespace vl {
+
+// What the player shows over a window's picture: opaque pixels 0x00RRGGBB, line after line.
+struct WindowOverlay {
+  std::vector<uint32_t> pixels;
+  int width = 0;
+  int height = 0;
+  int x = 0;  // in the window
+  int y = 0;
+};
 
 class SdlWindows {
  public:
@@ -19,6 +29,7 @@ class SdlWindows {
 
   // False, and the reason, when the display gives none. The title is UTF-8.
   bool Create(NativeWindow window, const WindowDescription& description, const std::string& title, std::string& reason);
+  void MarkHost(NativeWindow window) { windows_[window].isHost = true; }
   // Does what the interpreter asked for; gives the windows that could not be made.
   std::vector<NativeWindow> Apply(WindowMailbox& mailbox);
   // Shows the newest pictures.
@@ -33,6 +44,20 @@ class SdlWindows {
   // The window's own size, which the picture may not have yet.
   Size SizeOf(NativeWindow window) const;
 
+  // Of the host's window; windows that the program made are scaled while they fill the screen.
+  void SetScaling(Scaling scaling);
+  // True when the picture keeps its size whatever the window's is.
+  bool IsScaled(NativeWindow window) const;
+  // A pixel of the window becomes one of its picture. False outside the picture.
+  bool ToPicture(NativeWindow window, int& x, int& y) const;
+  void SetFullScreen(NativeWindow window, bool full);
+  bool IsFullScreen(NativeWindow window) const;
+  // An empty one takes it away.
+  void SetOverlay(NativeWindow window, const WindowOverlay& overlay);
+  void Forget(NativeWindow window) { windows_.erase(window); }
+  // Forgets all windows of the program; the host's stays.
+  void KeepOnly(NativeWindow window);
+
  private:
   struct Delete {
     void operator()(SDL_Window* p) const { SDL_DestroyWindow(p); }
@@ -46,16 +71,27 @@ class SdlWindows {
     std::unique_ptr<SDL_Texture, Delete> texture;
     int textureWidth = 0;
     int textureHeight = 0;
+    std::unique_ptr<SDL_Texture, Delete> enlarged;  // by a whole factor, on the way to a smooth picture
+    int enlargedBy = 0;
+    std::unique_ptr<SDL_Texture, Delete> overlay;
+    SDL_Rect overlayPlace{};
+    bool isHost = false;
     CursorShape cursor = CursorShape::Arrow;
   };
   void ApplyState(Window& window, ShowState state);
   void Upload(Window& window, const WindowFrame& frame);
   void Draw(Window& window);
+  void DrawPicture(Window& window);
+  bool Enlarge(Window& window, int factor);
+  bool IsScaled(const Window& window) const;
+  Rect PlaceOf(const Window& window) const;
+  Scaling ScalingOf(const Window& window) const;
   void UseCursor(CursorShape shape);
 
   std::map<NativeWindow, Window> windows_;
   std::map<CursorShape, std::unique_ptr<SDL_Cursor, Delete>> cursors_;
   NativeWindow mouseWindow_ = 0;
+  Scaling scaling_ = Scaling::Follow;
 };
 
 }  // namespace vl

@@ -245,11 +245,95 @@ TEST_F(Sdl, TheInterpretersThreadMakesWindowsAndPictures) {
   EXPECT_EQ(picture.pixels[19999], 0x123456u);
 }
 
+// What the player keeps from the program, and how the mouse finds its pixel in a scaled picture.
+class KeepsKeys final : public SdlListener {
+ public:
+  bool OnInput(const Event& event, bool onFrame) override {
+    wasOnFrame = onFrame;
+    return event.type == EventType::KeyDown && event.code == kKeyF1;
+  }
+  void OnDrop(const std::string&) override {}
+  void OnMessage(const std::string& title, const std::string& text) override { message = title + "|" + text; }
+  void OnPumped() override {}
+  bool wasOnFrame = false;
+  std::string message;
+};
+
+TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  KeepsKeys listener;
+  SdlOptions options;
+  options.size = {100, 50};
+  options.scaling = Scaling::Nearest;
+  options.listener = &listener;
+  std::string reason;
+  auto platform = SdlPlatform::Create(options, reason);
+  ASSERT_NE(platform, nullptr) << reason;
+  Services services = platform->services();
+  const auto next = [&] {
+    platform->pumpHost(0);
+    Event e;
+    services.events->waitEvent(e, 0);
+    return e;
+  };
+  const std::vector<uint32_t> pixels(100 * 50, 1);
+  const Rect all = {0, 0, 100, 50};
+  services.windows->present(services.windows->hostWindow(), pixels.data(), 100, 50, 100, {&all, 1});
+  Uint32 id = 1;
+  while (!SDL_GetWindowFromID(id)) ++id;
+  SDL_SetWindowSize(SDL_GetWindowFromID(id), 200, 200);
+  while (next().type != EventType::None) {
+  }
+  EXPECT_EQ(services.windows->hostSize(), (Size{100, 50})) << "a scaled program isn't told of another size";
+
+  const auto button = [&](int x, int y) {
+    SDL_Event e{};
+    e.type = SDL_MOUSEBUTTONDOWN;
+    e.button.windowID = id;
+    e.button.button = SDL_BUTTON_LEFT;
+    e.button.clicks = 1;
+    e.button.x = x;
+    e.button.y = y;
+    SDL_PushEvent(&e);
+    return next();
+  };
+  Event got = button(21, 52);
+  EXPECT_EQ(got.type, EventType::MouseDown);
+  EXPECT_EQ(std::pair(got.x, got.y), std::pair(10, 1));
+  EXPECT_FALSE(listener.wasOnFrame);
+  EXPECT_EQ(button(21, 48).type, EventType::None) << "beside the picture";
+  EXPECT_TRUE(listener.wasOnFrame);
+
+  SDL_Event key{};
+  key.type = SDL_KEYDOWN;
+  key.key.windowID = id;
+  key.key.keysym.scancode = SDL_SCANCODE_F1;
+  key.key.keysym.sym = SDLK_F1;
+  SDL_PushEvent(&key);
+  EXPECT_EQ(next().type, EventType::None);
+  services.windows->showMessage("a", "b");
+  platform->pumpHost(0);
+  EXPECT_EQ(listener.message, "a|b");
+
+  // A second run begins with nothing of the first.
+  services.windows->createWindow({});
+  platform->setScaling(Scaling::Follow);
+  platform->finish();
+  EXPECT_FALSE(platform->pumpHost(0));
+  platform->renew(7);
+  services = platform->services();
+  EXPECT_EQ(services.clock->seed(), 7u);
+  EXPECT_EQ(services.windows->hostSize(), (Size{200, 200}));
+  EXPECT_EQ(next().type, EventType::None);
+  EXPECT_TRUE(platform->pumpHost(0));
+}
+
 TEST(SdlWithoutDisplay, TellsWhyInOneLine) {
   setenv("SDL_VIDEODRIVER", "nonesuch", 1);
   std::string reason;
   EXPECT_EQ(SdlPlatform::Create({}, reason), nullptr);
-  EXPECT_EQ(reason.rfind("no display: ", 0), 0u) << reason;
+  EXPECT_EQ(reason.rfind("no display (", 0), 0u) << reason;
+  EXPECT_NE(reason.find("; --headless runs without one"), std::string::npos) << reason;
   EXPECT_EQ(reason.find('\n'), std::string::npos);
   // A driver that shows nothing counts as a display only for those who ask for it.
   unsetenv("SDL_VIDEODRIVER");
