@@ -71,7 +71,13 @@ typedef enum vl_input_type {
   VL_INPUT_WHEEL = 4, /* code: 120 a notch, x, y */
   VL_INPUT_CLOSE = 5,
   VL_INPUT_RESIZE = 6, /* x, y: new client size */
-  VL_INPUT_FOCUS = 7   /* down: 1 or 0 */
+  VL_INPUT_FOCUS = 7,  /* down: 1 or 0 */
+  /* What the desktop did with the window. */
+  VL_INPUT_MINIMIZE = 20,
+  VL_INPUT_MAXIMIZE = 21,
+  VL_INPUT_RESTORE = 22,
+  VL_INPUT_MOVE = 23,   /* x, y: new client position on the screen */
+  VL_INPUT_DISPLAY = 24 /* x, y: new size of the screen, code: its depth in bits */
 } vl_input_type;
 
 typedef struct vl_input_event {

@@ -6,6 +6,9 @@
 //   wheel   "delta": 120 a notch; "x", "y"
 //   resize  "width", "height"
 //   focus   "down": true when gained
+//   minimize, maximize, restore: what the desktop did with the window
+//   move    "x", "y": where its client area is now
+//   display "width", "height", "depth": of the screen from now on
 // All may have "mods": a list of "shift", "control", "alt".
 #pragma once
 

@@ -10,6 +10,7 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_hints.h"
 #include "platform/sdl/sdl_keys.h"
 #include "platform/sdl/sdl_windows.h"
 #include "platform/sdl/window_mailbox.h"
@@ -106,6 +107,7 @@ struct SdlPlatform::Parts {
   }
   void PushMouse(Event event);
   void TellHostSize(Size size);
+  void TellScreen();
   void TranslateKey(const SDL_KeyboardEvent& e);
   void TranslateText(const SDL_TextInputEvent& e);
   void TranslateMouse(const SDL_Event& e);
@@ -150,11 +152,7 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
   }
   SDL_EventState(SDL_DROPTEXT, SDL_DISABLE);
   parts->wakeEvent = SDL_RegisterEvents(1);
-  SDL_DisplayMode mode{};
-  if (SDL_GetDesktopDisplayMode(0, &mode) == 0) {
-    parts->screen.width = mode.w;
-    parts->screen.height = mode.h;
-  }
+  parts->screen = CurrentScreen();
   parts->MakeMailbox(options.size);
   parts->windows.SetScaling(options.scaling);
   if (options.attachHost) {
@@ -327,12 +325,28 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
     case SDL_WINDOWEVENT:
       TranslateWindow(e.window);
       break;
+    case SDL_DISPLAYEVENT:
+      TellScreen();
+      break;
     case SDL_DROPFILE:
       DropFile(e.drop);
       break;
     default:
       break;
   }
+}
+
+void SdlPlatform::Parts::TellScreen() {
+  const ScreenInfo now = CurrentScreen();
+  const bool changed = now.width != screen.width || now.height != screen.height;
+  screen = now;
+  mailbox->ReportScreen(screen);
+  if (!changed) return;
+  Event event = MakeEvent(EventType::DisplayChange, 0);
+  event.x = screen.width;
+  event.y = screen.height;
+  event.code = screen.depth;
+  queue->Push(event);
 }
 
 void SdlPlatform::Parts::TranslateKey(const SDL_KeyboardEvent& e) {
