@@ -344,6 +344,7 @@ bool WindowTree::ResolveMouse(const Event& event, WindowHandle topHandle, CMessa
   WindowNode* top = Find(topHandle);
   const Point origin = PictureOrigin(*top);
   mouse_ = {origin.x + event.x, origin.y + event.y};
+  hasMouse_ = true;
   if (FollowTrack(event)) return false;
   const uint32_t keys = MouseKeys(event.mods);
   const auto give = [&](WindowHandle window, uint32_t number, uint32_t wParam) {

@@ -292,6 +292,7 @@ void CIWindow::BecomeActiveSibling() {
   if (parent->activeChild) Tree().Post(parent->activeChild->hwnd, WM_NCACTIVATE, 0);
   parent->activeChild = this;
   Tree().Post(hwnd, WM_NCACTIVATE, 1);
+  if (!Tree().HasMouse()) return;
   if (const WindowHandle under = Tree().WindowAt(hwnd, Tree().MousePosition())) Tree().SetFocus(under);
 }
 

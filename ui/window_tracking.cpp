@@ -235,8 +235,8 @@ void WindowTree::EndTrack() {
   track_ = Track{};
   if (ended.kind != TrackKind::Box) return;
   RedrawFrame(ended.window);
-  const WindowNode* node = Find(ended.window);
-  if (!node || !ended.inside) return;
+  WindowNode* node = Find(ended.window);
+  if (!node || HitCodeAt(*node, mouse_) != ended.hit) return;
   uint32_t command = SC_CLOSE;
   if (ended.hit == HTMINBUTTON) command = node->minimized ? SC_RESTORE : SC_MINIMIZE;
   if (ended.hit == HTMAXBUTTON) command = node->maximized ? SC_RESTORE : SC_MAXIMIZE;

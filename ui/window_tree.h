@@ -172,6 +172,7 @@ class WindowTree final : public CMessageSource, public CScreen {
   // Client origin on the screen.
   Point ClientOrigin(WindowHandle window);
   Point MousePosition() const { return mouse_; }  // on the screen
+  bool HasMouse() const { return hasMouse_; }     // it was in a window of the run
   // The deepest visible window at a point of the screen, within `window`; 0 when the point isn't in it.
   WindowHandle WindowAt(WindowHandle window, Point screen);
   int32_t KeyMods() const { return keyMods_; }  // EventMods of the key message taken last
@@ -309,6 +310,7 @@ class WindowTree final : public CMessageSource, public CScreen {
   WindowHandle active_ = 0;
   WindowHandle capture_ = 0;
   Point mouse_;
+  bool hasMouse_ = false;
   int32_t keyMods_ = 0;
   int64_t pixels_ = 0;     // of all pictures
   bool mayPaint_ = false;  // some window may have something to repaint

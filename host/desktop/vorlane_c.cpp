@@ -20,7 +20,10 @@ void Report(char* error, size_t size, const char* text) {
 
 bool IsFrom(int32_t number, int32_t first, int32_t last) { return number >= first && number <= last; }
 
-bool IsKnown(const vl_input_event* event) { return event && IsFrom(event->type, VL_INPUT_KEY, VL_INPUT_FOCUS); }
+bool IsKnown(const vl_input_event* event) {
+  vl::Event known;
+  return event && vl::ToEvent(*event, known);
+}
 
 template <typename F>
 auto Guard(F&& f, decltype(f()) failed) noexcept -> decltype(f()) {
