@@ -5,8 +5,7 @@
 namespace vl {
 
 SdlSurface SurfaceOf(const WindowPicture& picture) {
-  SdlSurface surface(
-      SDL_CreateRGBSurfaceWithFormat(0, picture.width, picture.height, 32, SDL_PIXELFORMAT_ARGB8888));
+  SdlSurface surface(SDL_CreateRGBSurfaceWithFormat(0, picture.width, picture.height, 32, SDL_PIXELFORMAT_ARGB8888));
   const size_t pixels = size_t(std::max(picture.width, 0)) * size_t(std::max(picture.height, 0));
   if (!surface || pixels == 0 || picture.words.size() < pixels) return nullptr;
   for (int y = 0; y < picture.height; ++y) {

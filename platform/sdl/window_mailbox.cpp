@@ -252,7 +252,8 @@ void WindowMailbox::TakeFrames(const std::function<void(NativeWindow window, con
 void WindowMailbox::ShowAgain(NativeWindow window) {
   const std::lock_guard lock(mutex_);
   const auto found = windows_.find(window);
-  if (found != windows_.end()) found->second.frame.dirty = {0, 0, found->second.frame.width, found->second.frame.height};
+  if (found != windows_.end())
+    found->second.frame.dirty = {0, 0, found->second.frame.width, found->second.frame.height};
 }
 
 bool WindowMailbox::LookAtFrame(NativeWindow window, const std::function<void(const WindowFrame& frame)>& look) {
