@@ -249,6 +249,10 @@ void WindowTree::DamageOuter(WindowNode& node) {
   if (node.visible) Damage(node.handle, Whole(node.PictureSize()));
 }
 
+void WindowTree::DamageParent(WindowHandle parent, const Rect& outer) {
+  if (const WindowNode* node = Find(parent)) Damage(parent, Moved(outer, node->ClientInPicture()));
+}
+
 bool WindowTree::NeedsComposing(WindowNode& top) {
   if (top.isHost && top.isShaped) return true;
   return std::any_of(top.children.begin(), top.children.end(),
@@ -332,8 +336,8 @@ void WindowTree::SetShape(WindowHandle window, std::vector<Rect> boxes) {
   node->shape = std::move(boxes);
   // Where the window was cut before something else may show now, and the contrary.
   if (!node->visible) return;
-  if (WindowNode* parent = Find(node->parent)) {
-    Damage(parent->handle, Moved(OuterBox(*node), parent->ClientInPicture()));
+  if (node->parent) {
+    DamageParent(node->parent, OuterBox(*node));
   } else {
     DamageOuter(*node);
   }

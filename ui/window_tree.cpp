@@ -1,4 +1,4 @@
-// WindowTree: the life of windows, their places and states, focus and activation.
+// WindowTree: the life of windows, their places and states.
 #include "ui/window_tree.h"
 
 #include <algorithm>
@@ -129,10 +129,7 @@ void WindowTree::Destroy(WindowHandle window, bool atEnd) {
     if (active_ == window) active_ = 0;
     return;
   }
-  if (WindowNode* parent = Find(parentHandle); parent && wasVisible) {
-    const Point at = parent->ClientInPicture();
-    Damage(parentHandle, {outer.left + at.x, outer.top + at.y, outer.right + at.x, outer.bottom + at.y});
-  }
+  if (wasVisible) DamageParent(parentHandle, outer);
   if (active_ == window) ActivateAnother(window);
 }
 
@@ -205,9 +202,8 @@ void WindowTree::Place(WindowHandle window, const Rect& outer, uint32_t kind, bo
   }
   if (!node || (!moved && !sized) || !node->visible) return;
   if (sized) Invalidate(window);
-  if (WindowNode* parent = Find(node->parent)) {
-    const Point at = parent->ClientInPicture();
-    Damage(parent->handle, {before.left + at.x, before.top + at.y, before.right + at.x, before.bottom + at.y});
+  if (node->parent) {
+    DamageParent(node->parent, before);
     DamageOuter(*node);
   }
 }
@@ -320,13 +316,7 @@ void WindowTree::Show(WindowHandle window, uint32_t command) {
   const bool wasVisible = node->visible;
   node->visible = command != SW_HIDE;
   bool activates = node->visible && command != kShowNoActivate && command != kShowUnchangedNoActivate;
-  if (!node->visible && wasVisible && node->parent) {
-    node->visible = true;  // for the last time: what lies below shows again
-    const Rect outer = OuterBox(*node);
-    node->visible = false;
-    const Point at = Find(node->parent)->ClientInPicture();
-    Damage(node->parent, {outer.left + at.x, outer.top + at.y, outer.right + at.x, outer.bottom + at.y});
-  }
+  if (!node->visible && wasVisible) DamageParent(node->parent, OuterBox(*node));
   bool minimized = node->minimized;
   bool maximized = node->maximized;
   switch (command) {
@@ -455,153 +445,6 @@ void WindowTree::SetIcon(WindowHandle window, const WindowPicture& picture) {
   if (picture.width == kSmallIcon) node->icon = picture;
   if (node->native && !node->isHost) services_.windows->setIcon(node->native, picture);
   RedrawFrame(window);
-}
-
-// --- Focus and activation ---
-
-void WindowTree::SetActiveLook(WindowHandle window, bool active) {
-  WindowNode* node = Find(window);
-  if (!node || node->active == active) return;
-  node->active = active;
-  if (node->drawsFrame && HasCaption(node->style)) RedrawFrame(window);
-}
-
-void WindowTree::ActivateTop(WindowHandle top, bool byDesktop) {
-  WindowNode* node = Find(top);
-  if (!node) return;
-  if (active_ != top) {
-    const WindowHandle before = active_;
-    active_ = top;
-    if (before) {
-      SetActiveLook(before, false);
-      Send(before, WM_ACTIVATE, 0, static_cast<int32_t>(top));
-    }
-    node = Find(top);
-    if (!node || active_ != top) return;
-    std::erase(topLevels_, top);
-    auto at = topLevels_.begin();
-    while (!node->topMost && at != topLevels_.end() && Find(*at)->topMost) ++at;
-    topLevels_.insert(at, top);
-    if (!byDesktop && node->native && !node->isHost && node->visible) services_.windows->raiseWindow(node->native);
-    SetActiveLook(top, true);
-    Send(top, WM_ACTIVATE, 1);
-    node = Find(top);
-  }
-  if (node && active_ == top && !node->minimized && !IsInside(focus_, top)) SetFocus(top);
-}
-
-void WindowTree::Activate(WindowHandle window) {
-  if (const WindowHandle top = TopLevel(window)) ActivateTop(top, false);
-}
-
-void WindowTree::ActivateAnother(WindowHandle gone) {
-  active_ = 0;
-  if (IsInside(focus_, gone)) {
-    const WindowHandle before = focus_;
-    focus_ = 0;
-    Send(before, WM_KILLFOCUS);
-  }
-  for (const WindowHandle top : topLevels_) {
-    const WindowNode* node = Find(top);
-    if (top == gone || !node->visible || node->minimized || !node->enabled) continue;
-    ActivateTop(top, false);
-    return;
-  }
-}
-
-void WindowTree::SetFocus(WindowHandle window) {
-  if (focus_ == window || !Find(window)) return;
-  const WindowHandle top = TopLevel(window);
-  const WindowHandle before = focus_;
-  focus_ = window;
-  if (before) Send(before, WM_KILLFOCUS, window);
-  if (top != active_) ActivateTop(top, false);
-  if (focus_ == window && Find(window)) Send(window, WM_SETFOCUS, before);
-}
-
-void WindowTree::SetCapture(WindowHandle window) {
-  if (capture_ == window) return;
-  if (WindowNode* before = Find(TopLevel(capture_))) services_.windows->captureMouse(before->native, false);
-  capture_ = Find(window) ? window : 0;
-  if (WindowNode* top = Find(TopLevel(capture_))) services_.windows->captureMouse(top->native, true);
-}
-
-// --- What is done with messages that nobody takes ---
-
-int32_t WindowTree::DefaultProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
-  WindowNode* node = Find(window);
-  if (!node) return 0;
-  switch (message) {
-    case WM_CLOSE:
-      Destroy(window);
-      return 0;
-    case WM_PAINT:
-      BeginPaint(window);
-      return 0;
-    case WM_ERASEBKGND:
-      FillBackground(window, node->update.IsEmpty() ? Rect{0, 0, node->width, node->height} : node->update,
-                     node->backColour);
-      return 1;
-    case WM_NCACTIVATE:
-      SetActiveLook(window, wParam != 0);
-      return 1;
-    case WM_MOUSEACTIVATE: {
-      const int32_t answer = node->parent ? Send(node->parent, message, wParam, lParam) : 0;
-      return answer ? answer : MA_ACTIVATE;
-    }
-    case WM_SETCURSOR: {
-      if (node->parent && Send(node->parent, message, wParam, lParam)) return 1;
-      static constexpr CursorShape kEdges[] = {CursorShape::SizeWE,   CursorShape::SizeWE,   CursorShape::SizeNS,
-                                               CursorShape::SizeNWSE, CursorShape::SizeNESW, CursorShape::SizeNS,
-                                               CursorShape::SizeNESW, CursorShape::SizeNWSE};
-      const auto hit = static_cast<uint32_t>(lParam) & 0xFFFF;
-      // The parent of a window asks on its behalf; the pointer is still that of the window under the mouse.
-      if (window == wParam) {
-        UseCursor(window, hit >= HTLEFT && hit <= HTBOTTOMRIGHT ? kEdges[hit - HTLEFT] : CursorShape::Arrow);
-      }
-      return 0;
-    }
-    case WM_NCLBUTTONDOWN:
-    case WM_NCLBUTTONDBLCLK:
-      return PressFrame(window, wParam, message == WM_NCLBUTTONDBLCLK);
-    case WM_MOUSEWHEEL:
-      return node->parent ? Send(node->parent, message, wParam, lParam) : 0;
-    case WM_SYSKEYDOWN: {
-      constexpr uint32_t kKeyF4 = 0x73;
-      if (wParam == kKeyF4) Post(TopLevel(window), WM_SYSCOMMAND, SC_CLOSE);
-      return 0;
-    }
-    case WM_SYSCOMMAND:
-      return DefaultSystemCommand(window, wParam, lParam);
-    default:
-      return 0;
-  }
-}
-
-int32_t WindowTree::DefaultSystemCommand(WindowHandle window, uint32_t command, int32_t lParam) {
-  switch (command & 0xFFF0) {
-    case SC_CLOSE:
-      Send(window, WM_CLOSE);
-      return 0;
-    case SC_MINIMIZE:
-      if (lParam != kDoneByDesktop) Show(window, SW_MINIMIZE);
-      return 0;
-    case SC_MAXIMIZE:
-      if (lParam != kDoneByDesktop) Show(window, SW_SHOWMAXIMIZED);
-      return 0;
-    case SC_RESTORE:
-      if (lParam != kDoneByDesktop) Show(window, SW_RESTORE);
-      return 0;
-    case SC_MOVE:
-      BeginTrack(window, TrackKind::Move, HTCAPTION);
-      return 0;
-    case SC_SIZE:
-      // The four low bits name the side as WM_SIZING does.
-      BeginTrack(window, TrackKind::Size, (command & 0xF) + HTLEFT - WMSZ_LEFT);
-      return 0;
-    default:
-      return 0;
-  }
 }
 
 }  // namespace vl

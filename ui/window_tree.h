@@ -293,6 +293,8 @@ class WindowTree final : public CMessageSource, public CScreen {
   void Damage(WindowHandle window, const Rect& box) { Damage(window, std::span<const Rect>(&box, 1)); }
   void Damage(WindowHandle window, std::span<const Rect> boxes);
   void DamageOuter(WindowNode& node);
+  // The place of a child, which may be gone from there.
+  void DamageParent(WindowHandle parent, const Rect& outer);
   void Compose(WindowNode& node, Point at, const Rect& clip, std::vector<uint32_t>& out, Size size);
   const std::vector<uint32_t>& ScreenPicture(WindowNode& top, const Rect& box);
   bool NeedsComposing(WindowNode& top);

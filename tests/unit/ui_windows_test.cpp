@@ -4,8 +4,11 @@
 
 #include "base/memory_budget.h"
 #include "gfx2d/surface_library.h"
+#include "host/run.h"
 #include "interpreter/thread_param.h"
 #include "platform/headless/headless_platform.h"
+#include "platform/memory_files.h"
+#include "tools/project/project.h"
 #include "ui/window_frame.h"
 #include "ui/window_shape.h"
 #include "ui/window_tree.h"
@@ -188,6 +191,71 @@ TEST_F(WindowTreeTest, AMessageForAWindowThatIsGoneIsDropped) {
   EXPECT_TRUE(recorder.seen.empty());
   EXPECT_EQ(tree.Find(w), nullptr);
   EXPECT_TRUE(platform.windows().Windows().empty());
+}
+
+// --- Programs ---
+
+// Runs a program in a host's window and keeps what it left there.
+struct Hosted {
+  explicit Hosted(const char* source, std::vector<TimedEvent> input = {}) {
+    EXPECT_TRUE(files.Add("w.vlp", SingleSourceApplication(source, "w.vlq")));
+    HeadlessOptions options;
+    options.files = &files;
+    options.input = std::move(input);
+    platform = std::make_unique<HeadlessPlatform>(options);
+    Run run(platform->services(), true);
+    run.param.path = "w.vlp";
+    run.Execute();
+    globals = run.globals;
+    EXPECT_EQ(run.error, "");
+  }
+  const MemoryWindow& Window() const { return *platform->windows().Find(platform->services().windows->hostWindow()); }
+  MemoryFileSystem files;
+  std::unique_ptr<HeadlessPlatform> platform;
+  std::string globals;
+};
+
+TEST(WindowPrograms, PointersOfAWindow) {
+  EXPECT_EQ(Hosted("SetCursor(Window.CROSS);").Window().cursor, CursorShape::Cross);
+  EXPECT_EQ(Hosted("SetCursor(Window.WAIT); SetCursor();").Window().cursor, CursorShape::Arrow);
+  constexpr char kPicture[] =
+      "s = New Surface(20, 10, 24); s.Clear(0xFF00FF); s.SetPixel(2, 1, 0x00FF00); SetCursor(s, 0xFF00FF, 3, 4);";
+  const WindowPicture picture = Hosted(kPicture).Window().cursorPicture;
+  ASSERT_EQ(picture.words.size(), 200u);
+  EXPECT_EQ(picture.hotX, 3);
+  EXPECT_EQ(picture.hotY, 4);
+  EXPECT_EQ(picture.words[22], 0xFF00FF00u);
+  EXPECT_EQ(picture.words[0], 0u) << "the mask colour isn't shown";
+  const Hosted removed((std::string(kPicture) + "SetCursor(99);").c_str());
+  EXPECT_EQ(removed.Window().cursorPicture.width, 0);
+  EXPECT_EQ(removed.Window().cursor, CursorShape::Arrow);
+}
+
+TEST(WindowPrograms, ThePointerOfAChildShowsWhileTheMouseIsThere) {
+  constexpr char kSource[] =
+      "main = CurWindow; w = New Window(main, 50, 50, 10, 10, Window.GAME); w.SetCursor(Window.CROSS); Wait(300);";
+  Event move;
+  move.type = EventType::MouseMove;
+  move.x = move.y = 20;
+  Event away = move;
+  away.x = 100;
+  EXPECT_EQ(Hosted(kSource, {{50, move, {}}}).Window().cursor, CursorShape::Cross);
+  EXPECT_EQ(Hosted(kSource, {{50, move, {}}, {90, away, {}}}).Window().cursor, CursorShape::Arrow);
+}
+
+TEST(WindowPrograms, DroppedFilesAreNamed) {
+  Event drop;
+  drop.type = EventType::DropFile;
+  drop.x = 7;
+  drop.y = 8;
+  const std::vector<TimedEvent> input = {
+      {50, drop, "/home/first"}, {150, drop, "/home/second"}, {250, drop, std::string(400, 'x')}};
+  const Hosted run(
+      "s = \"\"; n = 0; OnDropFile = Dropped; Wait(100); EnableDropFile(); Wait(100); EnableDropFile(1); Wait(200);"
+      "Function Dropped(w, name, x, y) { If (n == 0) s = name + x + y; n = n + 1; }",
+      input);
+  EXPECT_NE(run.globals.find("\"s\":\"/home/second78\""), std::string::npos) << run.globals;
+  EXPECT_NE(run.globals.find("\"n\":2"), std::string::npos);
 }
 
 // --- Frames ---
