@@ -3,7 +3,9 @@
 // Colours are the library's (0x00BBGGRR), as system colours are. Everything is cut at the clip box.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <string_view>
 
 #include "base/rect.h"

@@ -3,6 +3,9 @@
 
 #include <SDL.h>
 
+#include <memory>
+#include <vector>
+
 #include "platform/sdl/window_mailbox.h"
 
 namespace vl {

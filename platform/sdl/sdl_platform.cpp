@@ -449,11 +449,14 @@ void SdlPlatform::Parts::TranslateWindow(const SDL_WindowEvent& e) {
         TellHostSize({e.data1, e.data2});
         return;
       }
+      // The answer to an older wish of the program must not undo its newer one.
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Resize;
       event.x = e.data1;
       event.y = e.data2;
       break;
     case SDL_WINDOWEVENT_MOVED:
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Move;
       event.x = e.data1;
       event.y = e.data2;

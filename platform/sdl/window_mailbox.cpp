@@ -249,6 +249,12 @@ void WindowMailbox::TakeFrames(const std::function<void(NativeWindow window, con
   }
 }
 
+bool WindowMailbox::IsPlacePending(NativeWindow window) {
+  const std::lock_guard lock(mutex_);
+  const auto found = windows_.find(window);
+  return found != windows_.end() && (found->second.change.size || found->second.change.position);
+}
+
 void WindowMailbox::ShowAgain(NativeWindow window) {
   const std::lock_guard lock(mutex_);
   const auto found = windows_.find(window);

@@ -96,6 +96,8 @@ class WindowMailbox final : public WindowSystem {
   // Calls show(window, frame) for each picture with something to show, which is then counted as shown. The box
   // is locked meanwhile.
   void TakeFrames(const std::function<void(NativeWindow window, const WindowFrame& frame)>& show);
+  // The program asked for another place or size, and nobody has taken that yet.
+  bool IsPlacePending(NativeWindow window);
   // All of a window's newest picture is to be shown once more.
   void ShowAgain(NativeWindow window);
   // Calls look(frame) with the newest picture of a window; false when it has none.
