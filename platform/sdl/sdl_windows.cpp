@@ -34,7 +34,34 @@ SDL_SystemCursor SystemCursorOf(CursorShape shape) {
   }
 }
 
+// True when OpenGL draws on the processor: then copying pixels ourselves is many times faster.
+bool IsDrawnByProcessor(SDL_Renderer* renderer) {
+  SDL_RendererInfo info{};
+  if (SDL_GetRendererInfo(renderer, &info) != 0 || SDL_strncmp(info.name, "opengl", 6) != 0) return false;
+  using GetText = const unsigned char*(SDLCALL*)(unsigned int);
+  constexpr unsigned int kRendererName = 0x1F01;  // GL_RENDERER
+  const auto getText = reinterpret_cast<GetText>(SDL_GL_GetProcAddress("glGetString"));
+  const unsigned char* const text = getText ? getText(kRendererName) : nullptr;
+  if (!text) return false;
+  const char* const name = reinterpret_cast<const char*>(text);
+  return SDL_strstr(name, "llvmpipe") || SDL_strstr(name, "softpipe") || SDL_strstr(name, "Software Rasterizer");
+}
+
 }  // namespace
+
+// For a renderer of the graphics card SDL makes a window anew, and forgets that it can be cut.
+SDL_Renderer* SdlWindows::CreateRenderer(SDL_Window* window, bool isCut) {
+  // A person's own choice of a driver stands.
+  if (!isCut && (!isProcessorFaster_ || SDL_GetHint(SDL_HINT_RENDER_DRIVER))) {
+    SDL_Renderer* const made = SDL_CreateRenderer(window, -1, 0);
+    if (made && (SDL_GetHint(SDL_HINT_RENDER_DRIVER) || !IsDrawnByProcessor(made))) return made;
+    if (made) SDL_DestroyRenderer(made);
+    isProcessorFaster_ = true;
+  }
+  // Without this SDL would show even these pixels through OpenGL.
+  SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
+  return SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE);
+}
 
 bool SdlWindows::Create(NativeWindow id, const WindowDescription& d, const std::string& title, std::string& reason) {
   Uint32 flags = SDL_WINDOW_HIDDEN;
@@ -45,22 +72,13 @@ bool SdlWindows::Create(NativeWindow id, const WindowDescription& d, const std::
   Window made;
   made.window.reset(SDL_CreateWindow(title.c_str(), d.x, d.y, std::max(d.width, 1), std::max(d.height, 1), flags));
   if (SDL_Window* const owner = Find(d.owner); owner && made.window) SDL_SetWindowModalFor(made.window.get(), owner);
-  if (!AddRenderer(made, false)) {
+  if (made.window) made.renderer.reset(CreateRenderer(made.window.get(), false));
+  if (!made.renderer) {
     reason = SDL_GetError();
     return false;
   }
   windows_[id] = std::move(made);
   return true;
-}
-
-bool SdlWindows::AddRenderer(Window& made, bool shaped) {
-  // For a renderer of the graphics card SDL makes the window anew, and forgets that it can be cut.
-  if (shaped) SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
-  if (made.window && !shaped) made.renderer.reset(SDL_CreateRenderer(made.window.get(), -1, 0));
-  if (made.window && !made.renderer) {
-    made.renderer.reset(SDL_CreateRenderer(made.window.get(), -1, SDL_RENDERER_SOFTWARE));
-  }
-  return made.renderer != nullptr;
 }
 
 // SDL cuts only windows that were made for it, so the window is made anew.
@@ -78,7 +96,8 @@ void SdlWindows::Reshape(Window& window) {
     Window shaped;
     shaped.window.reset(SDL_CreateShapedWindow(title.c_str(), Uint32(x), Uint32(y), Uint32(size.width),
                                                Uint32(size.height), SDL_WINDOW_HIDDEN));
-    if (!AddRenderer(shaped, true)) return;
+    if (shaped.window) shaped.renderer.reset(CreateRenderer(shaped.window.get(), true));
+    if (!shaped.renderer) return;
     shaped.shape = window.shape;
     shaped.cursor = window.cursor;
     shaped.cursorPicture = std::move(window.cursorPicture);

@@ -82,7 +82,7 @@ class SdlWindows {
     std::optional<std::vector<Rect>> shape;
     bool needsPicture = false;  // it was made anew
   };
-  bool AddRenderer(Window& made, bool shaped);
+  SDL_Renderer* CreateRenderer(SDL_Window* window, bool isCut);
   void Reshape(Window& window);
   void ApplyState(Window& window, ShowState state);
   void Upload(Window& window, const WindowFrame& frame);
@@ -98,6 +98,7 @@ class SdlWindows {
   std::map<CursorShape, std::unique_ptr<SDL_Cursor, Delete>> cursors_;
   NativeWindow mouseWindow_ = 0;
   Scaling scaling_ = Scaling::Follow;
+  bool isProcessorFaster_ = false;  // than the display's OpenGL
 };
 
 }  // namespace vl
