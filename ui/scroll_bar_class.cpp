@@ -44,6 +44,9 @@ void CIScrollBar::Construct() {
 
 void CIScrollBar::Destroy(bool final) {
   if (parent && bound_) parent->RemoveMessageHook(&Hook);
+  // A program may delete the bar of a window, and at the end of a run it goes before the window.
+  if (parent && parent->horizontalBar == this) parent->horizontalBar = nullptr;
+  if (parent && parent->verticalBar == this) parent->verticalBar = nullptr;
   bound_ = 0;
   CIChildWindow::Destroy(final);
 }
