@@ -36,6 +36,10 @@ inline constexpr size_t kMaxStreamBytes = size_t{512} << 20;
 inline constexpr int kMaxSurfaceSide = 32767;
 // Pixels of one surface (256 MB at 32 bits).
 inline constexpr int64_t kMaxSurfacePixels = int64_t{1} << 26;
+// Pixels of the pictures that all windows of a run keep (512 MB); a window beyond shows nothing.
+inline constexpr int64_t kMaxWindowPixels = int64_t{1} << 27;
+// Windows inside one another; bounds the recursion over them.
+inline constexpr int kMaxWindowNesting = 100;
 
 // A text of game input settings. What is made of it takes some forty times its size.
 inline constexpr size_t kMaxInputSettingsBytes = size_t{1} << 20;

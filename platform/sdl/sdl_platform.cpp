@@ -10,6 +10,7 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_hints.h"
 #include "platform/sdl/sdl_input_devices.h"
 #include "platform/sdl/sdl_joysticks.h"
 #include "platform/sdl/sdl_keys.h"
@@ -111,6 +112,7 @@ struct SdlPlatform::Parts {
   }
   void PushMouse(Event event);
   void TellHostSize(Size size);
+  void TellScreen();
   void TranslateKey(const SDL_KeyboardEvent& e);
   void TranslateText(const SDL_TextInputEvent& e);
   void TranslateMouse(const SDL_Event& e);
@@ -157,11 +159,7 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
   }
   SDL_EventState(SDL_DROPTEXT, SDL_DISABLE);
   parts->wakeEvent = SDL_RegisterEvents(1);
-  SDL_DisplayMode mode{};
-  if (SDL_GetDesktopDisplayMode(0, &mode) == 0) {
-    parts->screen.width = mode.w;
-    parts->screen.height = mode.h;
-  }
+  parts->screen = CurrentScreen();
   parts->MakeMailbox(options.size);
   parts->windows.SetScaling(options.scaling);
   if (options.attachHost) {
@@ -336,6 +334,9 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
     case SDL_WINDOWEVENT:
       TranslateWindow(e.window);
       break;
+    case SDL_DISPLAYEVENT:
+      TellScreen();
+      break;
     case SDL_DROPFILE:
       DropFile(e.drop);
       break;
@@ -343,6 +344,19 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
       joysticks.Handle(e);
       break;
   }
+}
+
+void SdlPlatform::Parts::TellScreen() {
+  const ScreenInfo now = CurrentScreen();
+  const bool changed = now.width != screen.width || now.height != screen.height;
+  screen = now;
+  mailbox->ReportScreen(screen);
+  if (!changed) return;
+  Event event = MakeEvent(EventType::DisplayChange, 0);
+  event.x = screen.width;
+  event.y = screen.height;
+  event.code = screen.depth;
+  queue->Push(event);
 }
 
 void SdlPlatform::Parts::TranslateKey(const SDL_KeyboardEvent& e) {
@@ -453,11 +467,14 @@ void SdlPlatform::Parts::TranslateWindow(const SDL_WindowEvent& e) {
         TellHostSize({e.data1, e.data2});
         return;
       }
+      // The answer to an older wish of the program must not undo its newer one.
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Resize;
       event.x = e.data1;
       event.y = e.data2;
       break;
     case SDL_WINDOWEVENT_MOVED:
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Move;
       event.x = e.data1;
       event.y = e.data2;
