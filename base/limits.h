@@ -44,4 +44,21 @@ inline constexpr int kMaxWindowNesting = 100;
 // A text of game input settings. What is made of it takes some forty times its size.
 inline constexpr size_t kMaxInputSettingsBytes = size_t{1} << 20;
 
+// One message of the network layer. Peers send texts; a larger one ends the connection.
+inline constexpr size_t kMaxNetMessageBytes = size_t{1} << 20;
+// Bytes that wait to be sent to one peer, and to all peers of a run: a peer beyond that reads too slowly and is let go.
+inline constexpr size_t kMaxNetQueueBytes = size_t{8} << 20;
+inline constexpr size_t kMaxNetQueuedBytes = size_t{256} << 20;
+// A peer that takes nothing for that long, or doesn't come about, is gone.
+inline constexpr uint32_t kNetPatienceMs = 60000;
+// What peers can make: connections of a server, sessions of a server and of a connection, users of a channel.
+inline constexpr size_t kMaxNetConnections = 1024;
+inline constexpr size_t kMaxNetSessions = 4096;
+inline constexpr size_t kMaxNetSessionsEach = 256;
+inline constexpr size_t kMaxNetUsers = 4096;
+// Names of players and sessions, which travel with many messages.
+inline constexpr size_t kMaxNetNameBytes = 4096;
+// Datagrams that one socket takes in a poll; more may come faster than they are handled.
+inline constexpr int kMaxNetDatagrams = 1024;
+
 }  // namespace vl::limits

@@ -20,6 +20,8 @@ class CIBinary : public CIBaseClassImpl, public CByteSource {
   void Destroy(bool final) override;
 
   std::span<const uint8_t> Bytes() const override { return {data_.get(), static_cast<size_t>(size_)}; }
+  std::span<uint8_t> WritableBytes() override { return {data_.get(), static_cast<size_t>(size_)}; }
+  bool ResizeBytes(int64_t size) override { return Allocate(size, size); }
   // A block of `size` bytes, 0 to 2^31 - 1; the first `keep` bytes of the old one stay, the rest is 0. False, and
   // unchanged, when the memory is spent.
   bool Allocate(int64_t size, int64_t keep = 0);

@@ -7,6 +7,7 @@
 #include "host/globals.h"
 #include "input/script/input_classes.h"
 #include "interpreter/interpretor.h"
+#include "net/script/vex_classes.h"
 #include "platform/device_queue.h"
 #include "platform/run_files.h"
 #include "ui/ui_classes.h"
@@ -21,6 +22,7 @@ const ClassRegistry& PlayerClasses() {
     RegisterEngine3dClasses(r);
     RegisterUiClasses(r);
     RegisterInputClasses(r);
+    RegisterNetClasses(r);
     return r;
   }();
   return registry;

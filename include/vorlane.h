@@ -54,6 +54,8 @@ typedef struct vl_options {
   int32_t scaling;     /* vl_scaling */
   int32_t full_screen; /* 1: begins so */
   int32_t shell;       /* 1: the player's own keys, menu and error box; see vl_take_request */
+  /* Of the headless back end, whose network otherwise lies in memory. */
+  int32_t real_network; /* 1: that of the machine */
 } vl_options;
 
 typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;
@@ -111,6 +113,11 @@ int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t s
 /* A parameter as the page would give it; later ones of the same name count after earlier ones. */
 int vl_set_parameter(vl_player* player, const char* name, const char* value);
 int vl_set_command_line(vl_player* player, const char* text);
+/* Hosts that the program may reach besides this machine and the one it came from; others can't be told from hosts that
+ * don't answer. "HOST:PORT", "HOST:*" or "all"; 0 for another text. Before vl_run. */
+int vl_allow_net(vl_player* player, const char* rule);
+/* The host that the application came from, a name or an address: allowed on all ports. Before vl_run. */
+int vl_set_origin(vl_player* player, const char* host);
 /* Parameters and command line are forgotten, for another application. */
 void vl_clear_parameters(vl_player* player);
 /* Of the host's window, UTF-8. */

@@ -23,6 +23,9 @@ class CByteSource {
  public:
   virtual ~CByteSource() = default;
   virtual std::span<const uint8_t> Bytes() const = 0;
+  virtual std::span<uint8_t> WritableBytes() = 0;
+  // Bytes that come anew are 0. False, and unchanged, when the memory is spent.
+  virtual bool ResizeBytes(int64_t size) = 0;
 };
 
 }  // namespace vl

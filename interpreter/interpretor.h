@@ -57,6 +57,9 @@ class CWindowFollower {
   virtual void WindowBecameActive(uint32_t handle) = 0;
 };
 
+// When a subsystem wants its next poll while the program waits: as it comes, within a millisecond or so, at once.
+enum class PollNeed : uint8_t { None, Soon, Now };
+
 // What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
 class CSubsystem {
  public:
@@ -167,7 +170,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t AddTimed(CTimed* object);
   void RemoveTimed(uint32_t node);
   // Work of other subsystems at each poll (video, network, downloads).
-  void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
+  void AddPoll(std::function<PollNeed()> poll) { polls_.push_back(std::move(poll)); }
   void Poll();
   void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
 
@@ -272,6 +275,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   bool directSound3DEnabled = false;
   // Made by their modules on first use; they outlive every runtime object.
   std::unique_ptr<CSubsystem> graphics;
+  std::unique_ptr<CSubsystem> network;
   std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
   // Subsystems that live as long as the run keep their state here, by class module.
   std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
@@ -413,7 +417,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   bool draining_ = false;
   std::vector<Text> literals_;
   CVariable noVariable_;  // what a name's token refers to before its first look-up
-  std::vector<std::function<void()>> polls_;
+  std::vector<std::function<PollNeed()>> polls_;
+  PollNeed pollNeed_ = PollNeed::None;  // of the last poll
 };
 
 // A runtime object that holds its own text: String.

@@ -8,6 +8,8 @@ namespace vl {
 namespace {
 // Longest sleep of one round of Wait: the stop of a host and network polls must not wait longer.
 constexpr uint32_t kWaitSliceMs = 50;
+// The same while the network is in use: what comes from it wakes nothing.
+constexpr uint32_t kPollSliceMs = 1;
 constexpr uint32_t kPumpIntervalMs = 50;
 constexpr int kRefreshRounds = 4;
 constexpr uint32_t kQuitMessage = 18;
@@ -62,7 +64,8 @@ void CInterpretor::StepTimed(uint32_t nowMs) {
 }
 
 void CInterpretor::Poll() {
-  for (const auto& poll : polls_) poll();
+  pollNeed_ = PollNeed::None;
+  for (const auto& poll : polls_) pollNeed_ = std::max(pollNeed_, poll());
 }
 
 // Takes one message through the filters to its window. False for WM_QUIT.
@@ -100,6 +103,8 @@ void CInterpretor::Wait(uint32_t ms) {
     if (passed >= ms || param.stop.load(std::memory_order_relaxed)) return;
     if (messages->HasMessage()) {
       if (!FilterAndDispatch()) return;
+    } else if (pollNeed_ == PollNeed::Now) {
+      services.clock->tick();
     } else if (!nextEvent) {
       uint32_t slice = std::min(ms - passed, kWaitSliceMs);
       const uint32_t now = NowMs();
@@ -109,6 +114,7 @@ void CInterpretor::Wait(uint32_t ms) {
       };
       if (needsRefresh && autoRefresh) until(lastRefresh, refreshInterval);
       if (animatedCount > 0) until(lastMovement, movementInterval);
+      if (pollNeed_ == PollNeed::Soon) slice = std::min(slice, kPollSliceMs);
       messages->WaitForMessage(static_cast<int>(std::max(slice, 1u)));
     }
     Poll();

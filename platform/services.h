@@ -8,6 +8,7 @@
 #include "platform/events.h"
 #include "platform/file_system.h"
 #include "platform/input_devices.h"
+#include "platform/sockets.h"
 #include "platform/text_engine.h"
 #include "platform/window_system.h"
 
@@ -22,6 +23,7 @@ struct Services {
   TextEngine* text = nullptr;
   FileSystem* files = nullptr;
   Environment* environment = nullptr;
+  Sockets* sockets = nullptr;
   InputDevices* input = nullptr;   // the back end's
   DeviceQueue* devices = nullptr;  // the run's, over `events`; back ends leave it null
 };

@@ -114,7 +114,8 @@ def help_texts(b):
         expect(b"--help" in out, f"{command}: no help")
     out, _ = b.run("run", "--help")
     for option in ("--headless", "--clock", "--param", "--args", "--detached", "--size", "--max-time", "--input", "--record",
-                   "--screenshot", "--globals", "--seed", "--scale", "--full-screen", "--frames", "--no-shell", "--no-settings"):
+                   "--screenshot", "--globals", "--seed", "--scale", "--full-screen", "--frames", "--no-shell", "--no-settings",
+                   "--allow-net", "--real-net"):
         expect(option.encode() in out, f"{option} isn't in the help of run")
         man = open(os.path.join(ROOT, "packaging", "vorlane.1")).read()
         expect(f"Fl -{option[2:]}" in man, f"{option} isn't in the man page")

@@ -15,6 +15,8 @@ struct RunCommand {
   std::string clock;
   std::vector<std::string> parameters;  // NAME=VALUE
   std::string arguments;
+  std::vector<std::string> allowedNet;  // HOST:PORT, HOST:* or all
+  bool realNetwork = false;
   bool detached = false;
   std::string size;     // empty: as the settings say
   std::string scaling;  // the same

@@ -28,6 +28,13 @@ int main(int argc, char** argv) {
       ->allow_extra_args(false)
       ->take_all();
   runApp->add_option("--args", run.arguments, "The program's command line");
+  runApp
+      ->add_option("--allow-net", run.allowedNet,
+                   "HOST:PORT, HOST:* or all: what the program may reach besides this machine; may be repeated")
+      ->allow_extra_args(false)
+      ->take_all();
+  runApp->add_flag("--real-net", run.realNetwork,
+                   "With --headless: the network of the machine and a real clock, instead of one in memory");
   runApp->add_flag("--detached", run.detached, "A run of its own, without the host's window");
   runApp->add_option("--size", run.size, "WIDTHxHEIGHT of the host's window (default 640x480)");
   runApp->add_option("--scale", run.scaling, "How a window of another size shows the picture (default smooth)")

@@ -16,7 +16,8 @@ Player::~Player() { Stop(); }
 
 bool Player::IsVirtual() const {
   if (options_.backend != VL_BACKEND_HEADLESS) return false;
-  return options_.clock != VL_CLOCK_REAL;
+  // With a real network a program would wait for minutes of a virtual clock in an instant.
+  return options_.clock != VL_CLOCK_REAL && !options_.real_network;
 }
 
 std::optional<uint32_t> Player::Seed() const {
@@ -92,6 +93,12 @@ bool Player::AddFile(const std::string& name, const void* bytes, size_t size) {
   return memoryFiles_->Add(name, std::span(static_cast<const uint8_t*>(bytes), size));
 }
 
+bool Player::SetOrigin(const std::string& host) {
+  if (running_ || host.empty()) return false;
+  policy_.AllowOrigin(host);
+  return true;
+}
+
 void Player::SetTitle(const std::string& title) {
   title_ = title;
   if (sdl_) sdl_->setTitle(title);
@@ -123,6 +130,16 @@ bool Player::Start() {
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
   services.files = files_.get();
+  policedSockets_.reset();
+  sockets_.reset();
+  if (options_.backend != VL_BACKEND_HEADLESS || options_.real_network) {
+    sockets_ = std::make_unique<PosixSockets>();
+    services.sockets = sockets_.get();
+  }
+  if (services.sockets) {
+    policedSockets_ = std::make_unique<PolicedSockets>(*services.sockets, policy_);
+    services.sockets = policedSockets_.get();
+  }
   tap_ = std::make_unique<FrameTap>(*services.windows, !sdl_ || options_.detached || onFrame);
   services.windows = tap_.get();
   inputTap_.reset();

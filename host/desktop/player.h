@@ -20,10 +20,12 @@
 #include "include/vorlane.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/memory_files.h"
+#include "platform/net_policy.h"
 #include "platform/posix/deep_thread.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
+#include "platform/posix/posix_sockets.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -41,6 +43,8 @@ class Player {
   bool SetBytes(const std::string& name, const void* bytes, size_t size);
   bool AddFile(const std::string& name, const void* bytes, size_t size);
   void SetTitle(const std::string& title);
+  bool AllowNet(const std::string& rule) { return !running_ && policy_.Allow(rule); }
+  bool SetOrigin(const std::string& host);
   bool ScriptInput(uint64_t atMs, const vl_input_event& input);
   bool SendInput(const vl_input_event& input);
   bool Start();
@@ -83,10 +87,13 @@ class Player {
   MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
   std::string application_;                  // path in files_
   std::vector<TimedEvent> script_;
+  NetPolicy policy_;
 
   std::unique_ptr<PosixClock> clock_;
   std::unique_ptr<ThreadedQueue> queue_;
   std::unique_ptr<HeadlessPlatform> headless_;
+  std::unique_ptr<PosixSockets> sockets_;  // of the machine
+  std::unique_ptr<PolicedSockets> policedSockets_;
   std::unique_ptr<Shell> shell_;
   std::unique_ptr<SdlPlatform> sdl_;
   std::unique_ptr<FrameTap> tap_;

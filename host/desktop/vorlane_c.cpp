@@ -67,6 +67,10 @@ vl_player* vl_create(const vl_options* options, char* error, size_t error_size) 
     Report(error, error_size, "a virtual clock needs the headless back end");
     return nullptr;
   }
+  if (options->clock == VL_CLOCK_VIRTUAL && options->real_network) {
+    Report(error, error_size, "the network of the machine needs a real clock");
+    return nullptr;
+  }
   if (!IsFrom(options->scaling, VL_SCALE_FOLLOW, VL_SCALE_SMOOTH)) {
     Report(error, error_size, "unknown scaling");
     return nullptr;
@@ -119,6 +123,16 @@ int vl_set_command_line(vl_player* player, const char* text) {
         return 1;
       },
       0);
+}
+
+int vl_allow_net(vl_player* player, const char* rule) {
+  if (!player || !rule) return 0;
+  return Guard([&] { return player->player.AllowNet(rule) ? 1 : 0; }, 0);
+}
+
+int vl_set_origin(vl_player* player, const char* host) {
+  if (!player || !host) return 0;
+  return Guard([&] { return player->player.SetOrigin(host) ? 1 : 0; }, 0);
 }
 
 void vl_clear_parameters(vl_player* player) {

@@ -7,6 +7,7 @@ HeadlessPlatform::HeadlessPlatform(const HeadlessOptions& options)
       clock_(options.seed, options.startSeconds),
       queue_(clock_, options.maxTimeMs),
       windows_(options.hostSize, options.attachHost),
+      sockets_(network_, kAddress),
       router_(*this) {
   for (const TimedEvent& event : options.input) queue_.Script(event);
   options_.input.clear();
@@ -21,6 +22,7 @@ Services HeadlessPlatform::services() {
   s.files = options_.files;
   s.environment = &environment_;
   s.input = &inputDevices_;
+  s.sockets = options_.sockets ? options_.sockets : &sockets_;
   return s;
 }
 

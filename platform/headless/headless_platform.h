@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/environment.h"
+#include "platform/headless/memory_network.h"
 #include "platform/headless/memory_windows.h"
 #include "platform/headless/scripted_queue.h"
 #include "platform/headless/virtual_clock.h"
@@ -28,6 +29,7 @@ struct HeadlessOptions {
   EventQueue* events = nullptr;   // instead of the scripted queue; both or none, they outlive the platform
   TextEngine* text = nullptr;     // outlives the platform
   FileSystem* files = nullptr;    // outlives the platform
+  Sockets* sockets = nullptr;     // instead of a network in memory; outlives the platform
 };
 
 // Fixed answers.
@@ -57,6 +59,8 @@ class HeadlessInputDevices final : public InputDevices {
 
 class HeadlessPlatform {
  public:
+  static constexpr NetAddress kAddress = 0x0A000001;  // 10.0.0.1
+
   explicit HeadlessPlatform(const HeadlessOptions& options);
   HeadlessPlatform(const HeadlessPlatform&) = delete;
   HeadlessPlatform& operator=(const HeadlessPlatform&) = delete;
@@ -75,6 +79,7 @@ class HeadlessPlatform {
   ScriptedQueue& queue() { return queue_; }
   MemoryWindows& windows() { return windows_; }
   HeadlessEnvironment& environment() { return environment_; }
+  MemoryNetwork& network() { return network_; }
   HeadlessInputDevices& inputDevices() { return inputDevices_; }
 
  private:
@@ -96,6 +101,8 @@ class HeadlessPlatform {
   MemoryWindows windows_;
   HeadlessEnvironment environment_;
   HeadlessInputDevices inputDevices_;
+  MemoryNetwork network_;
+  MemorySockets sockets_;
   Router router_;
 };
 

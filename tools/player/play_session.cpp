@@ -137,6 +137,7 @@ int PlaySession::MakePlayer() {
   options_.seed = command_.seed;
   options_.max_time_ms = command_.maxTimeMs;
   options_.keep_globals = !command_.globalsFile.empty();
+  options_.real_network = command_.realNetwork;
   options_.keep_input = !command_.recordFile.empty();
   caption_ = fs::path(path_).filename().string() + " - Vorlane";
   options_.title = caption_.c_str();
@@ -145,6 +146,12 @@ int PlaySession::MakePlayer() {
   if (!player_) {
     PrintError(reason);
     return kExitUsage;
+  }
+  for (const std::string& rule : command_.allowedNet) {
+    if (!vl_allow_net(player_.get(), rule.c_str())) {
+      PrintError("--allow-net must be HOST:PORT, HOST:* or all, not \"" + rule + "\"");
+      return kExitUsage;
+    }
   }
   for (const auto& [action, keys] : settings_.keys) vl_set_shell_key(player_.get(), action, keys.code, keys.mods);
   return kExitOk;
