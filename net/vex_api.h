@@ -68,7 +68,7 @@ using VexEventFunction = void (*)(VexApi& api, const VexEvent& event);
 class VexApi {
  public:
   // Both outlive it.
-  VexApi(Sockets& sockets, Clock& clock) : sockets(sockets), clock(clock), stats(clock.nowMs()) {}
+  VexApi(Sockets& sockets, Clock& clock) : sockets(sockets), stats(clock.nowMs()), clock_(clock) {}
   ~VexApi();
   VexApi(const VexApi&) = delete;
   VexApi& operator=(const VexApi&) = delete;
@@ -79,12 +79,11 @@ class VexApi {
   void Fire(const VexEvent& event) {
     if (const VexEventFunction function = events[event.number]) function(*this, event);
   }
-  uint32_t NowMs() const { return clock.nowMs(); }
+  uint32_t NowMs() const { return clock_.nowMs(); }
   // False when what arrives must wait, since the owner can't take more events now.
   bool HasRoom() const { return !hasRoom || hasRoom(); }
 
   Sockets& sockets;
-  Clock& clock;
   std::array<VexEventFunction, kVexEvents> events{};  // by number; null: no call
   void* owner = nullptr;                              // for the event functions
   std::function<bool()> hasRoom;
@@ -98,6 +97,7 @@ class VexApi {
 
  private:
   static constexpr int kPollsAnUpdate = 16;
+  Clock& clock_;
   int pollsSinceUpdate_ = 0;
 };
 

@@ -11,9 +11,12 @@ import json
 import os
 import random
 import shutil
+import socket
+import struct
 import subprocess
 import sys
 import tempfile
+import time
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = sorted(os.listdir(os.path.join(ROOT, "examples")))
@@ -297,10 +300,147 @@ def absurd_sizes(b):
         b.run("run", "absurd.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
 
 
+def free_ports():
+    """A port for TCP with the one above it for datagrams, both free a moment ago."""
+    for _ in range(100):
+        with socket.socket() as tcp, socket.socket(type=socket.SOCK_DGRAM) as udp:
+            tcp.bind(("127.0.0.1", 0))
+            port = tcp.getsockname()[1]
+            try:
+                udp.bind(("127.0.0.1", port + 1))
+                return port
+            except (OSError, OverflowError):
+                continue
+    raise Failure("no free ports")
+
+
+def start(b, source, port):
+    return subprocess.Popen([b.vorlane, "run", source, "--headless", "--real-net", "--globals", "-", "--max-time", "60000",
+                             "--param", f"PORT={port}"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=b.folder)
+
+
+def finish_run(process):
+    out, err = process.communicate(timeout=90)
+    expect(process.returncode == 0, f"status {process.returncode}: {err.decode(errors='replace')}")
+    return json.loads(out)
+
+
+def connect_when_there(port):
+    """The server's process may need a moment; the deadline is the operating system's patience with a test."""
+    deadline = time.monotonic() + 60
+    while True:
+        try:
+            return socket.create_connection(("127.0.0.1", port), timeout=60)
+        except ConnectionRefusedError:
+            expect(time.monotonic() < deadline, "nobody listens")
+
+
+def read_exactly(peer, count):
+    data = b""
+    while len(data) < count:
+        piece = peer.recv(count - len(data))
+        expect(piece, f"the connection ended after {data!r}")
+        data += piece
+    return data
+
+
+def text_field(text):
+    return struct.pack("<I", len(text)) + text
+
+
+NET_SERVER = """
+port = Program.GetParamValue("PORT") + 0;
+heard = ""; done = 0;
+net = New Vex();
+server = net.HostServer(port);
+server.OnNewConnection = NewConnection;
+While (done == 0) { Wait(20); }
+Wait(200);
+Function NewConnection(s, c) { c.OnMsgFromClient = FromClient; c.SendText("hello " + c.GetName(), 300); }
+Function FromClient(c, text, type) {
+  heard += c.GetName() + ":" + text + type + ";";
+  If (text == "end") { done = 1; }
+}
+"""
+
+NET_PLAYER = """
+port = Program.GetParamValue("PORT") + 0;
+heard = ""; channel = 0; rounds = 0;
+net = New Vex();
+p = 0;
+While (rounds < 5) {
+  If (p == 0) { p = net.Connect("localhost", port, "Bo"); p.OnMsgFromServer = FromServer; p.OnMessage = Message; }
+  Wait(20);
+}
+p.SendText("end", 9);
+Wait(300);
+Function FromServer(p, text, type) { heard += text + type + ";"; channel = p.SignOn("room"); channel.OnUserIsOn = IsOn; }
+Function IsOn(c, u) { u.SendText("ping", 1); }
+Function Message(p, u, text, type) { rounds = rounds + 1; If (rounds < 5) { u.SendText("ping", rounds); } }
+"""
+
+
+def wire_by_a_plain_client(b):
+    """What a client that knows nothing of the player sees of a server: each byte."""
+    b.write("server.vlq", NET_SERVER)
+    port = free_ports()
+    process = start(b, "server.vlq", port)
+    try:
+        with connect_when_there(port) as peer:
+            motd = b"VexAPI Version 1.22"
+            greeting = b"\x0a" + text_field(motd) + struct.pack("<BHI", 12, 3, 1)
+            got = read_exactly(peer, len(greeting))
+            expect(got == greeting, f"greeting {got!r}")
+            peer.sendall(struct.pack("<BH", 12, 3) + text_field(b"Ann"))
+            hello = struct.pack("<BHII", 1, 300, 0, 0) + text_field(b"hello Ann")
+            got = read_exactly(peer, len(hello))
+            expect(got == hello, f"text {got!r}")
+            peer.sendall(b"\x04" + text_field(b"hall"))
+            joined = (struct.pack("<BIII", 8, 1, 2, 1) + text_field(b"Ann") + text_field(b"127.0.0.1") + text_field(b"hall"))
+            got = read_exactly(peer, len(joined))
+            expect(got == joined, f"joined {got!r}")
+            # A text a byte at a time, and a datagram, which may overtake it.
+            for byte in struct.pack("<BH", 2, 77) + text_field(b"slow"):
+                peer.sendall(bytes([byte]))
+            peer.sendall(struct.pack("<BH", 2, 5) + text_field(b"end"))
+        heard = finish_run(process)["heard"]
+        expect(heard == "Ann:slow77;Ann:end5;", heard)
+    finally:
+        process.kill()
+
+
+def two_players_of_two_processes(b):
+    """A plain client and a player in a process of its own, over a server in another."""
+    b.write("server.vlq", NET_SERVER)
+    b.write("player.vlq", NET_PLAYER)
+    port = free_ports()
+    server = start(b, "server.vlq", port)
+    player = None
+    try:
+        with connect_when_there(port) as peer:
+            peer.sendall(struct.pack("<BH", 12, 3) + text_field(b"Ann") + b"\x04" + text_field(b"room"))
+            # Greeting, text, Joined: what comes then is the player's.
+            read_exactly(peer, 24 + 7 + 11 + 4 + 9 + 13 + 7 + 13 + 8)
+            player = start(b, "player.vlq", port)
+            arrived = read_exactly(peer, 13 + 6 + 13)
+            expect(arrived == struct.pack("<BIII", 6, 3, 2, 1) + text_field(b"Bo") + text_field(b"127.0.0.1"), f"{arrived!r}")
+            for number in range(5):
+                ping = read_exactly(peer, 11 + 8)
+                expect(ping == struct.pack("<BHII", 1, number or 1, 2, 3) + text_field(b"ping"), f"{number}: {ping!r}")
+                peer.sendall(struct.pack("<BHII", 3, 0, 2, 3) + text_field(b"pong"))
+            result = finish_run(player)
+            expect(result["rounds"] == 5 and result["heard"] == "hello Bo300;", result)
+        expect(finish_run(server)["heard"] == "Bo:end9;", "the server heard something else")
+    finally:
+        server.kill()
+        if player:
+            player.kill()
+
+
 TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
          recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
-         reference_as_json, cut_files, flipped_bits, absurd_sizes]
+         reference_as_json, wire_by_a_plain_client, two_players_of_two_processes, cut_files, flipped_bits, absurd_sizes]
 
 
 def main():
