@@ -28,7 +28,7 @@ class VexObject : public std::enable_shared_from_this<VexObject> {
   }
   bool IsDeleted() const { return isDeleted_; }
 
-  void* privateData = nullptr;               // the runtime class object that wraps this one
+  void* privateData = nullptr;              // the runtime class object that wraps this one
   void (*onDestroy)(VexObject&) = nullptr;  // called last
 
  protected:
@@ -56,7 +56,8 @@ class VexList {
   size_t Count() const { return items_.size(); }
   // Null beyond either end.
   T* At(int64_t index) const {
-    return index >= 0 && index < static_cast<int64_t>(items_.size()) ? items_[static_cast<size_t>(index)].get() : nullptr;
+    return index >= 0 && index < static_cast<int64_t>(items_.size()) ? items_[static_cast<size_t>(index)].get()
+                                                                     : nullptr;
   }
   template <typename P>
   T* Find(P&& matches) const {

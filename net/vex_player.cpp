@@ -253,8 +253,8 @@ VexUser* VexChannel::AddUser(uint32_t userId, std::string_view userName, std::st
   // A user on the server's machine is reached where the server is.
   const std::string& serverIp = player.ServerIp();
   if (ip == "127.0.0.1") ip = serverIp;
-  return users.Add(std::make_shared<VexUser>(*this, userId, userName.substr(0, limits::kMaxNetNameBytes),
-                                             ip.substr(0, kMaxIpText)));
+  return users.Add(
+      std::make_shared<VexUser>(*this, userId, userName.substr(0, limits::kMaxNetNameBytes), ip.substr(0, kMaxIpText)));
 }
 
 void VexUser::OnDelete() {

@@ -89,8 +89,8 @@ void VexServer::HandleServerBlast(std::span<const uint8_t> datagram) {
 void VexServer::SendBlast(const VexBlast& blast, const VexConnection& target) {
   const WireWriter datagram = WriteBlast(blast);
   if (VexPlayer* player = node.PlayerWithId(target.id)) return player->HandleBlast(datagram.Bytes());
-  const int64_t sent = api.sockets.sendTo(udp_, ParseNetAddress(target.clientIp), static_cast<uint16_t>(port + 1),
-                                          datagram.Bytes());
+  const int64_t sent =
+      api.sockets.sendTo(udp_, ParseNetAddress(target.clientIp), static_cast<uint16_t>(port + 1), datagram.Bytes());
   if (sent >= 0) VexTraffic(&stats, &node.stats, &api.stats).Out(static_cast<size_t>(sent));
 }
 
@@ -118,8 +118,7 @@ VexConnection::VexConnection(VexServer& server, SocketId socket)
       clientIp(NetAddressText(api.sockets.remoteAddress(socket))),
       createdMs(api.NowMs()),
       stats(api.NowMs()),
-      stream(api, socket, WireDirection::ToServer,
-             VexTraffic(&stats, &server.stats, &server.node.stats, &api.stats)) {}
+      stream(api, socket, WireDirection::ToServer, VexTraffic(&stats, &server.stats, &server.node.stats, &api.stats)) {}
 
 void VexConnection::OnDelete() {
   api.Fire({kVexDeadConnection, &server, this, {}, 0});

@@ -40,7 +40,8 @@ struct VexStats {
 // An object's own record and those of its parents.
 class VexTraffic {
  public:
-  VexTraffic(VexStats* own, VexStats* a = nullptr, VexStats* b = nullptr, VexStats* c = nullptr) : chain_{own, a, b, c} {}
+  VexTraffic(VexStats* own, VexStats* a = nullptr, VexStats* b = nullptr, VexStats* c = nullptr)
+      : chain_{own, a, b, c} {}
   void In(size_t bytes) const {
     for (VexStats* s : chain_) {
       if (s) s->AddIn(bytes);

@@ -1,6 +1,7 @@
 // VexStream: one TCP connection of the layer with its queue and its buffer; the same at both ends.
 //
-// It reads only when no whole message is at hand: what a fast peer sends waits at the machine, which holds the peer back.
+// It reads only when no whole message is at hand: what a fast peer sends waits at the machine, which holds the peer
+// back.
 #pragma once
 
 #include "net/vex_buffer.h"

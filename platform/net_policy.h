@@ -1,7 +1,7 @@
 // NetPolicy: which hosts a program may reach; PolicedSockets: the network within it.
 //
-// Loopback and the host that the application came from are always allowed. A host that isn't can't be told from one that
-// doesn't answer: connections to it fail, what is sent there is lost, and nothing that comes from it arrives.
+// Loopback and the host that the application came from are always allowed. A host that isn't can't be told from one
+// that doesn't answer: connections to it fail, what is sent there is lost, and nothing that comes from it arrives.
 #pragma once
 
 #include <set>
@@ -71,7 +71,7 @@ class PolicedSockets final : public Sockets {
 
   Sockets& inner_;
   const NetPolicy& policy_;
-  std::vector<SocketId> named_;       // allowed by name, address not known yet
+  std::vector<SocketId> named_;  // allowed by name, address not known yet
   std::set<NetAddress> reached_;
 };
 

@@ -315,7 +315,7 @@ def free_ports():
 
 
 def start(b, source, port):
-    return subprocess.Popen([b.vorlane, "run", source, "--headless", "--real-net", "--globals", "-", "--max-time", "60000",
+    return subprocess.Popen([b.vorlane, "run", source, "--headless", "--real-net", "--globals", "-",
                              "--param", f"PORT={port}"], stdout=subprocess.PIPE, stderr=subprocess.PIPE, cwd=b.folder)
 
 
@@ -349,7 +349,7 @@ def text_field(text):
 
 
 NET_SERVER = """
-port = Program.GetParamValue("PORT") + 0;
+port = Program.GetParamValue("PORT");
 heard = ""; done = 0;
 net = New Vex();
 server = net.HostServer(port);
@@ -364,7 +364,7 @@ Function FromClient(c, text, type) {
 """
 
 NET_PLAYER = """
-port = Program.GetParamValue("PORT") + 0;
+port = Program.GetParamValue("PORT");
 heard = ""; channel = 0; rounds = 0;
 net = New Vex();
 p = 0;

@@ -116,7 +116,8 @@ constexpr MemberRow Event(uint16_t id, const char* name, MemberFunction function
 
 using Self = CIVexSocket;
 constexpr MemberRow kRows[] = {
-    Member(1, "SetMode", kMember<&Self::SetMode>, "SetMode(mode = 0): 1 waits up to the time-out, as at first; 0 doesn't"),
+    Member(1, "SetMode", kMember<&Self::SetMode>,
+           "SetMode(mode = 0): 1 waits up to the time-out, as at first; 0 doesn't"),
     Member(2, "Connect", kMember<&Self::Connect>, "Connect(host, port)"),
     Member(3, "Disconnect", kMember<&Self::Disconnect>, "closes the socket"),
     Member(4, "Listen", kMember<&Self::Listen>, "Listen(port): others may connect"),

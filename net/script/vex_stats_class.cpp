@@ -26,7 +26,8 @@ void Give(CIBaseClassImpl& object) {
   }
 }
 
-#define VL_STAT(expression) &Give<+[]([[maybe_unused]] const VexStats& s, [[maybe_unused]] uint32_t now) { return expression; }>
+#define VL_STAT(expression) \
+  &Give<+[]([[maybe_unused]] const VexStats& s, [[maybe_unused]] uint32_t now) { return expression; }>
 
 constexpr MemberRow Get(uint16_t id, const char* name, MemberFunction function, const char* help) {
   return {id, name, MemberKind::Member, function, 0, 0, help};
@@ -41,7 +42,8 @@ constexpr MemberRow kRows[] = {
     Get(6, "GetTotalBytes", VL_STAT(s.inBytes + s.outBytes), "both"),
     Get(7, "GetLastInPacketSize", VL_STAT(s.lastInSize), "bytes of the last receive"),
     Get(8, "GetLastOutPacketSize", VL_STAT(s.lastOutSize), "bytes of the last send"),
-    Get(9, "GetLastPacketSize", VL_STAT(s.lastDirection == 1 ? s.lastInSize : s.lastOutSize), "of the later of the two"),
+    Get(9, "GetLastPacketSize", VL_STAT(s.lastDirection == 1 ? s.lastInSize : s.lastOutSize),
+        "of the later of the two"),
     Get(10, "GetBiggestInPacket", VL_STAT(s.biggestIn), "bytes; -1 without any"),
     Get(11, "GetBiggestOutPacket", VL_STAT(s.biggestOut), "bytes; -1 without any"),
     Get(12, "GetBiggestPacket", VL_STAT(std::max(s.biggestIn, s.biggestOut)), "the larger of the two"),
@@ -66,8 +68,8 @@ constexpr MemberRow kRows[] = {
     Get(31, "GetRuntime", VL_STAT(static_cast<float>((now - s.started) / 1000)), "whole seconds since the start"),
     Get(32, "GetAverageInPacketSize", VL_STAT(Average(s.inBytes, s.inPackets)), "bytes a receive"),
     Get(33, "GetAverageOutPacketSize", VL_STAT(Average(s.outBytes, s.outPackets)), "bytes a send"),
-    Get(34, "GetAveragePacketSize",
-        VL_STAT(Average(s.inBytes + s.outBytes, uint64_t{s.inPackets} + s.outPackets)), "bytes a packet"),
+    Get(34, "GetAveragePacketSize", VL_STAT(Average(s.inBytes + s.outBytes, uint64_t{s.inPackets} + s.outPackets)),
+        "bytes a packet"),
 };
 
 #undef VL_STAT

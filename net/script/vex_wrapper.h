@@ -1,5 +1,5 @@
-// CIVEXClassImpl: the base of the runtime classes that wrap an object of the network layer; CVexNetwork: the layer of one
-// run.
+// CIVEXClassImpl: the base of the runtime classes that wrap an object of the network layer; CVexNetwork: the layer of
+// one run.
 //
 // A wrapper that is made on demand holds one reference to itself, which the end of its core drops: it lives as long as
 // the core, or as long as the script keeps it. Without a core its members do nothing and give 0 or "".
@@ -54,7 +54,9 @@ class CIVEXClassImpl : public CIBaseClassImpl {
   bool IsMissing(int i) const { return interpreter.IsArgDefault(i); }
   int32_t Number(int i) const { return IsMissing(i) ? 0 : interpreter.GetArgInt(i); }
   uint16_t Short(int i) const { return static_cast<uint16_t>(Number(i)); }
-  std::string String(int i) const { return IsMissing(i) ? std::string() : std::string(interpreter.GetArgText(i).View()); }
+  std::string String(int i) const {
+    return IsMissing(i) ? std::string() : std::string(interpreter.GetArgText(i).View());
+  }
   CValue& Result() const { return interpreter.GetResult(); }
   // The wrapper of an object, made when there is none; 0 for null.
   void GiveWrapper(VexObject* object, uint32_t ofClass) const;

@@ -6,8 +6,8 @@
 
 #include <deque>
 #include <functional>
-#include <memory>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 

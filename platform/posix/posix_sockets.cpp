@@ -333,7 +333,8 @@ NetAddress PosixSockets::hostAddress() {
   NetAddress best = kLoopbackAddress;
   if (getifaddrs(&all) != 0) return best;
   for (const ifaddrs* i = all; i; i = i->ifa_next) {
-    if (!i->ifa_addr || i->ifa_addr->sa_family != AF_INET || (i->ifa_flags & IFF_LOOPBACK) || !(i->ifa_flags & IFF_UP)) {
+    if (!i->ifa_addr || i->ifa_addr->sa_family != AF_INET || (i->ifa_flags & IFF_LOOPBACK) ||
+        !(i->ifa_flags & IFF_UP)) {
       continue;
     }
     best = ntohl(reinterpret_cast<const sockaddr_in*>(i->ifa_addr)->sin_addr.s_addr);

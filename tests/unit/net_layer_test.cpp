@@ -1,7 +1,6 @@
 // What a program can't reach of the network layer: bytes on the wire, hostile peers, loss, handlers that delete.
-#include "tests/unit/net_support.h"
-
 #include "base/limits.h"
+#include "tests/unit/net_support.h"
 
 namespace vl {
 namespace {
@@ -94,9 +93,9 @@ TEST(NetWire, AServerSpeaksToTheByte) {
   machine.Poll(4);
   second.Received();
   EXPECT_EQ(peer.Received(), "\x06\x03\0\0\0\x02\0\0\0\x01\0\0\0"s + Text("Bo") + Text("10.0.0.3"));
-  second.Send("\x01\x07\0\x02\0\0\0"s + Text("hi"));                          // to the session
-  second.Send("\x03\x08\0\x02\0\0\0\x01\0\0\0"s + Text("you"));               // to one
-  second.Send("\x02\x09\0"s + Text("server") + "\x0b" + Text("Bob"));         // to the server; a new name
+  second.Send("\x01\x07\0\x02\0\0\0"s + Text("hi"));                   // to the session
+  second.Send("\x03\x08\0\x02\0\0\0\x01\0\0\0"s + Text("you"));        // to one
+  second.Send("\x02\x09\0"s + Text("server") + "\x0b" + Text("Bob"));  // to the server; a new name
   machine.Poll(5);
   EXPECT_EQ(peer.Received(), "\x01\x07\0\x02\0\0\0\x03\0\0\0"s + Text("hi") + "\x01\x08\0\x02\0\0\0\x03\0\0\0"s +
                                  Text("you") + "\x0b\x03\0\0\0"s + Text("Bob"));
@@ -224,7 +223,7 @@ TEST(NetLayer, QueuedMessagesLeaveInOneSendAndCountAsMessages) {
   for (int i = 0; i < 5; ++i) pair.player->SendText("12345", 0);
   pair.client.Poll();
   EXPECT_EQ(pair.player->stats.outPackets, before + 5);
-  EXPECT_EQ(pair.player->stats.smallestOut, 12);
+  EXPECT_EQ(pair.player->stats.biggestOut, 12);
   const uint32_t received = pair.host->stats.inPackets;
   pair.Poll(10);
   EXPECT_EQ(pair.host->stats.inPackets, received + 1);
@@ -246,7 +245,8 @@ TEST(NetLayer, DatagramsOfOtherKindsAndPiecesAreDropped) {
   RawPeer stranger(pair.network, 0x0A000009, "10.0.0.1", 1);
   const SocketId udp = stranger.sockets.openUdp(1234);
   const std::string bytes = "\x02\0\0\x01\0\0\0ok"s;
-  for (const std::string& datagram : {""s, "\x02"s, "\x01\0\0"s, "\x07\x07"s, bytes.substr(0, 6), std::string(4097, '\x02'), bytes}) {
+  for (const std::string& datagram :
+       {""s, "\x02"s, "\x01\0\0"s, "\x07\x07"s, bytes.substr(0, 6), std::string(4097, '\x02'), bytes}) {
     stranger.sockets.sendTo(udp, kServer, 5001, {reinterpret_cast<const uint8_t*>(datagram.data()), datagram.size()});
   }
   pair.server.events.clear();

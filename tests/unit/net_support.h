@@ -41,9 +41,9 @@ struct NetMachine {
 
   VirtualClock clock;
   MemorySockets sockets;
-  VexApi api;
   std::vector<std::string> events;
   std::function<void(const VexEvent&)> onEvent;
+  VexApi api;  // its end makes events
 };
 
 // A socket that sends any bytes it likes.

@@ -18,10 +18,18 @@ TEST(NetPolicy, RulesSayWhichHosts) {
     uint16_t port;
     bool may;
   } cases[] = {
-      {"127.0.0.1", 1, true},           {"127.9.9.9", 1, true},          {"localhost", 1, true},
-      {"games.EXAMPLE.org", 5000, true}, {"games.example.org", 5001, false}, {"example.org", 5000, false},
-      {"10.0.0.2", 9, true},            {"10.0.0.3", 7000, true},        {"10.0.0.3", 7001, false},
-      {"10.0.0.4", 7000, false},        {"home.example.org", 1234, true}, {"0.0.0.0", 80, false},
+      {"127.0.0.1", 1, true},
+      {"127.9.9.9", 1, true},
+      {"localhost", 1, true},
+      {"games.EXAMPLE.org", 5000, true},
+      {"games.example.org", 5001, false},
+      {"example.org", 5000, false},
+      {"10.0.0.2", 9, true},
+      {"10.0.0.3", 7000, true},
+      {"10.0.0.3", 7001, false},
+      {"10.0.0.4", 7000, false},
+      {"home.example.org", 1234, true},
+      {"0.0.0.0", 80, false},
   };
   for (const auto& c : cases) EXPECT_EQ(policy.MayConnect(c.host, c.port), c.may) << c.host << ":" << c.port;
   EXPECT_TRUE(policy.MaySend(0x0A000003, 7000));
