@@ -172,8 +172,8 @@ void Downloader::TakeNext() {
 
 bool Downloader::Step() {
   const auto isOver = [this] {
-    return queue_.current && (queue_.current->state == DownloadState::Downloaded ||
-                              queue_.current->state == DownloadState::Aborted);
+    return queue_.current &&
+           (queue_.current->state == DownloadState::Downloaded || queue_.current->state == DownloadState::Aborted);
   };
   if (!queue_.current) TakeNext();
   if (queue_.current && !isOver()) {

@@ -1,8 +1,8 @@
 // Downloader: fetches files to temporary files, one after the other, and tells of their progress.
 //
 // Its queue is served by Step, which the pump calls: one block of at most kBlock bytes a call, so that a stop takes
-// effect within a block. Addresses on the local disk are there at once. It deletes the temporary files that it made when
-// it goes.
+// effect within a block. Addresses on the local disk are there at once. It deletes the temporary files that it made
+// when it goes.
 #pragma once
 
 #include <cstdint>
@@ -90,8 +90,8 @@ class Downloader {
 class BlockingDownloader final : public Downloader {
  public:
   using Downloader::Downloader;
-  // Starts, and calls `pump` again and again until the download has ended or `pump` gives false. True when the file lies
-  // at `path`.
+  // Starts, and calls `pump` again and again until the download has ended or `pump` gives false. True when the file
+  // lies at `path`.
   bool StartAndWait(const std::string& url, const std::string& path, const std::function<bool()>& pump);
   void Notify(DownloadItem& item) override;
 

@@ -29,7 +29,8 @@ class Transfers {
   virtual ~Transfers() = default;
   // 0 for an address of another kind. `agent` names the program to the server.
   virtual TransferId start(const std::string& url, const std::string& agent) = 0;
-  // Appends at most `most` bytes of what has come to `bytes`. Done only when everything was read; an unknown id has failed.
+  // Appends at most `most` bytes of what has come to `bytes`. Done only when everything was read; an unknown id has
+  // failed.
   virtual TransferProgress read(TransferId id, std::string& bytes, size_t most) = 0;
   virtual void cancel(TransferId id) = 0;
   // The address that a relative one means beside `base`; "" when there is none.

@@ -13,7 +13,9 @@ namespace vl {
 class Downloads final : public CDownloads {
  public:
   explicit Downloads(CInterpretor& interpreter);
-  static std::unique_ptr<CDownloads> Make(CInterpretor& interpreter) { return std::make_unique<Downloads>(interpreter); }
+  static std::unique_ptr<CDownloads> Make(CInterpretor& interpreter) {
+    return std::make_unique<Downloads>(interpreter);
+  }
 
   std::string DownloadFile(const std::string& url, bool inBackground) override;
   void StopFileDownload(const std::string& url) override;

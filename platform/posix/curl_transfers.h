@@ -1,7 +1,7 @@
 // CurlTransfers: transfers by libcurl's multi interface. All of it runs in the calls; one thread owns it.
 //
-// Redirects are followed by hand, at most ten, so that each host is asked for. What has come and wasn't read is bounded:
-// a transfer that is too far ahead waits.
+// Redirects are followed by hand, at most ten, so that each host is asked for. What has come and wasn't read is
+// bounded: a transfer that is too far ahead waits.
 #pragma once
 
 #include <functional>
