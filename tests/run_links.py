@@ -38,10 +38,10 @@ slow = System.DownloadFile("slow.bin", 1);
 again = slow == System.DownloadFile("SLOW.BIN", 1);
 For (i = 0; i < 400 && last != System.DOWNLOADSTATUS_DOWNLOADED; i++) Wait(10);
 endless = System.DownloadFile("endless.bin", 1);
-OnDownload = Endless;
+OnDownload = Stopper;
 For (i = 0; i < 400 && stopped != System.DOWNLOADSTATUS_ABORTED; i++) Wait(10);
 Function Told(url, path, done, size, status) { seen++; last = status; total = done; }
-Function Endless(url, path, done, size, status) {
+Function Stopper(url, path, done, size, status) {
   stopped = status;
   If (done > 0) System.StopFileDownload("endless.bin");
 }
