@@ -42,6 +42,7 @@ typedef struct vl_options {
   const char* title;    /* of the host's window; UTF-8, may be NULL */
   int32_t keep_globals; /* 1: vl_globals() works after the run */
   int32_t keep_input;   /* 1: vl_recorded_input() works after the run */
+  int32_t plain_walker; /* 1: runs without preparing the program; slower, for tests of the other way */
 } vl_options;
 
 typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;

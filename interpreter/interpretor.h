@@ -27,6 +27,8 @@ namespace vl {
 class CAppFile;
 class CAppPart;
 class CElement;
+class CExecutor;
+class CITextHolder;
 
 // What the error hook needs of the Program object: a copy of the last caught error and the OnError function.
 struct ErrorHook {
@@ -179,6 +181,20 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
     return variable;
   }
 
+  // --- What the executor shares with the walker ---
+  // Runs an operator on values[sp] and values[sp + 1].
+  void Reduce(uint32_t op);
+  CArrayStore& ArrayOf(CValue& variable);
+  // An object of a class, with the arguments of New in the bank.
+  void MakeClassObject(uint16_t classKind);
+  // Members of texts: error 11 where there are none; a String for one call, and its return.
+  const CIClassInfo& RequireTexts();
+  CIBaseClassImpl* TakeText(CITextHolder*& holder);
+  void GiveText(CIBaseClassImpl* object, CITextHolder* holder) { freeTexts_.push_back({object, holder}); }
+  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
+  void SetPart(int32_t number);
+  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
+
   // --- State ---
   CThreadParam& param;
   Services services;
@@ -208,8 +224,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CValue defaultValue;  // handed out for an absent argument
   uint16_t currentMember = 0;
 
-  // Evaluation stack.
-  std::vector<std::unique_ptr<CValue>> valueStore;
+  // Evaluation stack. Its slots lie in one piece and never move; the walker's assignments swap their pointers.
   CValue** values = nullptr;
   std::vector<CValue*> valuePointers;
   std::vector<uint32_t> opStore;
@@ -268,10 +283,12 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint64_t ticks = 0;
 
  private:
+  friend class CExecutor;
+  friend class CCodeCompiler;
+
   // Evaluation.
   void Primary();
   void PrimarySlow(uint16_t kind);
-  void Reduce(uint32_t op);
   void Assignment();
   void Conditional();
   void PrimaryName();
@@ -308,7 +325,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void ClassConstant(uint16_t classKind);
   uint32_t ResolveMember(const CIClassInfo& info, Token token);
   uint32_t ReadSubscripts(int32_t* subscripts);
-  CArrayStore& ArrayOf(CValue& variable);
   void StoreNewArray(CIBaseObjectVar& object, Token token, int32_t level, CValue& left, const CValue& right);
   void SkipSubscriptsOfUnknown();
   void NewObject();
@@ -321,7 +337,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // The call proper: arguments are in the bank at `argDepth`.
   void RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis, CValue& result);
   void BindParameters();
-  void SetPart(int32_t number);
   CIBaseObjectVar* TakeFrame() {
     if (freeFrames_.empty()) return NewFrame();
     CIBaseObjectVar* used = freeFrames_.back();
@@ -330,13 +345,16 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   }
   CIBaseObjectVar* NewFrame();
   const BlockRecord& FunctionOf(Token token, CIBaseObjectVar& object);
-  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
   [[noreturn]] void RaiseTooManyCalls();
   void GrowValues();
-  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
+  void NeedValues(uint32_t count) {
+    while (count > valueLimit_) GrowValues();
+  }
   // Runs a member or constructor; a CIError goes to the error hook, which may swallow it.
   template <typename F>
   void Guarded(CIBaseClassImpl& object, F&& run);
+  // A member whose arguments are in the bank.
+  void RunMember(CIBaseClassImpl& object, const MemberRow& row);
   // True when the program takes the error over.
   bool TakeOver(const CIError& error);
 
@@ -379,6 +397,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void LoadClasses(const std::vector<uint32_t>& ids);
   void EnterFunctions();
   void PrepareNames();
+  void PrepareExecutor();
   bool MarkDependants(CIBaseClassImpl* object);
 
   static constexpr size_t kTemporaries = 256;
@@ -389,7 +408,17 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t lastStopCheck_ = 0;
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
-  std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text
+  // String temporaries that wait for the next member of a text.
+  struct FreeText {
+    CIBaseClassImpl* object;
+    CITextHolder* holder;
+  };
+  std::vector<FreeText> freeTexts_;
+  struct FreeStore {
+    void operator()(CValue* store) const;
+  };
+  std::unique_ptr<CValue[], FreeStore> valueStore_;  // limits::kMaxValues slots, of which valueLimit_ are made
+  std::unique_ptr<CExecutor> executor_;              // null: the walker runs the program
   CIndexList<CArrayStore> arrays_;
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;

@@ -58,6 +58,14 @@ class CValuePool {
 using CVariablePool = CValuePool<CVariable>;
 using CElementPool = CValuePool<CValue>;
 
+// The newest variable of each name in a table that is asked often: the table of the globals.
+struct CVariableIndex {
+  CVariable* absent = nullptr;          // what stands for none
+  std::array<uint32_t, 33> starts{};    // place of each name bucket's first name
+  std::vector<CVariable*> cells;
+  CVariable** CellOf(uint32_t nameId) { return &cells[starts[nameId >> 16] + (nameId & 0xFFFF)]; }
+};
+
 class CVarTable {
  public:
   CVarTable() { inline_.fill(nullptr); }
@@ -71,6 +79,8 @@ class CVarTable {
   void RemoveFromLevel(int32_t level, CVariablePool& pool) {
     while (scopeTop_ && scopeTop_->level >= level) RemoveScopeTop(pool);
   }
+  // Keeps the index true from now on; null ends that. The table's own variables are entered.
+  void SetIndex(CVariableIndex* index);
   bool HasScoped() const { return scopeTop_ != nullptr; }
   void Clear(CVariablePool& pool) {
     if (count_) ClearSlow(pool);
@@ -100,6 +110,7 @@ class CVarTable {
   uint32_t mask_ = 7;
   uint32_t count_ = 0;
   CVariable* scopeTop_ = nullptr;
+  CVariableIndex* index_ = nullptr;
   std::unique_ptr<CVariable*[]> large_;
 };
 

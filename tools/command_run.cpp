@@ -50,6 +50,7 @@ int RunCommand::Execute() const {
     return kExitUsage;
   }
   options.detached = detached;
+  options.plain_walker = walker == "reference";
   options.has_seed = hasSeed;
   options.seed = seed;
   options.max_time_ms = maxTimeMs;

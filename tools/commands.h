@@ -22,6 +22,7 @@ struct RunCommand {
   std::string recordFile;
   std::string screenshotFile;
   std::string globalsFile;
+  std::string walker = "prepared";
   bool hasSeed = false;
   uint32_t seed = 0;
   int Execute() const;

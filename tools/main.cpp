@@ -35,6 +35,8 @@ int main(int argc, char** argv) {
   runApp->add_option("--record", run.recordFile, "Write such a file while a person plays");
   runApp->add_option("--screenshot", run.screenshotFile, "PNG file for the window's picture when the run ends");
   runApp->add_option("--globals", run.globalsFile, "File, or -, for the program's global variables as JSON");
+  runApp->add_option("--walker", run.walker, "reference: the plain walk over the tokens, slower, for tests")
+      ->check(CLI::IsMember({"prepared", "reference"}));
   CLI::Option* seed = runApp->add_option("--seed", run.seed, "Seed of the random generator");
 
   vl::PackCommand pack;

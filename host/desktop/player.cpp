@@ -116,6 +116,7 @@ bool Player::Start() {
   run_ = std::make_unique<Run>(services, options_.keep_globals != 0);
   run_->param.path = application_;
   run_->param.detached = options_.detached != 0;
+  run_->param.referenceWalker = options_.plain_walker != 0;
   run_->param.parameters = parameters;
   run_->param.commandLine = commandLine;
   hasEnded_ = false;

@@ -1,0 +1,431 @@
+#include "interpreter/executor/executor.h"
+
+#include <cstdlib>
+
+#include "host/appfile/app_file.h"
+#include "interpreter/executor/code_compiler.h"
+#include "interpreter/executor/handlers.h"
+
+namespace vl {
+
+namespace {
+
+void FreeCells(CValue* cells) { std::free(cells); }
+
+const Instruction* StopCode() {
+  static const Instruction stop = [] {
+    Instruction i;
+    i.run = handlers::Stop;
+    return i;
+  }();
+  return &stop;
+}
+
+}  // namespace
+
+// A run of instructions inside another one, or the outermost: what it finds is there again behind it, also when an
+// error leaves it.
+class CExecutor::Run {
+ public:
+  explicit Run(CExecutor& x)
+      : x_(x),
+        S_(x.S),
+        L_(x.L),
+        bank_(x.bank),
+        source_(x.source),
+        code_(x.code),
+        argBase_(x.argBase),
+        resume_(x.resume),
+        frames_(x.frames.size()),
+        pending_(x.pending.size()),
+        subscripts_(x.subscripts.size()) {
+    x_.Adopt();
+  }
+  ~Run() {
+    x_.Unwind(frames_, pending_);
+    x_.subscripts.resize(subscripts_);
+    x_.S = S_;
+    x_.L = L_;
+    x_.bank = bank_;
+    x_.source = source_;
+    x_.code = code_;
+    x_.argBase = argBase_;
+    x_.resume = resume_;
+    x_.Publish();
+  }
+
+ private:
+  CExecutor& x_;
+  CValue* S_;
+  CValue* L_;
+  CValue* bank_;
+  CValue* source_;
+  const Code* code_;
+  uint32_t argBase_;
+  const Instruction* resume_;
+  size_t frames_;
+  size_t pending_;
+  size_t subscripts_;
+};
+
+CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter) {
+  globals.absent = &absent;
+  uint32_t count = 0;
+  for (uint32_t bucket = 0; bucket < CNamePool::kBuckets; ++bucket) {
+    globals.starts[bucket] = count;
+    count += static_cast<uint32_t>(i.namePool->NamesIn(bucket));
+  }
+  globals.cells.assign(count, &absent);
+  i.variables.SetIndex(&globals);
+  slots = i.valueStore_.get();
+}
+
+CExecutor::~CExecutor() {
+  hidden.clear();
+  Unwind(0, 0);
+  i.variables.SetIndex(nullptr);
+  i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
+}
+
+bool CExecutor::Prepare() {
+  codeOf_.assign(i.blocks.size(), {});
+  for (const BlockRecord& block : i.blocks) {
+    if (block.kind == kBlockFunction && !CodeOf(block, CodeKind::Function)) return false;
+  }
+  auto top = std::make_unique<Code>();
+  if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
+  code = top.get();
+  codes_.push_back(std::move(top));
+  return true;
+}
+
+Code* CExecutor::CodeOf(const BlockRecord& block, CodeKind kind) {
+  const auto index = static_cast<size_t>(&block - i.blocks.data());
+  Code*& known = codeOf_[index][static_cast<size_t>(kind)];
+  if (known) return known;
+  auto made = std::make_unique<Code>();
+  made->kind = kind;
+  if (!CCodeCompiler(*this, *made).CompileFunction(block)) return nullptr;
+  known = made.get();
+  codes_.push_back(std::move(made));
+  return known;
+}
+
+void CExecutor::RunFrom(const Instruction* start) {
+  resume = start;
+  while (const Instruction* next = resume) {
+    resume = nullptr;
+#if VL_TAIL_CALLS
+    next->run(*this, next, S, L);
+#else
+    while (next) next = next->run(*this, next, S, L);
+#endif
+  }
+}
+
+void CExecutor::RunProgram() {
+  const Code* top = code;
+  Run run(*this);
+  i.NeedValues(top->slots);
+  S = slots;
+  segment_ = 0;
+  L = TakeLocals(top->locals);
+  code = top;
+  bank = i.args.data();
+  argBase = 0;
+  RunFrom(top->instructions.data());
+  ReleaseLocals();
+}
+
+void CExecutor::RunEvent(const BlockRecord& block) {
+  Run run(*this);
+  const Instruction* first =
+      Enter(block, CodeKind::Global, *i.thisObject, nullptr, slots + i.sp, StopCode(), i.argDepth,
+            static_cast<uint32_t>(i.argCounts[i.argDepth]), false);
+  RunFrom(first);
+}
+
+CValue* CExecutor::EvaluateAtCursor() {
+  const uint32_t offset = i.OffsetOf(i.readCursor);
+  std::unique_ptr<Code>& expression = expressions_[offset * 4 + static_cast<uint32_t>(code->kind)];
+  if (!expression) {
+    auto made = std::make_unique<Code>();
+    if (!CCodeCompiler(*this, *made).CompileExpression(*code, offset)) i.RaiseError(ERR_INTERNAL);
+    expression = std::move(made);
+  }
+  CValue* const slot = slots + i.sp;
+  i.NeedValues(i.sp + expression->slots);
+  Run run(*this);
+  S = slot;
+  RunFrom(expression->instructions.data());
+  return slot + 1;
+}
+
+const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIBaseObjectVar& self,
+                                    CIBaseObjectVar* held, CValue* slot, const Instruction* back, uint32_t level,
+                                    uint32_t count, bool constructs) {
+  if (i.callDepth >= limits::kMaxCallDepth) i.RaiseTooManyCalls();
+  const Code* callee = CodeOf(block, kind);
+  if (!callee) i.RaiseError(ERR_INTERNAL);
+  i.NeedValues(static_cast<uint32_t>(slot - slots) + callee->slots);
+  frames.push_back({back, S, L, code, i.thisObject, held, localsNext_, segment_, i.scopeDepth, i.currentPartNumber,
+                    argBase, constructs});
+  ++i.callDepth;
+  ++i.scopeDepth;
+  i.thisObject = &self;
+  code = callee;
+  S = slot;
+  argBase = level;
+  i.argDepth = level;
+  bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  L = TakeLocals(callee->locals);
+  uint32_t p = 0;
+  for (const int64_t parameter : callee->parameters) {
+    CValue* variable;
+    if (kind == CodeKind::Global) {
+      variable = i.AddVariable(i, static_cast<uint32_t>(parameter), i.scopeDepth);
+    } else {
+      variable = reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + parameter);
+      variable->level = 1;
+    }
+    if (p < count) {
+      variable->Assign(bank[p]);
+    } else {
+      variable->SetDefault();
+    }
+    ++p;
+  }
+  if (static_cast<int32_t>(block.sourcePart) != i.currentPartNumber) i.SetPart(static_cast<int32_t>(block.sourcePart));
+  return callee->instructions.data();
+}
+
+const Instruction* CExecutor::Leave() {
+  const Frame frame = frames.back();
+  CValue& result = *S;
+  ReleaseLocals();
+  frames.pop_back();
+  --i.callDepth;
+  if (code->kind == CodeKind::Global) i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
+  i.scopeDepth = frame.scopeDepth;
+  i.thisObject = frame.self;
+  code = frame.code;
+  S = frame.S;
+  L = frame.L;
+  localsNext_ = frame.localsNext;
+  segment_ = frame.segment;
+  if (!segments_.empty()) localsEnd_ = segments_[segment_].get() + kSegmentCells;
+  argBase = frame.argBase;
+  i.argDepth = argBase;
+  bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
+  if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
+  if (frame.held) {
+    if (frame.constructs) {
+      if (frame.held->destroyed) {
+        result.SetInt(0);
+      } else {
+        frame.held->Construct();
+        result.SetObject(frame.held);
+      }
+      result.lvalue = nullptr;
+      ++i.newsSinceCollection;
+      --frame.held->refCount;
+    }
+    i.Unpin(frame.held);
+  }
+  return frame.back;
+}
+
+void CExecutor::DropPending() {
+  const Pending call = pending.back();
+  pending.pop_back();
+  if (call.text) {
+    EndText(call);
+  } else if (call.object) {
+    if (call.made) --call.object->refCount;
+    i.Unpin(call.object);
+  }
+}
+
+// An error leaves these calls. An object under construction is given up with its call.
+void CExecutor::Unwind(size_t frame, size_t pendingCount) {
+  while (frames.size() > frame) {
+    Frame& top = frames.back();
+    if (top.constructs) --top.held->refCount;
+    top.constructs = false;
+    Leave();
+  }
+  while (pending.size() > pendingCount) DropPending();
+}
+
+CValue* CExecutor::TakeLocals(uint32_t count) {
+  if (localsNext_ == nullptr || static_cast<size_t>(localsEnd_ - localsNext_) < count) {
+    const uint32_t next = localsNext_ == nullptr ? 0 : segment_ + 1;
+    if (next >= segments_.size()) {
+      if (!i.budget.Take(kSegmentCells * sizeof(CValue))) i.RaiseError(ERR_MEMORY);
+      auto* cells = static_cast<CValue*>(std::malloc(kSegmentCells * sizeof(CValue)));
+      if (!cells) {
+        i.budget.Return(kSegmentCells * sizeof(CValue));
+        i.RaiseError(ERR_MEMORY);
+      }
+      for (size_t c = 0; c < kSegmentCells; ++c) new (&cells[c]) CValue(&i);
+      segments_.emplace_back(cells, &FreeCells);
+    }
+    segment_ = next;
+    localsNext_ = segments_[segment_].get();
+    localsEnd_ = localsNext_ + kSegmentCells;
+  }
+  CValue* cells = localsNext_;
+  localsNext_ += count;
+  return cells;
+}
+
+// Every local ends: nothing is left of it but a cell that no name finds.
+void CExecutor::ReleaseLocals() {
+  CValue* end = L + code->locals;
+  for (CValue* local = L; local != end; ++local) {
+    local->Release();
+    local->type = VT_NEW_NAME;
+  }
+  while (!hidden.empty() && hidden.back().local >= L && hidden.back().local < end) hidden.pop_back();
+}
+
+void CExecutor::CloseScope(const std::vector<int64_t>& offsets, uint16_t level) {
+  for (const int64_t offset : offsets) {
+    CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + offset);
+    if (local.type == VT_NEW_NAME || local.level < level) continue;
+    local.Release();
+    local.type = VT_NEW_NAME;
+    while (!hidden.empty() && hidden.back().local == &local) hidden.pop_back();
+  }
+}
+
+CValue* CExecutor::FindName(const NameInfo& name, CValue* locals) {
+  CValue* local = reinterpret_cast<CValue*>(reinterpret_cast<char*>(locals) + name.offset);
+  if (local->type != VT_NEW_NAME) return local;
+  const bool isGlobalFrame = code->kind == CodeKind::Global;
+  CVariable* global = *name.cell;
+  if (isGlobalFrame && global != &absent) return global;
+  if (name.declared) return nullptr;
+  if (i.thisObject != &i) {
+    if (CVariable* own = i.thisObject->variables.Find(name.nameId)) return own;
+  }
+  return isGlobalFrame || global == &absent ? nullptr : global;
+}
+
+void CExecutor::LoadName(CValue& slot, const NameInfo& name, CValue* locals) {
+  if (CValue* variable = FindName(name, locals)) {
+    slot.Assign(*variable);
+    slot.lvalue = variable;
+  } else {
+    slot.SetNew(VT_NEW_NAME, name.token);
+  }
+}
+
+CValue& CExecutor::MakeVariable(uint32_t nameId) {
+  if (code->kind == CodeKind::Global) return *i.AddVariable(i, nameId, i.scopeDepth);
+  const auto known = code->byName.find(nameId);
+  if (known == code->byName.end()) i.RaiseError(ERR_INTERNAL);
+  CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + known->second->offset);
+  if (local.type != VT_NEW_NAME) {
+    Hidden& older = hidden.emplace_back(Hidden{CValue(&i), &local, local.level});
+    older.value.Assign(local);
+  }
+  local.SetInt(0);
+  local.level = static_cast<uint16_t>(i.scopeDepth - frames.back().scopeDepth);
+  return local;
+}
+
+// The two slots change places: here their content does, as the slots themselves must stay where they are.
+void CExecutor::SwapSlots(CValue& a, CValue& b) {
+  std::swap(a.lvalue, b.lvalue);
+  std::swap(a.type, b.type);
+  std::swap(a.data, b.data);
+  std::swap(a.referrerIndex, b.referrerIndex);
+  for (CValue* v : {&a, &b}) {
+    CIBaseClassImpl* object = nullptr;
+    if (v->type == VT_OBJECT) object = v->data.object;
+    if (v->type == VT_NEW_MEMBER || v->type == VT_NEW_MEMBER_ARRAY) object = v->lvalueObject;
+    if (object) object->referrers[v->referrerIndex] = v;
+  }
+}
+
+void CExecutor::Assign(CValue* S, uint32_t k) {
+  CValue& left = S[k];
+  CValue& right = S[k + 1];
+  if (right.type >= VT_NEW_NAME && right.type <= VT_NEW_ELEMENT) i.RaiseError(ERR_UNDEFINED);
+  switch (left.type) {
+    case VT_NEW_NAME:
+      MakeVariable(TokenNameId(i.At(left.data.token))).Assign(right);
+      break;
+    case VT_NEW_MEMBER: {
+      auto* object = static_cast<CIBaseObjectVar*>(left.lvalueObject);
+      i.AddVariable(*object, TokenNameId(i.At(left.data.token)), 0)->Assign(right);
+      break;
+    }
+    case VT_NEW_ELEMENT: {
+      CValue* variable = left.lvalue;
+      if (variable->type != VT_ARRAY) i.RaiseError(ERR_UNDEFINED);
+      CValue& element = variable->data.array->Store(left.data.token, right);
+      left.Assign(right);
+      left.lvalue = &element;
+      return;
+    }
+    default:
+      if (!left.lvalue) i.RaiseError(ERR_SYNTAX);
+      left.lvalue->Assign(right);
+      break;
+  }
+  SwapSlots(left, right);
+}
+
+const MemberRow* CExecutor::Resolve(const CIBaseClassImpl& object, Token token, uint32_t& id) {
+  const CIClassInfo& info = *object.classInfo;
+  id = i.ResolveMember(info, token);
+  const MemberRow* row = id < info.rows.size() ? info.rows[id] : nullptr;
+  return row;
+}
+
+void CExecutor::Invoke(CIBaseClassImpl& object, const MemberRow& row, uint32_t id, uint32_t level, uint32_t count) {
+  i.argDepth = level;
+  i.argCounts[level] = static_cast<int32_t>(count);
+  i.currentMember = static_cast<uint16_t>(id);
+  Publish();
+  i.RunMember(object, row);
+  i.argDepth = argBase;
+  Adopt();
+}
+
+void CExecutor::BeginText(const CValue& slot) {
+  Pending call;
+  call.object = i.TakeText(call.text);
+  call.text->SetHeldText(Text::Share(slot.data.text));
+  pending.push_back(call);
+}
+
+void CExecutor::EndText(const Pending& call) {
+  call.text->SetHeldText(Text());
+  i.GiveText(call.object, call.text);
+}
+
+void CExecutor::Adopt() {
+  fuel = i.tickCountdown;
+  forced_ = false;
+  published_ = false;
+  if ((i.nextEvent && i.eventsEnabled && i.inEvent == 0) || i.pendingError != -1 ||
+      i.param.stop.load(std::memory_order_relaxed)) {
+    forced_ = true;
+    savedFuel_ = fuel;
+    fuel = 0;
+  }
+}
+
+void CExecutor::Housekeep(const CValue* S) {
+  i.sp = static_cast<uint32_t>(S - slots);
+  i.tickCountdown = forced_ ? savedFuel_ : fuel + 1;
+  forced_ = false;
+  published_ = true;
+  i.Housekeeping();
+  Adopt();
+}
+
+}  // namespace vl
