@@ -173,15 +173,19 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void StatementWalk(Token start, CValue* result);
   // Calls a function from the run loop or a member: arguments are in the bank already.
   uint32_t EvaluateArguments();
+  // A late write through a reference to a variable that has died meets the same cell however calls keep theirs.
+  CVariablePool& PoolOf(const CIBaseObjectVar& object) { return object.isCallFrame ? framePool : variablePool; }
   // A new variable, which holds the integer 0.
   CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level) {
-    CVariable* variable = object.variables.Add(nameId, level, variablePool);
+    CVariable* variable = object.variables.Add(nameId, level, PoolOf(object));
     if (!variable) RaiseError(ERR_MEMORY);
     variable->SetInt(0);
     return variable;
   }
 
   // --- What the executor shares with the walker ---
+  // Whether the program runs from instructions, not by the walk over its tokens.
+  bool IsPrepared() const { return executor_ != nullptr; }
   // Runs an operator on values[sp] and values[sp + 1].
   void Reduce(uint32_t op);
   CArrayStore& ArrayOf(CValue& variable);
@@ -202,6 +206,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   KeywordTables keywordTables;
   MemoryBudget budget;
   CVariablePool variablePool;
+  CVariablePool framePool;
   CElementPool elementPool;
 
   std::unique_ptr<CAppFile> app;
@@ -375,7 +380,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
     scopeBlocks[depth] = &block;
   }
   void PopScope() {
-    frame->variables.RemoveFromLevel(scopeDepth, variablePool);
+    frame->variables.RemoveFromLevel(scopeDepth, PoolOf(*frame));
     --scopeDepth;
   }
   // Behind a brace.

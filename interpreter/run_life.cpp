@@ -14,6 +14,7 @@ CInterpretor::CInterpretor(CThreadParam& param, const Services& services, const 
       services(services),
       registry(registry),
       variablePool(this, &budget),
+      framePool(this, &budget),
       elementPool(this, &budget),
       defaultValue(this),
       noVariable_(this) {

@@ -60,8 +60,8 @@ using CElementPool = CValuePool<CValue>;
 
 // The newest variable of each name in a table that is asked often: the table of the globals.
 struct CVariableIndex {
-  CVariable* absent = nullptr;          // what stands for none
-  std::array<uint32_t, 33> starts{};    // place of each name bucket's first name
+  CVariable* absent = nullptr;        // what stands for none
+  std::array<uint32_t, 33> starts{};  // place of each name bucket's first name
   std::vector<CVariable*> cells;
   CVariable** CellOf(uint32_t nameId) { return &cells[starts[nameId >> 16] + (nameId & 0xFFFF)]; }
 };

@@ -234,9 +234,15 @@ void CCodeCompiler::EmitExits() {
         Emit(handlers::Jump, 0);
         break;
       case Use::Nested:
+      case Use::Argument:
       case Use::Subscript:
         if (exit.early) {
-          if (exit.use == Use::Subscript) at_ = Next(at_);
+          // The value is taken before its end is looked at.
+          if (exit.use == Use::Argument) Emit(handlers::ArgumentOf(kSlot), exit.k, exit.place << 2 | kSlot);
+          if (exit.use == Use::Subscript) {
+            Emit(handlers::Subscript, exit.k - 1u);
+            at_ = Next(at_);
+          }
           Emit(handlers::Fail, 0, ERR_SYNTAX);
           break;
         }

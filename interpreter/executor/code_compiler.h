@@ -33,7 +33,18 @@ class CCodeCompiler {
     Value left;
     Value right;
   };
-  enum class Use : uint8_t { Statement, Increment, Condition, Nested, Subscript, Branch, Delete, Whole, Other };
+  enum class Use : uint8_t {
+    Statement,
+    Increment,
+    Condition,
+    Nested,
+    Argument,
+    Subscript,
+    Branch,
+    Delete,
+    Whole,
+    Other
+  };
   struct Step {
     uint16_t op;
     uint16_t k;
@@ -45,11 +56,11 @@ class CCodeCompiler {
     Evaluation* outer = nullptr;  // of a branch of ?
     uint16_t base = 0;
     std::vector<uint16_t> ops;
-    int64_t kept = 0;      // of a branch: where the first branch's value waits
-    uint16_t keptAt = 0;   // slot of the condition
-    uint32_t label = 0;    // where the evaluation goes on with its value in its first slot
+    int64_t kept = 0;     // of a branch: where the first branch's value waits
+    uint16_t keptAt = 0;  // slot of the condition
+    uint32_t label = 0;   // where the evaluation goes on with its value in its first slot
     bool parenthesis = false;
-    size_t exits = 0;
+    uint32_t place = 0;
   };
   // Code apart for an evaluation that ends before its time: at a member of what has none, or behind an event.
   struct Exit {
@@ -57,6 +68,8 @@ class CCodeCompiler {
     std::vector<Step> steps;
     uint32_t at;
     Use use;
+    uint16_t k;      // of the evaluation's value
+    uint32_t place;  // of an argument in the bank
     uint32_t label;  // where to go on
     bool early;
     Handler test = nullptr;  // of a condition
@@ -111,7 +124,7 @@ class CCodeCompiler {
 
   // Expressions. Each gives up by setting failed_.
   Value Evaluate(Evaluation& e);
-  Value EvaluateNested(uint16_t base, Use use, bool parenthesis = false);
+  Value EvaluateNested(uint16_t base, Use use, bool parenthesis = false, uint32_t place = 0);
   void Primary(uint16_t k, Evaluation& e);
   void PrimaryOther(uint16_t k, Evaluation& e);
   void Reduce(uint16_t op, uint16_t k, Evaluation& e);

@@ -92,13 +92,14 @@ void CCodeCompiler::SideExit(uint32_t instruction, const Evaluation& e, uint16_t
   }
   exit.use = evaluation->use;
   exit.label = evaluation->label;
+  exit.k = static_cast<uint16_t>(evaluation->base + 1);
+  exit.place = evaluation->place;
   exits_.push_back(std::move(exit));
 }
 
 CCodeCompiler::Value CCodeCompiler::Evaluate(Evaluation& e) {
   uint16_t k = e.base;
   e.ops = {0};
-  e.exits = exits_.size();
   for (;;) {
     ++k;
     Primary(k, e);
@@ -125,12 +126,13 @@ CCodeCompiler::Value CCodeCompiler::Evaluate(Evaluation& e) {
 }
 
 // An evaluation whose value lies in its first slot when it may have ended in another way.
-CCodeCompiler::Value CCodeCompiler::EvaluateNested(uint16_t base, Use use, bool parenthesis) {
+CCodeCompiler::Value CCodeCompiler::EvaluateNested(uint16_t base, Use use, bool parenthesis, uint32_t place) {
   Evaluation e;
   e.use = use;
   e.base = base;
   e.label = NewLabel();
   e.parenthesis = parenthesis;
+  e.place = place;
   const size_t exits = exits_.size();
   Value value = Evaluate(e);
   if (failed_) return value;
@@ -206,7 +208,8 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     Flush();
     if (op == TK_ASSIGN) {
       const uint32_t late = values_[values_.size() - 2].lateToken;
-      const bool isStatement = e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1 && !late;
+      const bool isStatement =
+          e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1 && !late;
       if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
       Emit(isStatement ? handlers::AssignStatement : handlers::Assign, k);
       if (late) Bind(lateArrays_.back().back);

@@ -16,10 +16,10 @@ uint32_t CCodeCompiler::Arguments(uint16_t k) {
         Fail();
         return 0;
       }
-      Value value = EvaluateNested(k, Use::Nested);
+      const uint32_t place = (nest_ - 1) * limits::kArgumentsPerLevel + count;
+      Value value = EvaluateNested(k, Use::Argument, false, place);
       if (failed_) return 0;
       if (value.isDefault) FlushOne(value);
-      const uint32_t place = (nest_ - 1) * limits::kArgumentsPerLevel + count;
       // A literal text in the bank is put there by way of its slot, as any other value.
       Instruction& i = Emit(handlers::ArgumentOf(value.kind), k + 1u, place << 2 | value.kind);
       SetB(i, value);

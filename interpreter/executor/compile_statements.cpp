@@ -127,7 +127,6 @@ void CCodeCompiler::Statement() {
       e.use = Use::Statement;
       e.label = NewLabel();
       e.ops = {0};
-      e.exits = exits_.size();
       Primary(0, e);
       if (failed_) return;
       Flush();

@@ -15,16 +15,16 @@
 #endif
 
 #if VL_TAIL_CALLS
-#define VL_GO(next)                             \
-  do {                                          \
-    const Instruction* const go_ = (next);      \
-    return go_->run(x, go_, S, L);              \
+#define VL_GO(next)                        \
+  do {                                     \
+    const Instruction* const go_ = (next); \
+    return go_->run(x, go_, S, L);         \
   } while (false)
 // S and L have changed.
-#define VL_GO_ANEW(next)                        \
-  do {                                          \
-    const Instruction* const go_ = (next);      \
-    return go_->run(x, go_, x.S, x.L);          \
+#define VL_GO_ANEW(next)                   \
+  do {                                     \
+    const Instruction* const go_ = (next); \
+    return go_->run(x, go_, x.S, x.L);     \
   } while (false)
 #else
 #define VL_GO(next) return (next)
@@ -32,12 +32,12 @@
 #endif
 
 // The end of a statement, with what comes next.
-#define VL_END_STATEMENT(next)                              \
-  do {                                                      \
-    const Instruction* const then_ = (next);                \
-    if (--x.fuel < 0) [[unlikely]]                          \
-      return handlers::Housekeeping(x, then_, S, L);        \
-    VL_GO(then_);                                           \
+#define VL_END_STATEMENT(next)                       \
+  do {                                               \
+    const Instruction* const then_ = (next);         \
+    if (--x.fuel < 0) [[unlikely]]                   \
+      return handlers::Housekeeping(x, then_, S, L); \
+    VL_GO(then_);                                    \
   } while (false)
 
 namespace vl::handlers {

@@ -139,9 +139,8 @@ void CExecutor::RunProgram() {
 
 void CExecutor::RunEvent(const BlockRecord& block) {
   Run run(*this);
-  const Instruction* first =
-      Enter(block, CodeKind::Global, *i.thisObject, nullptr, slots + i.sp, StopCode(), i.argDepth,
-            static_cast<uint32_t>(i.argCounts[i.argDepth]), false);
+  const Instruction* first = Enter(block, CodeKind::Global, *i.thisObject, nullptr, slots + i.sp, StopCode(),
+                                   i.argDepth, static_cast<uint32_t>(i.argCounts[i.argDepth]), false);
   RunFrom(first);
 }
 

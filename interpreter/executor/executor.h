@@ -98,7 +98,7 @@ class CExecutor {
   CValue* S = nullptr;
   CValue* L = nullptr;
   CValue* slots = nullptr;
-  CValue* bank = nullptr;  // the arguments of the current call's level
+  CValue* bank = nullptr;    // the arguments of the current call's level
   CValue* source = nullptr;  // the variable whose member comes next
   const Code* code = nullptr;
   uint32_t argBase = 0;
@@ -132,8 +132,8 @@ class CExecutor {
   CValue* localsNext_ = nullptr;
   CValue* localsEnd_ = nullptr;
   int32_t savedFuel_ = 0;
-  bool forced_ = false;     // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
-  bool published_ = true;   // the interpreter's countdown is the true one
+  bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
+  bool published_ = true;  // the interpreter's countdown is the true one
   uint32_t rounds_ = 0;
 };
 

@@ -138,8 +138,7 @@ const Instruction* NewScriptEnd(CExecutor& x, const Instruction* i, CValue* S, C
   auto* object = static_cast<CIBaseObjectVar*>(call.object);
   slot.SetInt(0);
   slot.lvalue = nullptr;
-  const Instruction* first =
-      x.Enter(*call.block, CodeKind::Method, *object, object, &slot, i + 1, level, count, true);
+  const Instruction* first = x.Enter(*call.block, CodeKind::Method, *object, object, &slot, i + 1, level, count, true);
   // Now the frame holds it.
   x.pending.pop_back();
   VL_GO_ANEW(first);
@@ -235,7 +234,8 @@ VL_NOINLINE void BeginMemberCall(CExecutor& x, const Instruction* i, CValue* S) 
   x.pending.push_back(call);
 }
 
-VL_NOINLINE void EndClassCall(CExecutor& x, const Instruction* i, CValue* S, const CExecutor::Pending& call, Token token) {
+VL_NOINLINE void EndClassCall(CExecutor& x, const Instruction* i, CValue* S, const CExecutor::Pending& call,
+                              Token token) {
   const uint32_t level = x.argBase + (i->n >> 8);
   const uint32_t count = i->n & 0xFF;
   x.i.argCounts[level] = static_cast<int32_t>(count);

@@ -293,33 +293,33 @@ int IndexOfA(OperandKind a) { return a == kSlot ? 2 : a; }
   { VL_OF_B(F, Op, kLocal), VL_OF_B(F, Op, kName), VL_OF_B(F, Op, kSlot) }
 
 constexpr uint16_t kFirstBinary = TK_LOGICAL_AND;
-constexpr Handler kBinary[][3][4] = {
-    VL_OF_AB(Binary, TK_LOGICAL_AND), VL_OF_AB(Binary, TK_LOGICAL_OR), VL_OF_AB(Binary, TK_GREATER_EQUAL),
-    VL_OF_AB(Binary, TK_LESS_EQUAL),  VL_OF_AB(Binary, TK_EQUAL),      VL_OF_AB(Binary, TK_LESS),
-    VL_OF_AB(Binary, TK_GREATER),     VL_OF_AB(Binary, TK_NOT_EQUAL)};
-constexpr Handler kArithmetic[][3][4] = {
-    VL_OF_AB(Binary, TK_ADD), VL_OF_AB(Binary, TK_SUB), VL_OF_AB(Binary, TK_DIV), VL_OF_AB(Binary, TK_MUL),
-    VL_OF_AB(Binary, TK_AND), VL_OF_AB(Binary, TK_OR),  VL_OF_AB(Binary, TK_XOR), VL_OF_AB(Binary, TK_MOD),
-    VL_OF_AB(Binary, TK_SHL), VL_OF_AB(Binary, TK_SHR)};
+constexpr Handler kBinary[][3][4] = {VL_OF_AB(Binary, TK_LOGICAL_AND),   VL_OF_AB(Binary, TK_LOGICAL_OR),
+                                     VL_OF_AB(Binary, TK_GREATER_EQUAL), VL_OF_AB(Binary, TK_LESS_EQUAL),
+                                     VL_OF_AB(Binary, TK_EQUAL),         VL_OF_AB(Binary, TK_LESS),
+                                     VL_OF_AB(Binary, TK_GREATER),       VL_OF_AB(Binary, TK_NOT_EQUAL)};
+constexpr Handler kArithmetic[][3][4] = {VL_OF_AB(Binary, TK_ADD), VL_OF_AB(Binary, TK_SUB), VL_OF_AB(Binary, TK_DIV),
+                                         VL_OF_AB(Binary, TK_MUL), VL_OF_AB(Binary, TK_AND), VL_OF_AB(Binary, TK_OR),
+                                         VL_OF_AB(Binary, TK_XOR), VL_OF_AB(Binary, TK_MOD), VL_OF_AB(Binary, TK_SHL),
+                                         VL_OF_AB(Binary, TK_SHR)};
 constexpr Handler kCompareUnless[][3][4] = {
     VL_OF_AB(CompareUnless, TK_GREATER_EQUAL), VL_OF_AB(CompareUnless, TK_LESS_EQUAL),
     VL_OF_AB(CompareUnless, TK_EQUAL),         VL_OF_AB(CompareUnless, TK_LESS),
     VL_OF_AB(CompareUnless, TK_GREATER),       VL_OF_AB(CompareUnless, TK_NOT_EQUAL)};
-constexpr Handler kCompareLoop[][3][4] = {
-    VL_OF_AB(CompareLoop, TK_GREATER_EQUAL), VL_OF_AB(CompareLoop, TK_LESS_EQUAL), VL_OF_AB(CompareLoop, TK_EQUAL),
-    VL_OF_AB(CompareLoop, TK_LESS),          VL_OF_AB(CompareLoop, TK_GREATER),    VL_OF_AB(CompareLoop, TK_NOT_EQUAL)};
-constexpr Handler kCountLoop[][3][4] = {
-    VL_OF_AB(CountLoop, TK_GREATER_EQUAL), VL_OF_AB(CountLoop, TK_LESS_EQUAL), VL_OF_AB(CountLoop, TK_EQUAL),
-    VL_OF_AB(CountLoop, TK_LESS),          VL_OF_AB(CountLoop, TK_GREATER),    VL_OF_AB(CountLoop, TK_NOT_EQUAL)};
+constexpr Handler kCompareLoop[][3][4] = {VL_OF_AB(CompareLoop, TK_GREATER_EQUAL), VL_OF_AB(CompareLoop, TK_LESS_EQUAL),
+                                          VL_OF_AB(CompareLoop, TK_EQUAL),         VL_OF_AB(CompareLoop, TK_LESS),
+                                          VL_OF_AB(CompareLoop, TK_GREATER),       VL_OF_AB(CompareLoop, TK_NOT_EQUAL)};
+constexpr Handler kCountLoop[][3][4] = {VL_OF_AB(CountLoop, TK_GREATER_EQUAL), VL_OF_AB(CountLoop, TK_LESS_EQUAL),
+                                        VL_OF_AB(CountLoop, TK_EQUAL),         VL_OF_AB(CountLoop, TK_LESS),
+                                        VL_OF_AB(CountLoop, TK_GREATER),       VL_OF_AB(CountLoop, TK_NOT_EQUAL)};
 
 #define VL_STORE(T) \
   { Store<T, kLocal>, Store<T, kName>, Store<T, kConstant>, Store<T, kSlot> }
 constexpr Handler kStore[2][4] = {VL_STORE(kLocal), VL_STORE(kName)};
 
-#define VL_BS_B(Op, T, A)                                                          \
-  {                                                                                \
-    BinaryStore<Op, T, A, kLocal>, BinaryStore<Op, T, A, kName>,                   \
-        BinaryStore<Op, T, A, kConstant>, BinaryStore<Op, T, A, kSlot>             \
+#define VL_BS_B(Op, T, A)                                                                          \
+  {                                                                                                \
+    BinaryStore<Op, T, A, kLocal>, BinaryStore<Op, T, A, kName>, BinaryStore<Op, T, A, kConstant>, \
+        BinaryStore<Op, T, A, kSlot>                                                               \
   }
 #define VL_BS_A(Op, T) \
   { VL_BS_B(Op, T, kLocal), VL_BS_B(Op, T, kName), VL_BS_B(Op, T, kSlot) }

@@ -58,10 +58,10 @@ struct Instruction {
   Operand a{};
   Operand b{};
   Operand target{};
-  uint32_t at = 0;       // where the walker stands when this fails: an offset in the stream
-  uint16_t k = 0;        // the slot of the result, and of the left side
-  uint16_t n = 0;        // a count, an operator with its operand kinds, a level
-  int64_t offsetA = 0;   // of kLocal and kName
+  uint32_t at = 0;      // where the walker stands when this fails: an offset in the stream
+  uint16_t k = 0;       // the slot of the result, and of the left side
+  uint16_t n = 0;       // a count, an operator with its operand kinds, a level
+  int64_t offsetA = 0;  // of kLocal and kName
   int64_t offsetB = 0;
   int64_t offsetTarget = 0;  // of a target that is a name
 };

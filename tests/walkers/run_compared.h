@@ -1,0 +1,22 @@
+// Runs a program by the plain walk and from prepared instructions, and tells what differs in what they leave behind.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace vl {
+
+struct RunTrace {
+  std::string error;    // code, place
+  std::string globals;  // as JSON
+  std::string rest;     // objects with their counts, slots, the argument bank, events, time
+  bool compiled = false;
+  bool prepared = false;  // ran from instructions
+};
+
+RunTrace TraceRun(const std::string& program, bool plainWalk);
+
+// Empty when both ways leave the same; else what differs.
+std::string CompareRuns(const std::string& program, bool* wasPrepared = nullptr);
+
+}  // namespace vl
