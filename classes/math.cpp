@@ -183,8 +183,11 @@ void CIMath::GetDegree() { interpreter.GetResult().SetFloat(Required(0) * 180.0 
 
 namespace {
 
+// The one member without a result.
+constexpr uint16_t kSetRandom = 21;
+
 constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help};
+  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help, id != kSetRandom};
 }
 
 constexpr MemberRow kRows[] = {
@@ -210,7 +213,7 @@ constexpr MemberRow kRows[] = {
     Global(19, "IsFloatFinite", kMember<&CIMath::IsFloatFinite>,
            "IsFloatFinite(x): 1 unless x is infinite or no number"),
     Global(20, "IsNotAFloatNumber", kMember<&CIMath::IsNotAFloatNumber>, "IsNotAFloatNumber(x): 1 when x is no number"),
-    Global(21, "SetRandom", kMember<&CIMath::SetRandom>, "SetRandom(seed): starts the random sequence of that seed"),
+    Global(kSetRandom, "SetRandom", kMember<&CIMath::SetRandom>, "SetRandom(seed): starts the random sequence of that seed"),
     Global(22, "GetRadian", kMember<&CIMath::GetRadian>, "GetRadian(d): degrees to radians"),
     Global(23, "GetDegree", kMember<&CIMath::GetDegree>, "GetDegree(r): radians to degrees"),
     Global(24, "Atan2", kMember<&CIMath::Atan2>, "Atan2(a, b): arc tangent of a / b in the right quadrant"),

@@ -186,6 +186,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // --- What the executor shares with the walker ---
   // Whether the program runs from instructions, not by the walk over its tokens.
   bool IsPrepared() const { return executor_ != nullptr; }
+  // Whether the evaluation slots hold what the walk would leave in them.
+  bool KeepsSlots() const;
   // Runs an operator on values[sp] and values[sp + 1].
   void Reduce(uint32_t op);
   CArrayStore& ArrayOf(CValue& variable);
@@ -288,6 +290,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint64_t ticks = 0;
 
  private:
+  static constexpr uint32_t kPumpIntervalMs = 50;
   friend class CExecutor;
   friend class CCodeCompiler;
 
@@ -387,6 +390,20 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void GoBehind(uint32_t offset) { readCursor = At(offset) + kJumpRecord; }
 
   // Run loop.
+  // True when a tick has only moved the clock, as nothing was due: then it has been done.
+  bool IsTickQuiet() {
+    if ((tickLimit && ticks + 1 > tickLimit) || !eventsEnabled || nextEvent || pendingError != -1 || animatedCount > 0 || needsRefresh ||
+        newsSinceCollection > collectionThreshold || param.stop.load(std::memory_order_relaxed)) {
+      return false;
+    }
+    const uint32_t now = services.clock->tickAndNow();
+    if (now - lastPump <= kPumpIntervalMs) {
+      if (tickLimit) ++ticks;
+      return true;
+    }
+    lateTick_ = true;
+    return false;
+  }
   void Housekeeping() {
     if (nextEvent && eventsEnabled && inEvent == 0) FireEvent();
     if (--tickCountdown < 0 || pendingError != -1 || param.stop.load(std::memory_order_relaxed)) SlowHousekeeping();
@@ -411,6 +428,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t valueLimit_ = 0;
   int32_t quietStatements_ = 0;
   uint32_t lastStopCheck_ = 0;
+  bool lateTick_ = false;  // the clock has moved for the tick that comes
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
   // String temporaries that wait for the next member of a text.

@@ -195,6 +195,8 @@ void CInterpretor::PrepareNames() {
   }
 }
 
+bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->keeps; }
+
 // What the executor can't run as a whole is left to the walker.
 void CInterpretor::PrepareExecutor() {
   if (param.referenceWalker) return;

@@ -238,7 +238,7 @@ void CCodeCompiler::EmitExits() {
       case Use::Subscript:
         if (exit.early) {
           // The value is taken before its end is looked at.
-          if (exit.use == Use::Argument) Emit(handlers::ArgumentOf(kSlot), exit.k, exit.place << 2 | kSlot);
+          if (exit.use == Use::Argument) Emit(handlers::ArgumentOf(x_.keeps, kSlot), exit.k, exit.place << 2 | kSlot);
           if (exit.use == Use::Subscript) {
             Emit(handlers::Subscript, exit.k - 1u);
             at_ = Next(at_);

@@ -143,6 +143,8 @@ class CCodeCompiler {
   // Members behind a value that is found as `from` tells.
   void Members(uint16_t k, Evaluation& e, MemberFrom from);
   uint32_t Arguments(uint16_t k);
+  bool IsDropped(const Evaluation& e, uint16_t k) const;
+  void NoteMember(uint32_t token);
   bool NeedsTarget(const Evaluation& e) const;
   void Flush();
   void FlushOne(Value& value);

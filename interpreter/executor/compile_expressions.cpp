@@ -165,7 +165,7 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
   const uint32_t flags = isStatement ? 1 : 0;
   if (op == TK_INCREMENT || op == TK_DECREMENT) {
     if (!right.isDefault) return false;
-    Instruction& i = Emit(handlers::StepOf(op, left.kind), 1, op << 1 | flags);
+    Instruction& i = Emit(handlers::StepOf(x_.keeps, op, left.kind), 1, op << 1 | flags);
     SetA(i, left);
   } else {
     if (right.isDefault) FlushOne(right);
@@ -177,13 +177,13 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       Instruction& i = all.back();
       const auto a = static_cast<OperandKind>(i.n >> 8 & 3);
       const auto b = static_cast<OperandKind>(i.n >> 10 & 3);
-      i.run = handlers::BinaryStoreOf(binary, left.kind, a, b);
+      i.run = handlers::BinaryStoreOf(x_.keeps, binary, left.kind, a, b);
       i.n = static_cast<uint16_t>(i.n | left.kind << 12 | flags << 14);
       i.k = 1;
       i.target.name = left.name;
       i.offsetTarget = left.name->offset;
     } else {
-      Instruction& i = Emit(handlers::StoreOf(left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
+      Instruction& i = Emit(handlers::StoreOf(x_.keeps, left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
       SetA(i, left);
       SetB(i, right);
     }
@@ -211,7 +211,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
       const bool isStatement =
           e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1 && !late;
       if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
-      Emit(isStatement ? handlers::AssignStatement : handlers::Assign, k);
+      Emit(!isStatement ? handlers::Assign : x_.keeps ? handlers::AssignStatement : handlers::AssignAway, k);
       if (late) Bind(lateArrays_.back().back);
       statementDone_ = isStatement;
     } else {
@@ -233,7 +233,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
       comparison_ = {op, left, right};
     } else {
       lastBinary_ = Here();
-      Instruction& i = Emit(handlers::BinaryOf(op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
+      Instruction& i = Emit(handlers::BinaryOf(x_.keeps, op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
       SetA(i, left);
       SetB(i, right);
     }
@@ -326,6 +326,16 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   const uint16_t next = Kind();
   if (IsMemberToken(next)) {
     Flush();
+    // The common `name.variable`, with the two instructions behind it for anything else.
+    const uint32_t member = at_;
+    if (next == TK_MEMBER && !IsMemberToken(KindAt(Next(member))) && code_.kind != CodeKind::Method) {
+      Value value;
+      value.kind = name->sure ? kLocal : kName;
+      value.name = name;
+      Instruction& i = Emit(handlers::MemberReadOf(value.kind), k);
+      SetA(i, value);
+      i.b.number = TokenNameId(i_.At(member));
+    }
     const uint32_t instruction = Here();
     at_ = token;
     Instruction& i = Emit(handlers::SourceOf, k);
@@ -434,7 +444,7 @@ void CCodeCompiler::PrimaryElement(uint16_t k, Evaluation& e) {
       value.kind = name->sure ? kLocal : kName;
       value.name = name;
       const uint32_t flags = (Kind() == TK_ASSIGN ? 1 : 0) | (IsMemberToken(Kind()) ? 2 : 0);
-      Instruction& i = Emit(handlers::ElementAtOf(value.kind, subscript.kind), k, flags | subscript.kind << 8);
+      Instruction& i = Emit(handlers::ElementAtOf(x_.keeps, value.kind, subscript.kind), k, flags | subscript.kind << 8);
       SetA(i, value);
       SetB(i, subscript);
       if (flags & 2) {

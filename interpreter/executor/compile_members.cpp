@@ -4,6 +4,11 @@
 
 namespace vl {
 
+namespace {
+// Once a program takes errors over, any member may leave its slot as it was.
+constexpr const char kErrorEvent[] = "OnError";
+}  // namespace
+
 // The list behind an opened parenthesis, into the bank; gives the count.
 uint32_t CCodeCompiler::Arguments(uint16_t k) {
   Flush();
@@ -21,7 +26,7 @@ uint32_t CCodeCompiler::Arguments(uint16_t k) {
       if (failed_) return 0;
       if (value.isDefault) FlushOne(value);
       // A literal text in the bank is put there by way of its slot, as any other value.
-      Instruction& i = Emit(handlers::ArgumentOf(value.kind), k + 1u, place << 2 | value.kind);
+      Instruction& i = Emit(handlers::ArgumentOf(x_.keeps, value.kind), k + 1u, place << 2 | value.kind);
       SetB(i, value);
       ++count;
       if (Kind() != TK_COMMA) break;
@@ -106,7 +111,25 @@ void CCodeCompiler::FixedMember(uint16_t k, Evaluation& e) {
   i.a.pointer = row;
   i.b.pointer = object;
   if (mayBeEvent) SideExit(instruction, e, k, false);
+  if (!IsDropped(e, k) && !row->gives) x_.suspects = true;
+  if (EqualNoCase(row->name, kErrorEvent)) x_.suspects = true;
   PushSlot(k);
+}
+
+// Whether the value at slot k is the whole of a statement, and so is looked at by nobody.
+bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
+  return e.use == Use::Statement && e.ops.size() == 1 && k <= 1 && Kind() == TK_SEMICOLON;
+}
+
+// A member of any class in use that might leave its slot as it was.
+void CCodeCompiler::NoteMember(uint32_t token) {
+  const std::string& name = i_.NameOf(i_.At(token));
+  for (uint32_t id = 1; id <= kClassCount && !x_.suspects; ++id) {
+    const CIClassInfo* info = i_.ClassInfo(id);
+    const KeywordRow* known = info && info->table ? info->keywords->Find(name) : nullptr;
+    const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+    if (row && row->kind != MemberKind::Constant && !row->gives) x_.suspects = true;
+  }
 }
 
 void CCodeCompiler::ClassConstant(uint16_t k) {
@@ -213,6 +236,7 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
       const bool mayBeEvent = Kind() == TK_ASSIGN;
       Emit(handlers::MemberCallEnd, k, count | nest_ << 8).a.number = token;
       if (mayBeEvent) SideExit(instruction, e, k, false);
+      if (!IsDropped(e, k)) NoteMember(token);
       PushSlot(k);
       return;
     }
@@ -226,6 +250,7 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
       i.at = token;
       i.a.number = nest_;
       if (chains || next == TK_ASSIGN) SideExit(instruction, e, k, chains);
+      if (!IsDropped(e, k)) NoteMember(token);
       if (!chains) {
         PushSlot(k);
         return;

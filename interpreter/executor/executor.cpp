@@ -78,6 +78,7 @@ CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interp
   globals.cells.assign(count, &absent);
   i.variables.SetIndex(&globals);
   slots = i.valueStore_.get();
+  frames.reserve(limits::kMaxCallDepth + 1);
 }
 
 CExecutor::~CExecutor() {
@@ -87,7 +88,16 @@ CExecutor::~CExecutor() {
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
 
+// Most programs use no value of a member that might leave none; so they are first compiled without the traces.
 bool CExecutor::Prepare() {
+  if (!CompileAll()) return false;
+  if (!suspects) return true;
+  keeps = true;
+  codes_.clear();
+  return CompileAll();
+}
+
+bool CExecutor::CompileAll() {
   codeOf_.assign(i.blocks.size(), {});
   for (const BlockRecord& block : i.blocks) {
     if (block.kind == kBlockFunction && !CodeOf(block, CodeKind::Function)) return false;
@@ -164,11 +174,27 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
                                     CIBaseObjectVar* held, CValue* slot, const Instruction* back, uint32_t level,
                                     uint32_t count, bool constructs) {
   if (i.callDepth >= limits::kMaxCallDepth) i.RaiseTooManyCalls();
-  const Code* callee = CodeOf(block, kind);
+  const Code* callee = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
+  if (!callee) [[unlikely]]
+    callee = CodeOf(block, kind);
   if (!callee) i.RaiseError(ERR_INTERNAL);
   i.NeedValues(static_cast<uint32_t>(slot - slots) + callee->slots);
-  frames.push_back({back, S, L, code, i.thisObject, held, localsNext_, segment_, i.scopeDepth, i.currentPartNumber,
-                    argBase, constructs});
+  CValue* const before = localsNext_;
+  const uint32_t segmentBefore = segment_;
+  CValue* const locals = TakeLocals(callee->locals);
+  Frame& frame = frames.emplace_back();
+  frame.back = back;
+  frame.S = S;
+  frame.L = L;
+  frame.code = code;
+  frame.self = i.thisObject;
+  frame.held = held;
+  frame.localsNext = before;
+  frame.segment = segmentBefore;
+  frame.scopeDepth = i.scopeDepth;
+  frame.part = i.currentPartNumber;
+  frame.argBase = argBase;
+  frame.constructs = constructs;
   ++i.callDepth;
   ++i.scopeDepth;
   i.thisObject = &self;
@@ -177,11 +203,11 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
   argBase = level;
   i.argDepth = level;
   bank = i.args.data() + level * limits::kArgumentsPerLevel;
-  L = TakeLocals(callee->locals);
+  L = locals;
   uint32_t p = 0;
   for (const int64_t parameter : callee->parameters) {
     CValue* variable;
-    if (kind == CodeKind::Global) {
+    if (kind == CodeKind::Global) [[unlikely]] {
       variable = i.AddVariable(i, static_cast<uint32_t>(parameter), i.scopeDepth);
     } else {
       variable = reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + parameter);
@@ -199,10 +225,10 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
 }
 
 const Instruction* CExecutor::Leave() {
-  const Frame frame = frames.back();
   CValue& result = *S;
   ReleaseLocals();
-  frames.pop_back();
+  const Frame& frame = frames.back();
+  const Instruction* const back = frame.back;
   --i.callDepth;
   if (code->kind == CodeKind::Global) i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
   i.scopeDepth = frame.scopeDepth;
@@ -211,27 +237,32 @@ const Instruction* CExecutor::Leave() {
   S = frame.S;
   L = frame.L;
   localsNext_ = frame.localsNext;
-  segment_ = frame.segment;
-  if (!segments_.empty()) localsEnd_ = segments_[segment_].get() + kSegmentCells;
+  if (segment_ != frame.segment) {
+    segment_ = frame.segment;
+    localsEnd_ = segments_[segment_].get() + kSegmentCells;
+  }
   argBase = frame.argBase;
   i.argDepth = argBase;
   bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
   if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
-  if (frame.held) {
-    if (frame.constructs) {
-      if (frame.held->destroyed) {
-        result.SetInt(0);
-      } else {
-        frame.held->Construct();
-        result.SetObject(frame.held);
-      }
-      result.lvalue = nullptr;
-      ++i.newsSinceCollection;
-      --frame.held->refCount;
+  CIBaseObjectVar* const held = frame.held;
+  const bool constructs = frame.constructs;
+  frames.pop_back();
+  if (!held) [[likely]]
+    return back;
+  if (constructs) {
+    if (held->destroyed) {
+      result.SetInt(0);
+    } else {
+      held->Construct();
+      result.SetObject(held);
     }
-    i.Unpin(frame.held);
+    result.lvalue = nullptr;
+    ++i.newsSinceCollection;
+    --held->refCount;
   }
-  return frame.back;
+  i.Unpin(held);
+  return back;
 }
 
 void CExecutor::DropPending() {
@@ -419,6 +450,11 @@ void CExecutor::Adopt() {
 }
 
 void CExecutor::Housekeep(const CValue* S) {
+  // A tick that finds nothing to do.
+  if (!forced_ && i.IsTickQuiet()) {
+    fuel = i.tickPeriod;
+    return;
+  }
   i.sp = static_cast<uint32_t>(S - slots);
   i.tickCountdown = forced_ ? savedFuel_ : fuel + 1;
   forced_ = false;

@@ -107,6 +107,8 @@ class CExecutor {
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
   const Instruction* resume = nullptr;
+  bool keeps = false;     // a member may show what a slot held: the slots are kept as the walker leaves them
+  bool suspects = false;  // the compiler has met such a member
   CVariable absent;
   CVariableIndex globals;
 
@@ -117,6 +119,7 @@ class CExecutor {
   static constexpr size_t kSegmentCells = 8192;
   class Run;
   void RunFrom(const Instruction* start);
+  bool CompileAll();
   void Unwind(size_t frame, size_t pendingCount);
   void DropPending();
   void ReleaseLocals();

@@ -1,20 +1,20 @@
 // Handlers of calls, members and New. A call takes two instructions: one in front of its arguments, which finds what
 // is called and holds it, and one behind them.
-#include "interpreter/executor/dispatch.h"
+#include "interpreter/executor/numbers.h"
 
 namespace vl::handlers {
 
 namespace {
 
-template <OperandKind B>
+template <Trace T, OperandKind B>
 const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   const uint32_t place = i->n >> 2;
   CValue& argument = x.bank[place];
   const CValue* value = Read<B>(i->b, i->offsetB, &slot, L);
-  if (value->type <= VT_FLOAT && argument.IsPlain() && (B == kSlot || slot.IsPlain())) [[likely]] {
+  if (value->type <= VT_FLOAT && argument.IsPlain() && (T == kForgets || B == kSlot || slot.IsPlain())) [[likely]] {
     PutNumber(argument, *value);
-    if (B != kSlot) PutNumber(slot, *value);
+    if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
     VL_GO(i + 1);
   }
   if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
@@ -67,9 +67,12 @@ CIBaseClassImpl* ObjectOf(CExecutor& x, MemberFrom from, CValue* S, uint32_t k) 
 
 }  // namespace
 
-Handler ArgumentOf(OperandKind b) {
-  static constexpr Handler kTable[] = {Argument<kLocal>, Argument<kName>, Argument<kConstant>, Argument<kSlot>};
-  return kTable[b];
+Handler ArgumentOf(bool keeps, OperandKind b) {
+  static constexpr Handler kTable[2][4] = {{Argument<kForgets, kLocal>, Argument<kForgets, kName>,
+                                            Argument<kForgets, kConstant>, Argument<kForgets, kSlot>},
+                                           {Argument<kKeeps, kLocal>, Argument<kKeeps, kName>,
+                                            Argument<kKeeps, kConstant>, Argument<kKeeps, kSlot>}};
+  return kTable[keeps][b];
 }
 
 const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
@@ -340,6 +343,28 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 }
 
 }  // namespace
+
+namespace {
+
+template <OperandKind N>
+const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
+  CValue& slot = S[i->k];
+  if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
+    const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
+    CVariable* variable = object->variables.Find(static_cast<uint32_t>(i->b.number));
+    if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
+      PutNumber(slot, *variable);
+      slot.lvalue = variable;
+      VL_GO(i + 3);
+    }
+  }
+  VL_GO(i + 1);
+}
+
+}  // namespace
+
+Handler MemberReadOf(OperandKind name) { return name == kLocal ? MemberRead<kLocal> : MemberRead<kName>; }
 
 const Instruction* MemberGet(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const Instruction* next = GetMember(x, i, S);

@@ -1,5 +1,5 @@
 // Handlers of statements and jumps.
-#include "interpreter/executor/dispatch.h"
+#include "interpreter/executor/numbers.h"
 
 namespace vl::handlers {
 
@@ -62,13 +62,14 @@ void TakeResult(CExecutor& x, const Instruction* i, CValue* S, CValue& value) {
   if (x.code->kind != CodeKind::Global) S[0].Assign(value);
 }
 
-template <OperandKind B>
+template <Trace T, OperandKind B>
 const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[1];
   const CValue* value = Read<B>(i->b, i->offsetB, &slot, L);
-  if (value->type <= VT_FLOAT && x.code->kind != CodeKind::Global && S[0].IsPlain() && (B == kSlot || slot.IsPlain())) {
+  if (value->type <= VT_FLOAT && x.code->kind != CodeKind::Global && S[0].IsPlain() &&
+      (T == kForgets || B == kSlot || slot.IsPlain())) {
     PutNumber(S[0], *value);
-    if (B != kSlot) PutNumber(slot, *value);
+    if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
   } else {
     if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
     TakeResult(x, i, S, slot);
@@ -79,10 +80,12 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
 
 }  // namespace
 
-Handler ReturnOf(OperandKind b) {
-  static constexpr Handler kTable[] = {ReturnValue<kLocal>, ReturnValue<kName>, ReturnValue<kConstant>,
-                                       ReturnValue<kSlot>};
-  return kTable[b];
+Handler ReturnOf(bool keeps, OperandKind b) {
+  static constexpr Handler kTable[2][4] = {{ReturnValue<kForgets, kLocal>, ReturnValue<kForgets, kName>,
+                                            ReturnValue<kForgets, kConstant>, ReturnValue<kForgets, kSlot>},
+                                           {ReturnValue<kKeeps, kLocal>, ReturnValue<kKeeps, kName>,
+                                            ReturnValue<kKeeps, kConstant>, ReturnValue<kKeeps, kSlot>}};
+  return kTable[keeps][b];
 }
 
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {

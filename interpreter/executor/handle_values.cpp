@@ -1,5 +1,5 @@
 // Handlers that put values into slots, assign them, and reach the elements of arrays.
-#include "interpreter/executor/dispatch.h"
+#include "interpreter/executor/numbers.h"
 
 namespace vl::handlers {
 
@@ -107,6 +107,18 @@ const Instruction* Assign(CExecutor& x, const Instruction* i, CValue* S, CValue*
 
 const Instruction* AssignStatement(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   if (!AssignNumber(S[i->k], S[i->k + 1])) AssignSlowly(x, i, S);
+  VL_END_STATEMENT(i + 1);
+}
+
+const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue& left = S[i->k];
+  const CValue& right = S[i->k + 1];
+  if (left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue && left.lvalue->type <= VT_FLOAT) [[likely]] {
+    left.lvalue->type = right.type;
+    left.lvalue->data = right.data;
+  } else {
+    AssignSlowly(x, i, S);
+  }
   VL_END_STATEMENT(i + 1);
 }
 
@@ -240,17 +252,20 @@ VL_NOINLINE void StoreInArray(CExecutor& x, const Instruction* i, CValue* S) {
   left.lvalue = nullptr;
 }
 
-template <OperandKind N, OperandKind B>
+template <Trace T, OperandKind N, OperandKind B>
 const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& above = S[i->k + 1];
   const CValue* variable = Read<N>(i->a, i->offsetA, nullptr, L);
   CValue* subscript = Read<B>(i->b, i->offsetB, nullptr, L);
-  if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && slot.IsPlain() && above.IsPlain()) [[likely]] {
+  if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && slot.IsPlain() &&
+      (T == kForgets || above.IsPlain())) [[likely]] {
     CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(subscript->data.integer));
     if (element && (element->type <= VT_FLOAT || (i->n & 2))) {
-      PutInteger(above, subscript->data.integer);
-      above.lvalue = nullptr;
+      if constexpr (T == kKeeps) {
+        PutInteger(above, subscript->data.integer);
+        above.lvalue = nullptr;
+      }
       if (i->n & 2) {
         PutInteger(slot, 0);
         x.source = element;
@@ -266,11 +281,15 @@ const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CVal
 
 }  // namespace
 
-Handler ElementAtOf(OperandKind name, OperandKind b) {
-  static constexpr Handler kTable[2][3] = {
-      {ElementAt<kLocal, kLocal>, ElementAt<kLocal, kName>, ElementAt<kLocal, kConstant>},
-      {ElementAt<kName, kLocal>, ElementAt<kName, kName>, ElementAt<kName, kConstant>}};
-  return kTable[name][b];
+#define VL_ELEMENT_AT(T)                                                                     \
+  {                                                                                          \
+    {ElementAt<T, kLocal, kLocal>, ElementAt<T, kLocal, kName>, ElementAt<T, kLocal, kConstant>}, \
+        {ElementAt<T, kName, kLocal>, ElementAt<T, kName, kName>, ElementAt<T, kName, kConstant>} \
+  }
+
+Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b) {
+  static constexpr Handler kTable[2][2][3] = {VL_ELEMENT_AT(kForgets), VL_ELEMENT_AT(kKeeps)};
+  return kTable[keeps][name][b];
 }
 
 // `name[`: finds the array before its subscripts are evaluated. Without one, nothing of them is.

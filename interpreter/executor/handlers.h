@@ -59,20 +59,25 @@ const Instruction* Fail(CExecutor& x, const Instruction* i, CValue* S, CValue* L
 const Instruction* Stop(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* StopExpression(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 
+// Each in two forms: with or without the traces that the walker leaves in slots.
 // The operators by the kinds of their operands: a is of kLocal, kName or kSlot, b of any. `n` is the operator.
-Handler BinaryOf(uint16_t op, OperandKind a, OperandKind b);
+Handler BinaryOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
 // A comparison that jumps: JumpUnless and LoopIf with the comparison in them.
-Handler CompareUnlessOf(uint16_t op, OperandKind a, OperandKind b);
-Handler CompareLoopOf(uint16_t op, OperandKind a, OperandKind b);
+Handler CompareUnlessOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
+Handler CompareLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
 // `a++` and the comparison of a with b, at the end of a loop.
-Handler CountLoopOf(uint16_t op, OperandKind a, OperandKind b);
+Handler CountLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
 // Statements: `target = b`, `target = a + b` and the like, `a++`.
-Handler StoreOf(OperandKind target, OperandKind b);
-Handler BinaryStoreOf(uint16_t op, OperandKind target, OperandKind a, OperandKind b);
-Handler StepOf(uint16_t op, OperandKind a);
-Handler ReturnOf(OperandKind b);
-Handler ArgumentOf(OperandKind b);
+Handler StoreOf(bool keeps, OperandKind target, OperandKind b);
+Handler BinaryStoreOf(bool keeps, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
+Handler StepOf(bool keeps, uint16_t op, OperandKind a);
+Handler ReturnOf(bool keeps, OperandKind b);
+Handler ArgumentOf(bool keeps, OperandKind b);
 // `name[b]` for reading or as the left side of an assignment.
-Handler ElementAtOf(OperandKind name, OperandKind b);
+Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b);
+// A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
+Handler MemberReadOf(OperandKind name);
+// `=` as a statement, where a slot's rest need not be kept.
+const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 
 }  // namespace vl::handlers

@@ -319,7 +319,7 @@ void CProgramWriter::Statement() {
       }
       return;
     case 12:
-      if (Chance(50)) {
+      if (wild_ > 4 && Chance(50)) {
         Line("Program.OnError = " + std::string(Chance(80) ? "OnFail" : "0") + ";");
       } else {
         Line("Probe.OnPing = " + std::string(Chance(80) ? "E" + std::to_string(Below(3)) : "0") + ";");

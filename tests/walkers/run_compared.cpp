@@ -78,7 +78,7 @@ void PutPlain(std::string& out, const CValue& v) {
       out += v.data.object ? std::to_string(v.data.object->number) : "null";
       break;
     case VT_ARRAY:
-      out += std::to_string(v.data.array->ElementCount()) + "*" + std::to_string(v.data.array->refcount);
+      out += std::to_string(v.data.array->ElementCount());
       break;
     default:
       break;
@@ -86,16 +86,14 @@ void PutPlain(std::string& out, const CValue& v) {
   out += ' ';
 }
 
-void PutObjects(std::string& out, const CInterpretor& interpreter, bool withCounts) {
+void PutObjects(std::string& out, std::string& counts, const CInterpretor& interpreter) {
   for (uint32_t id = 0; id <= kClassCount; ++id) {
     const auto& list = interpreter.ObjectsOfClass(id);
     uint32_t cursor = list.First();
     while (const CIBaseClassImpl* object = list.Step(cursor)) {
       out += "\nobject " + std::to_string(id) + "/" + std::to_string(object->number) + " pins " +
              std::to_string(object->pins);
-      if (withCounts) {
-        out += " refs " + std::to_string(object->refCount) + " of " + std::to_string(object->referrers.size());
-      }
+      counts += std::to_string(object->refCount) + "/" + std::to_string(object->referrers.size()) + " ";
       out += ": ";
       if (object->classInfo) continue;
       std::map<std::string, const CVariable*> members;
@@ -145,20 +143,24 @@ RunTrace TraceRun(const std::string& program, bool plainWalk) {
   interpreter.onEnd = [&] {
     trace.compiled = true;
     trace.prepared = interpreter.IsPrepared();
+    trace.keepsSlots = interpreter.KeepsSlots();
     trace.globals = GlobalsToJson(interpreter);
     // Where an error left an evaluation, the operands in front of it may not be in their slots.
     const bool isClean =
-        !interpreter.lastError.code && !(interpreter.errorHook && interpreter.errorHook->lastError.code);
-    PutObjects(trace.rest, interpreter, isClean);
+        !interpreter.lastError.code && interpreter.ticks <= kTicks && !(interpreter.errorHook && interpreter.errorHook->lastError.code);
+    PutObjects(trace.rest, trace.slots, interpreter);
     trace.rest += "\ntick " + std::to_string(interpreter.ticks) + " in " + std::to_string(interpreter.tickCountdown) +
                   " time " + std::to_string(interpreter.NowMs()) + " events " +
                   std::to_string(interpreter.events.Count()) + " depth " + std::to_string(interpreter.callDepth);
-    if (!isClean) return;
-    trace.rest += "\nbank ";
-    for (size_t v = 0; v < 64; ++v) PutPlain(trace.rest, interpreter.args[v]);
-    trace.rest += "\nslots ";
+    if (!isClean) {
+      trace.slots.clear();
+      return;
+    }
+    trace.slots += "\nbank ";
+    for (size_t v = 0; v < 64; ++v) PutPlain(trace.slots, interpreter.args[v]);
+    trace.slots += "\nslots ";
     const size_t count = std::min<size_t>(interpreter.valuePointers.size(), 60);
-    for (size_t s = 0; s < count; ++s) PutPlain(trace.rest, *interpreter.values[s]);
+    for (size_t s = 0; s < count; ++s) PutPlain(trace.slots, *interpreter.values[s]);
   };
   failed = !interpreter.Start();
   if (failed) {
@@ -179,6 +181,7 @@ std::string CompareRuns(const std::string& program, bool* wasPrepared) {
   compare("errors", plain.error, prepared.error);
   compare("globals", plain.globals, prepared.globals);
   compare("traces", plain.rest, prepared.rest);
+  if (prepared.keepsSlots) compare("slots", plain.slots, prepared.slots);
   return out;
 }
 

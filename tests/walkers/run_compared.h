@@ -9,9 +9,11 @@ namespace vl {
 struct RunTrace {
   std::string error;    // code, place
   std::string globals;  // as JSON
-  std::string rest;     // objects with their counts, slots, the argument bank, events, time
+  std::string rest;     // objects, events, time
+  std::string slots;    // what slots and the argument bank hold, and how often each object is referred to
   bool compiled = false;
   bool prepared = false;  // ran from instructions
+  bool keepsSlots = true;  // which kept the slots as the walk does
 };
 
 RunTrace TraceRun(const std::string& program, bool plainWalk);

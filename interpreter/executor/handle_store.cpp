@@ -1,0 +1,151 @@
+// Statements that assign a number to a name.
+#include "interpreter/executor/numbers.h"
+
+namespace vl::handlers {
+
+namespace {
+
+// `target = b`: slot 1 keeps the value, slot 2 what the target was.
+VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const auto b = static_cast<OperandKind>(i->n >> 3 & 3);
+  x.LoadName(S[1], *i->a.name, L);
+  if (b != kSlot) LoadOperand(x, S[2], b, i->b, L);
+  x.StandAt(S, 1, i->at);
+  x.Assign(S, 1);
+  if (i->n & 1) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+template <Trace T, OperandKind V, OperandKind B>
+const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& left = S[1];
+  CValue& right = S[2];
+  CValue* target = Read<V>(i->a, i->offsetA, nullptr, L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
+  if (target->type > VT_FLOAT || b->type > VT_FLOAT) [[unlikely]]
+    return StoreSlow(x, i, S, L);
+  if (T == kKeeps && (!left.IsPlain() || (B != kSlot && !right.IsPlain()))) [[unlikely]]
+    return StoreSlow(x, i, S, L);
+  const ValueType type = b->type;
+  const CValue::Data data = b->data;
+  if constexpr (T == kKeeps) {
+    PutNumber(right, *target);
+    left.type = type;
+    left.data = data;
+  }
+  target->type = type;
+  target->data = data;
+  if (i->n & 1) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+// `target = a + b`: the slots 1 to 3 hold the value, the target's old one, and b.
+VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const uint16_t op = i->n & 0xFF;
+  x.LoadName(S[1], *i->target.name, L);
+  ReduceSlowly(x, i, S, L, 2, op, static_cast<OperandKind>(i->n >> 8 & 3), static_cast<OperandKind>(i->n >> 10 & 3));
+  x.StandAt(S, 1, i->at);
+  x.Assign(S, 1);
+  if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+template <Trace T, uint16_t Op, OperandKind V, OperandKind A, OperandKind B>
+const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& first = S[1];
+  CValue& left = S[2];
+  CValue& right = S[3];
+  CValue* target = Read<V>(i->target, i->offsetTarget, nullptr, L);
+  const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
+  const int types = a->type | b->type;
+  if (types > VT_FLOAT || target->type > VT_FLOAT) [[unlikely]]
+    return BinaryStoreSlow(x, i, S, L);
+  if (T == kKeeps && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
+    return BinaryStoreSlow(x, i, S, L);
+  if (types == VT_INTEGER) {
+    const int32_t v = b->data.integer;
+    int32_t result;
+    OnIntegers<Op>(a->data.integer, v, result);
+    if constexpr (T == kKeeps) {
+      if (B != kSlot) PutInteger(right, v);
+      PutNumber(left, *target);
+      PutInteger(first, result);
+    }
+    PutInteger(*target, result);
+  } else {
+    const double result = Arithmetic<Op>(RealOf(*a), RealOf(*b));
+    if constexpr (T == kKeeps) {
+      if (B != kSlot) PutNumber(right, *b);
+      PutNumber(left, *target);
+      PutReal(first, result);
+    }
+    PutReal(*target, result);
+  }
+  if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+VL_NOINLINE const Instruction* StepSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[1], *i->a.name, L);
+  S[2].SetDefault();
+  S[2].lvalue = nullptr;
+  x.StandAt(S, 1, i->at);
+  x.i.Reduce(i->n >> 1);
+  if (i->n & 1) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+template <Trace T, uint16_t Op, OperandKind A>
+const Instruction* Step(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& left = S[1];
+  CValue& right = S[2];
+  CValue* a = Read<A>(i->a, i->offsetA, nullptr, L);
+  if (a->type != VT_INTEGER || (T == kKeeps && (!left.IsPlain() || !right.IsPlain()))) [[unlikely]]
+    return StepSlow(x, i, S, L);
+  const int32_t old = a->data.integer;
+  if constexpr (T == kKeeps) {
+    PutInteger(left, old);
+    right.type = VT_DEFAULT;
+    right.data.integer = kDefaultInt;
+  }
+  a->data.integer = static_cast<int32_t>(static_cast<uint32_t>(old) + (Op == TK_INCREMENT ? 1u : ~0u));
+  if (i->n & 1) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
+#define VL_STORE(T, V) \
+  { Store<T, V, kLocal>, Store<T, V, kName>, Store<T, V, kConstant>, Store<T, V, kSlot> }
+template <Trace T>
+constexpr Handler kStore[2][4] = {VL_STORE(T, kLocal), VL_STORE(T, kName)};
+
+#define VL_BS_B(T, Op, V, A)                                                        \
+  {                                                                                 \
+    BinaryStore<T, Op, V, A, kLocal>, BinaryStore<T, Op, V, A, kName>,              \
+        BinaryStore<T, Op, V, A, kConstant>, BinaryStore<T, Op, V, A, kSlot>        \
+  }
+#define VL_BS_A(T, Op, V) \
+  { VL_BS_B(T, Op, V, kLocal), VL_BS_B(T, Op, V, kName), VL_BS_B(T, Op, V, kSlot) }
+#define VL_BS(T, Op) \
+  { VL_BS_A(T, Op, kLocal), VL_BS_A(T, Op, kName) }
+template <Trace T>
+constexpr Handler kBinaryStore[][2][3][4] = {VL_BS(T, TK_ADD), VL_BS(T, TK_SUB), VL_BS(T, TK_MUL)};
+
+template <Trace T>
+constexpr Handler kStep[2][2] = {{Step<T, TK_INCREMENT, kLocal>, Step<T, TK_INCREMENT, kName>},
+                                 {Step<T, TK_DECREMENT, kLocal>, Step<T, TK_DECREMENT, kName>}};
+
+}  // namespace
+
+Handler StoreOf(bool keeps, OperandKind target, OperandKind b) {
+  return (keeps ? kStore<kKeeps> : kStore<kForgets>)[target][b];
+}
+Handler BinaryStoreOf(bool keeps, uint16_t op, OperandKind target, OperandKind a, OperandKind b) {
+  const int row = op == TK_ADD ? 0 : op == TK_SUB ? 1 : 2;
+  return (keeps ? kBinaryStore<kKeeps> : kBinaryStore<kForgets>)[row][target][IndexOfA(a)][b];
+}
+Handler StepOf(bool keeps, uint16_t op, OperandKind a) {
+  return (keeps ? kStep<kKeeps> : kStep<kForgets>)[op == TK_INCREMENT ? 0 : 1][a];
+}
+
+}  // namespace vl::handlers
