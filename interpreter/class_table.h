@@ -16,10 +16,14 @@ namespace vl {
 
 class CInterpretor;
 class CIBaseClassImpl;
+class CValue;
 
 enum class MemberKind : uint8_t { Member, Event, Constant };
 
 using MemberFunction = void (*)(CIBaseClassImpl& object);
+// A member of a fixed object that needs nothing but its arguments, on numbers. False, with nothing done, for anything
+// else: then the member itself runs. The result owns nothing.
+using NumberFunction = bool (*)(const CValue* arguments, int count, CValue& result);
 
 struct MemberRow {
   uint16_t id = 0;
@@ -30,6 +34,7 @@ struct MemberRow {
   uint8_t globalKind = 0;             // token kind under which the bare name is known, or 0
   const char* help = "";              // one line: arguments and meaning
   bool gives = false;                 // always leaves a result when it doesn't fail
+  NumberFunction onNumbers = nullptr;
 };
 
 struct ClassTable {

@@ -51,6 +51,7 @@ CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   if (index_) *index_->CellOf(nameId) = variable;
   variable->next = bucket;
   bucket = variable;
+  if (level <= 0 && firstCount_ < kFirsts) firsts_[firstCount_++] = variable;
   if (level > 0) {
     variable->scopeBelow = scopeTop_;
     scopeTop_ = variable;
@@ -78,6 +79,7 @@ void CVarTable::RemoveScopeTop(CVariablePool& pool) {
 void CVarTable::ClearSlow(CVariablePool& pool) {
   scopeTop_ = nullptr;
   count_ = 0;
+  firstCount_ = 0;
   for (uint32_t b = 0; b <= mask_; ++b) {
     CVariable* variable = buckets_[b];
     buckets_[b] = nullptr;

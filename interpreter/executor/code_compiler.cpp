@@ -31,6 +31,7 @@ bool CCodeCompiler::CompileProgram() {
 
 bool CCodeCompiler::CompileFunction(const BlockRecord& block) {
   code_.block = &block;
+  code_.part = static_cast<int32_t>(block.sourcePart);
   start_ = block.extra;
   end_ = Next(block.bodyEnd);
   placeOf_.assign((end_ - start_) / 4 + 2, UINT32_MAX);
@@ -190,6 +191,7 @@ void CCodeCompiler::EmitExits() {
     Bind(label);
     JumpToLabel(exit.instruction, label);
     at_ = exit.at;
+    if (exit.target) Emit(handlers::LoadNamed, 1).a.name = exit.target;
     for (const Step& step : exit.steps) {
       if (step.op == TK_COLON) {
         Emit(handlers::Select, step.k).offsetA = step.offset;

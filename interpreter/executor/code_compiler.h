@@ -72,6 +72,7 @@ class CCodeCompiler {
     uint32_t place;  // of an argument in the bank
     uint32_t label;  // where to go on
     bool early;
+    const NameInfo* target;  // a name that is assigned to and isn't in its slot yet, or null
     Handler test = nullptr;  // of a condition
     uint32_t testOffset = 0;
     uint32_t afterTest = 0;  // of If: where an early end fails once the condition holds, or 0
@@ -147,6 +148,8 @@ class CCodeCompiler {
   void NoteMember(uint32_t token);
   bool NeedsTarget(const Evaluation& e) const;
   void Flush();
+  // The same, but a name that the statement assigns to stays a name where no trace of its reading is needed.
+  void FlushOperands(const Evaluation& e);
   void FlushOne(Value& value);
   void Push(const Value& value);
   void PushSlot(uint16_t k);

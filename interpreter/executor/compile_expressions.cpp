@@ -73,11 +73,21 @@ void CCodeCompiler::Flush() {
   for (Value& value : values_) FlushOne(value);
 }
 
+void CCodeCompiler::FlushOperands(const Evaluation& e) {
+  const bool isStatement = e.use == Use::Statement || e.use == Use::Increment;
+  const bool keepsTarget = !x_.keeps && code_.kind != CodeKind::Method && isStatement && e.ops.size() > 1 &&
+                           e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 && values_[0].name;
+  for (size_t v = 0; v < values_.size(); ++v) {
+    if (v > 0 || !keepsTarget) FlushOne(values_[v]);
+  }
+}
+
 void CCodeCompiler::SideExit(uint32_t instruction, const Evaluation& e, uint16_t k, bool early) {
   Exit exit{};
   exit.instruction = instruction;
   exit.at = at_;
   exit.early = early;
+  exit.target = !values_.empty() && values_[0].kind != kSlot ? values_[0].name : nullptr;
   const Evaluation* evaluation = &e;
   for (;;) {
     for (size_t o = evaluation->ops.size(); o-- > 1;) {
@@ -325,7 +335,7 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   Step1();
   const uint16_t next = Kind();
   if (IsMemberToken(next)) {
-    Flush();
+    FlushOperands(e);
     // The common `name.variable`, with the two instructions behind it for anything else.
     const uint32_t member = at_;
     if (next == TK_MEMBER && !IsMemberToken(KindAt(Next(member))) && code_.kind != CodeKind::Method) {
@@ -438,7 +448,7 @@ void CCodeCompiler::PrimaryElement(uint16_t k, Evaluation& e) {
       subscript.kind = subscript.name->sure ? kLocal : kName;
     }
     if (code_.kind != CodeKind::Method || subscript.kind != kName) {
-      Flush();
+      FlushOperands(e);
       at_ = behind;
       Value value;
       value.kind = name->sure ? kLocal : kName;

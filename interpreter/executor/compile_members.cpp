@@ -228,6 +228,7 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     const uint32_t token = at_;
     const uint16_t kind = Kind();
     if (kind == TK_MEMBER_CALL) {
+      Flush();
       Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from));
       Step1();
       const uint32_t count = Arguments(k);

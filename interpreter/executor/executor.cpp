@@ -36,7 +36,7 @@ class CExecutor::Run {
         code_(x.code),
         argBase_(x.argBase),
         resume_(x.resume),
-        frames_(x.frames.size()),
+        frames_(x.top),
         pending_(x.pending.size()),
         subscripts_(x.subscripts.size()) {
     x_.Adopt();
@@ -63,7 +63,7 @@ class CExecutor::Run {
   const Code* code_;
   uint32_t argBase_;
   const Instruction* resume_;
-  size_t frames_;
+  Frame* frames_;
   size_t pending_;
   size_t subscripts_;
 };
@@ -78,12 +78,13 @@ CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interp
   globals.cells.assign(count, &absent);
   i.variables.SetIndex(&globals);
   slots = i.valueStore_.get();
-  frames.reserve(limits::kMaxCallDepth + 1);
+  frames_.reset(new Frame[limits::kMaxCallDepth + 2]);
+  top = frames_.get();
 }
 
 CExecutor::~CExecutor() {
   hidden.clear();
-  Unwind(0, 0);
+  Unwind(frames_.get(), 0);
   i.variables.SetIndex(nullptr);
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
@@ -109,16 +110,12 @@ bool CExecutor::CompileAll() {
   return true;
 }
 
-Code* CExecutor::CodeOf(const BlockRecord& block, CodeKind kind) {
-  const auto index = static_cast<size_t>(&block - i.blocks.data());
-  Code*& known = codeOf_[index][static_cast<size_t>(kind)];
-  if (known) return known;
+Code* CExecutor::MakeCode(const BlockRecord& block, CodeKind kind) {
   auto made = std::make_unique<Code>();
   made->kind = kind;
   if (!CCodeCompiler(*this, *made).CompileFunction(block)) return nullptr;
-  known = made.get();
   codes_.push_back(std::move(made));
-  return known;
+  return codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)] = codes_.back().get();
 }
 
 void CExecutor::RunFrom(const Instruction* start) {
@@ -134,16 +131,16 @@ void CExecutor::RunFrom(const Instruction* start) {
 }
 
 void CExecutor::RunProgram() {
-  const Code* top = code;
+  const Code* program = code;
   Run run(*this);
-  i.NeedValues(top->slots);
+  NeedSlots(slots + program->slots);
   S = slots;
   segment_ = 0;
-  L = TakeLocals(top->locals);
-  code = top;
+  L = TakeLocals(program->locals);
+  code = program;
   bank = i.args.data();
   argBase = 0;
-  RunFrom(top->instructions.data());
+  RunFrom(program->instructions.data());
   ReleaseLocals();
 }
 
@@ -163,26 +160,30 @@ CValue* CExecutor::EvaluateAtCursor() {
     expression = std::move(made);
   }
   CValue* const slot = slots + i.sp;
-  i.NeedValues(i.sp + expression->slots);
+  NeedSlots(slot + expression->slots);
   Run run(*this);
   S = slot;
   RunFrom(expression->instructions.data());
   return slot + 1;
 }
 
+void CExecutor::NeedSlots(const CValue* end) {
+  i.NeedValues(static_cast<uint32_t>(end - slots));
+  slotsEnd = slots + i.valueLimit_;
+}
+
 const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIBaseObjectVar& self,
                                     CIBaseObjectVar* held, CValue* slot, const Instruction* back, uint32_t level,
                                     uint32_t count, bool constructs) {
   if (i.callDepth >= limits::kMaxCallDepth) i.RaiseTooManyCalls();
-  const Code* callee = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
-  if (!callee) [[unlikely]]
-    callee = CodeOf(block, kind);
+  const Code* callee = CodeOf(block, kind);
   if (!callee) i.RaiseError(ERR_INTERNAL);
-  i.NeedValues(static_cast<uint32_t>(slot - slots) + callee->slots);
-  CValue* const before = localsNext_;
+  NeedSlots(slot + callee->slots);
+  CValue* const before = localsNext;
   const uint32_t segmentBefore = segment_;
   CValue* const locals = TakeLocals(callee->locals);
-  Frame& frame = frames.emplace_back();
+  Frame& frame = *++top;
+  frame.isPlain = false;
   frame.back = back;
   frame.S = S;
   frame.L = L;
@@ -227,7 +228,7 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
 const Instruction* CExecutor::Leave() {
   CValue& result = *S;
   ReleaseLocals();
-  const Frame& frame = frames.back();
+  const Frame& frame = *top;
   const Instruction* const back = frame.back;
   --i.callDepth;
   if (code->kind == CodeKind::Global) i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
@@ -236,10 +237,10 @@ const Instruction* CExecutor::Leave() {
   code = frame.code;
   S = frame.S;
   L = frame.L;
-  localsNext_ = frame.localsNext;
+  localsNext = frame.localsNext;
   if (segment_ != frame.segment) {
     segment_ = frame.segment;
-    localsEnd_ = segments_[segment_].get() + kSegmentCells;
+    localsEnd = segments_[segment_].get() + kSegmentCells;
   }
   argBase = frame.argBase;
   i.argDepth = argBase;
@@ -247,7 +248,7 @@ const Instruction* CExecutor::Leave() {
   if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
   CIBaseObjectVar* const held = frame.held;
   const bool constructs = frame.constructs;
-  frames.pop_back();
+  --top;
   if (!held) [[likely]]
     return back;
   if (constructs) {
@@ -277,19 +278,18 @@ void CExecutor::DropPending() {
 }
 
 // An error leaves these calls. An object under construction is given up with its call.
-void CExecutor::Unwind(size_t frame, size_t pendingCount) {
-  while (frames.size() > frame) {
-    Frame& top = frames.back();
-    if (top.constructs) --top.held->refCount;
-    top.constructs = false;
+void CExecutor::Unwind(Frame* frame, size_t pendingCount) {
+  while (top > frame) {
+    if (top->constructs) --top->held->refCount;
+    top->constructs = false;
     Leave();
   }
   while (pending.size() > pendingCount) DropPending();
 }
 
 CValue* CExecutor::TakeLocals(uint32_t count) {
-  if (localsNext_ == nullptr || static_cast<size_t>(localsEnd_ - localsNext_) < count) {
-    const uint32_t next = localsNext_ == nullptr ? 0 : segment_ + 1;
+  if (localsNext == nullptr || static_cast<size_t>(localsEnd - localsNext) < count) {
+    const uint32_t next = localsNext == nullptr ? 0 : segment_ + 1;
     if (next >= segments_.size()) {
       if (!i.budget.Take(kSegmentCells * sizeof(CValue))) i.RaiseError(ERR_MEMORY);
       auto* cells = static_cast<CValue*>(std::malloc(kSegmentCells * sizeof(CValue)));
@@ -301,11 +301,11 @@ CValue* CExecutor::TakeLocals(uint32_t count) {
       segments_.emplace_back(cells, &FreeCells);
     }
     segment_ = next;
-    localsNext_ = segments_[segment_].get();
-    localsEnd_ = localsNext_ + kSegmentCells;
+    localsNext = segments_[segment_].get();
+    localsEnd = localsNext + kSegmentCells;
   }
-  CValue* cells = localsNext_;
-  localsNext_ += count;
+  CValue* cells = localsNext;
+  localsNext += count;
   return cells;
 }
 
@@ -361,7 +361,7 @@ CValue& CExecutor::MakeVariable(uint32_t nameId) {
     older.value.Assign(local);
   }
   local.SetInt(0);
-  local.level = static_cast<uint16_t>(i.scopeDepth - frames.back().scopeDepth);
+  local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);
   return local;
 }
 

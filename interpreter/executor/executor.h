@@ -39,6 +39,7 @@ class CExecutor {
     int32_t scopeDepth;
     int32_t part;
     uint32_t argBase;
+    bool isPlain;     // by EnterPlain
     bool constructs;  // `held` is an object that New makes
   };
   // A call whose arguments are under evaluation.
@@ -57,11 +58,20 @@ class CExecutor {
     uint16_t level;
   };
 
-  // Starts a call: its arguments are in the bank at `level`. Gives its first instruction, with S and L set.
+  // Starts a call: its arguments are in the bank at `level`. Gives its first instruction, with S and L set. Quickly
+  // when a function is called as most are; null then tells that it takes more.
+  const Instruction* EnterPlain(const Code& callee, CValue* slot, const Instruction* back, uint32_t level,
+                                uint32_t count);
   const Instruction* Enter(const BlockRecord& block, CodeKind kind, CIBaseObjectVar& self, CIBaseObjectVar* held,
                            CValue* slot, const Instruction* back, uint32_t level, uint32_t count, bool constructs);
   // Ends the current call; its value is in S[0]. Gives what comes next, with S and L set.
   const Instruction* Leave();
+  // The same for a call that EnterPlain has started; null when it takes more.
+  const Instruction* LeavePlain();
+  Code* CodeOf(const BlockRecord& block, CodeKind kind) {
+    Code* known = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
+    return known ? known : MakeCode(block, kind);
+  }
   void CloseScope(const std::vector<int64_t>& offsets, uint16_t level);
 
   // The variable that a name finds; null for none.
@@ -98,11 +108,14 @@ class CExecutor {
   CValue* S = nullptr;
   CValue* L = nullptr;
   CValue* slots = nullptr;
+  CValue* slotsEnd = nullptr;  // of those that are made
   CValue* bank = nullptr;    // the arguments of the current call's level
+  CValue* localsNext = nullptr;  // the free locals of the current segment
+  CValue* localsEnd = nullptr;
   CValue* source = nullptr;  // the variable whose member comes next
   const Code* code = nullptr;
   uint32_t argBase = 0;
-  std::vector<Frame> frames;
+  Frame* top = nullptr;  // the call that runs; the first frame is none
   std::vector<Pending> pending;
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
@@ -114,17 +127,19 @@ class CExecutor {
 
  private:
   friend class CCodeCompiler;
+  Code* MakeCode(const BlockRecord& block, CodeKind kind);
+  std::unique_ptr<Frame[]> frames_;
   // Ticks after which the handlers go back to their loop.
   static constexpr uint32_t kRoundsOfSlice = 2000;
   static constexpr size_t kSegmentCells = 8192;
   class Run;
   void RunFrom(const Instruction* start);
   bool CompileAll();
-  void Unwind(size_t frame, size_t pendingCount);
+  void Unwind(Frame* frame, size_t pendingCount);
+  void NeedSlots(const CValue* end);
   void DropPending();
   void ReleaseLocals();
   CValue* TakeLocals(uint32_t count);
-  Code* CodeOf(const BlockRecord& block, CodeKind kind);
   CVariable** CellOf(uint32_t nameId) { return globals.CellOf(nameId); }
 
   std::vector<std::array<Code*, 3>> codeOf_;  // by block
@@ -132,12 +147,79 @@ class CExecutor {
   std::unordered_map<uint32_t, std::unique_ptr<Code>> expressions_;
   std::vector<std::unique_ptr<CValue[], void (*)(CValue*)>> segments_;
   uint32_t segment_ = 0;
-  CValue* localsNext_ = nullptr;
-  CValue* localsEnd_ = nullptr;
   int32_t savedFuel_ = 0;
   bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
   bool published_ = true;  // the interpreter's countdown is the true one
   uint32_t rounds_ = 0;
 };
+
+inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
+                                                uint32_t level, uint32_t count) {
+  CValue* const locals = localsNext;
+  if (i.callDepth >= limits::kMaxCallDepth || slot + callee.slots > slotsEnd ||
+      localsEnd - locals < static_cast<ptrdiff_t>(callee.locals) || callee.part != i.currentPartNumber) [[unlikely]] {
+    return nullptr;
+  }
+  Frame& frame = *++top;
+  frame.back = back;
+  frame.S = S;
+  frame.L = L;
+  frame.code = code;
+  frame.scopeDepth = i.scopeDepth;
+  frame.argBase = argBase;
+  frame.isPlain = true;
+  frame.constructs = false;
+  frame.held = nullptr;
+  frame.self = i.thisObject;
+  frame.localsNext = locals;
+  frame.segment = segment_;
+  frame.part = callee.part;
+  ++i.callDepth;
+  ++i.scopeDepth;
+  localsNext = locals + callee.locals;
+  code = &callee;
+  S = slot;
+  L = locals;
+  if (level != argBase) {
+    argBase = level;
+    i.argDepth = level;
+    bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  }
+  const CValue* argument = bank;
+  for (const int64_t parameter : callee.parameters) {
+    CValue& variable = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(locals) + parameter);
+    variable.level = 1;
+    if (argument < bank + count) {
+      variable.Assign(*argument++);
+    } else {
+      variable.SetDefault();
+    }
+  }
+  return callee.instructions.data();
+}
+
+inline const Instruction* CExecutor::LeavePlain() {
+  const Frame& frame = *top;
+  if (!frame.isPlain || !hidden.empty()) [[unlikely]]
+    return nullptr;
+  CValue* const end = L + code->locals;
+  for (CValue* local = L + 1; local != end; ++local) {
+    local->Release();
+    local->type = VT_NEW_NAME;
+  }
+  --top;
+  --i.callDepth;
+  i.scopeDepth = frame.scopeDepth;
+  code = frame.code;
+  localsNext = L;
+  S = frame.S;
+  L = frame.L;
+  if (argBase != frame.argBase) {
+    argBase = frame.argBase;
+    i.argDepth = argBase;
+    bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
+  }
+  return frame.back;
+}
 
 }  // namespace vl

@@ -95,22 +95,26 @@ const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CVal
     x.i.RaiseNoFunction(x.i.At(i->at), variable == &x.absent ? nullptr : variable);
   }
   slot.ForgetTarget();
-  slot.lvalue = reinterpret_cast<CValue*>(const_cast<BlockRecord*>(variable->data.function));
+  const CodeKind kind = x.i.thisObject == &x.i ? CodeKind::Function : CodeKind::Method;
+  const Code* callee = x.CodeOf(*variable->data.function, kind);
+  if (!callee) x.i.RaiseError(ERR_INTERNAL);
+  slot.lvalue = reinterpret_cast<CValue*>(const_cast<Code*>(callee));
   VL_GO(i + 1);
 }
 
 const Instruction* CallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
-  const auto* block = reinterpret_cast<const BlockRecord*>(slot.lvalue);
+  const auto& callee = *reinterpret_cast<const Code*>(slot.lvalue);
   const uint32_t level = x.argBase + (i->n >> 8);
   const uint32_t count = i->n & 0xFF;
-  x.StandAt(S, i->k, i->at);
   x.i.argCounts[level] = static_cast<int32_t>(count);
   slot.SetInt(0);
   slot.lvalue = nullptr;
-  CIBaseObjectVar& self = *x.i.thisObject;
-  const CodeKind kind = &self == &x.i ? CodeKind::Function : CodeKind::Method;
-  const Instruction* first = x.Enter(*block, kind, self, nullptr, &slot, i + 1, level, count, false);
+  const Instruction* first = x.EnterPlain(callee, &slot, i + 1, level, count);
+  if (!first) [[unlikely]] {
+    x.StandAt(S, i->k, i->at);
+    first = x.Enter(*callee.block, callee.kind, *x.i.thisObject, nullptr, &slot, i + 1, level, count, false);
+  }
   VL_GO_ANEW(first);
 }
 
@@ -162,8 +166,14 @@ const Instruction* NewClass(CExecutor& x, const Instruction* i, CValue* S, CValu
 const Instruction* FixedCall(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const auto& row = *static_cast<const MemberRow*>(i->a.pointer);
   auto& object = *static_cast<CIBaseClassImpl*>(const_cast<void*>(i->b.pointer));
+  CValue& slot = S[i->k];
+  slot.ForgetTarget();
+  const uint32_t level = x.argBase + (i->n >> 8);
+  if (row.onNumbers && slot.IsPlain() && row.onNumbers(x.bank + (i->n >> 8) * limits::kArgumentsPerLevel, i->n & 0xFF, slot)) {
+    x.i.argCounts[level] = i->n & 0xFF;
+    VL_GO(i + 1);
+  }
   x.StandAt(S, i->k, i->at);
-  S[i->k].ForgetTarget();
   return RunMember(x, i, S, L, object, row, row.id, x.argBase + (i->n >> 8), i->n & 0xFF);
 }
 
@@ -346,13 +356,23 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 
 namespace {
 
+// Looks the variable up and notes its place for the next time.
+VL_NOINLINE CVariable* FindPlace(const Instruction* i, const CVarTable& table, uint32_t nameId) {
+  CVariable* variable = table.Find(nameId);
+  if (variable) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(variable));
+  return variable;
+}
+
 template <OperandKind N>
 const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
   CValue& slot = S[i->k];
   if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
     const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-    CVariable* variable = object->variables.Find(static_cast<uint32_t>(i->b.number));
+    const auto nameId = static_cast<uint32_t>(i->b.number);
+    CVariable* variable = object->variables.Made(i->n, nameId);
+    if (!variable) [[unlikely]]
+      variable = FindPlace(i, object->variables, nameId);
     if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
       PutNumber(slot, *variable);
       slot.lvalue = variable;

@@ -74,7 +74,8 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
     if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
     TakeResult(x, i, S, slot);
   }
-  const Instruction* next = x.Leave();
+  const Instruction* next = x.LeavePlain();
+  if (!next) next = x.Leave();
   VL_GO_ANEW(next);
 }
 
@@ -90,7 +91,8 @@ Handler ReturnOf(bool keeps, OperandKind b) {
 
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   if (x.code->kind != CodeKind::Global) S[0].SetInt(0);
-  const Instruction* next = x.Leave();
+  const Instruction* next = x.LeavePlain();
+  if (!next) next = x.Leave();
   VL_GO_ANEW(next);
 }
 

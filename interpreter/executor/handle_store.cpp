@@ -6,6 +6,24 @@ namespace vl::handlers {
 namespace {
 
 // `target = b`: slot 1 keeps the value, slot 2 what the target was.
+// The same for any value where no trace is needed.
+VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const auto kind = static_cast<OperandKind>(i->n >> 3 & 3);
+  CValue* value = &S[2];
+  if (kind == kConstant) {
+    value = const_cast<CValue*>(i->b.constant);
+  } else if (kind != kSlot) {
+    value = x.FindName(*i->b.name, L);
+  }
+  x.StandAt(S, 1, i->at);
+  if (!value || (value->type >= VT_NEW_NAME && value->type <= VT_NEW_ELEMENT)) x.i.RaiseError(ERR_UNDEFINED);
+  CValue* target = x.FindName(*i->a.name, L);
+  if (!target) target = &x.MakeVariable(i->a.name->nameId);
+  target->Assign(*value);
+  if (i->n & 1) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
 VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const auto b = static_cast<OperandKind>(i->n >> 3 & 3);
   x.LoadName(S[1], *i->a.name, L);
@@ -23,7 +41,7 @@ const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* 
   CValue* target = Read<V>(i->a, i->offsetA, nullptr, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   if (target->type > VT_FLOAT || b->type > VT_FLOAT) [[unlikely]]
-    return StoreSlow(x, i, S, L);
+    return T == kKeeps ? StoreSlow(x, i, S, L) : StoreAny(x, i, S, L);
   if (T == kKeeps && (!left.IsPlain() || (B != kSlot && !right.IsPlain()))) [[unlikely]]
     return StoreSlow(x, i, S, L);
   const ValueType type = b->type;

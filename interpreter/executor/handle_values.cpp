@@ -261,7 +261,7 @@ const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CVal
   if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && slot.IsPlain() &&
       (T == kForgets || above.IsPlain())) [[likely]] {
     CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(subscript->data.integer));
-    if (element && (element->type <= VT_FLOAT || (i->n & 2))) {
+    if (element) {
       if constexpr (T == kKeeps) {
         PutInteger(above, subscript->data.integer);
         above.lvalue = nullptr;
@@ -270,7 +270,11 @@ const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CVal
         PutInteger(slot, 0);
         x.source = element;
       } else {
-        PutNumber(slot, *element);
+        if (element->type <= VT_FLOAT) [[likely]] {
+          PutNumber(slot, *element);
+        } else {
+          slot.Assign(*element);
+        }
         slot.lvalue = element;
       }
       VL_GO(i + 1);
