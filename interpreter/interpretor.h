@@ -392,8 +392,9 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // Run loop.
   // True when a tick has only moved the clock, as nothing was due: then it has been done.
   bool IsTickQuiet() {
-    if ((tickLimit && ticks + 1 > tickLimit) || !eventsEnabled || nextEvent || pendingError != -1 || animatedCount > 0 || needsRefresh ||
-        newsSinceCollection > collectionThreshold || param.stop.load(std::memory_order_relaxed)) {
+    if ((tickLimit && ticks + 1 > tickLimit) || !eventsEnabled || nextEvent || pendingError != -1 ||
+        animatedCount > 0 || needsRefresh || newsSinceCollection > collectionThreshold ||
+        param.stop.load(std::memory_order_relaxed)) {
       return false;
     }
     const uint32_t now = services.clock->tickAndNow();

@@ -54,6 +54,7 @@ bool CCodeCompiler::CompileFunction(const BlockRecord& block) {
       code_.parameters.push_back(code_.byName[nameId]->offset);
       code_.byName[nameId]->sure = true;
     }
+    code_.parameterCount = static_cast<uint32_t>(parameters.size());
     CollectLocals(block.bodyStart, block.bodyEnd);
   } else {
     for (const uint32_t token : parameters) code_.parameters.push_back(TokenNameId(i_.At(token)));
@@ -177,6 +178,7 @@ bool CCodeCompiler::Finish() {
     if (labels_[label] >= code_.instructions.size()) return false;
     code_.instructions[instruction].target.target = &code_.instructions[labels_[label]];
   }
+  code_.first = code_.instructions.data();
   code_.spare = code_.locals;
   code_.locals += temporaries_;
   return code_.slots <= kMaxSlots;
@@ -240,7 +242,10 @@ void CCodeCompiler::EmitExits() {
       case Use::Subscript:
         if (exit.early) {
           // The value is taken before its end is looked at.
-          if (exit.use == Use::Argument) Emit(handlers::ArgumentOf(x_.keeps, kSlot), exit.k, exit.place << 2 | kSlot);
+          if (exit.use == Use::Argument) {
+            Emit(handlers::ArgumentOf(x_.keeps, kSlot), exit.k, exit.place << 2 | kSlot).offsetA =
+                static_cast<int64_t>(exit.place * sizeof(CValue));
+          }
           if (exit.use == Use::Subscript) {
             Emit(handlers::Subscript, exit.k - 1u);
             at_ = Next(at_);

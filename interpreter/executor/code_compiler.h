@@ -130,6 +130,7 @@ class CCodeCompiler {
   void PrimaryOther(uint16_t k, Evaluation& e);
   void Reduce(uint16_t op, uint16_t k, Evaluation& e);
   bool StoreStatement(uint16_t op, const Evaluation& e);
+  void AssignStatement(uint16_t k);
   void Conditional(uint16_t k, Evaluation& e);
   void PrimaryName(uint16_t k, Evaluation& e);
   void Call(uint16_t k);

@@ -193,7 +193,8 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       i.target.name = left.name;
       i.offsetTarget = left.name->offset;
     } else {
-      Instruction& i = Emit(handlers::StoreOf(x_.keeps, left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
+      Instruction& i =
+          Emit(handlers::StoreOf(x_.keeps, left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
       SetA(i, left);
       SetB(i, right);
     }
@@ -202,6 +203,29 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
   PushSlot(1);
   statementDone_ = true;
   return true;
+}
+
+// The end of a statement that assigns to an element or a member.
+void CCodeCompiler::AssignStatement(uint16_t k) {
+  Value& right = values_[1];
+  FlushOne(values_[0]);
+  if (right.isDefault) FlushOne(right);
+  const uint32_t late = values_[0].lateToken;
+  if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
+  Instruction& i = Emit(handlers::AssignAwayOf(right.kind), k, right.kind);
+  SetB(i, right);
+  if (late) {
+    // An array that was made late comes back here, in front of the end of the statement.
+    const uint32_t over = NewLabel();
+    JumpToLabel(Here(), over);
+    Emit(handlers::Jump, 0);
+    Bind(lateArrays_.back().back);
+    Emit(handlers::EndStatement, 0);
+    Bind(over);
+  }
+  values_.clear();
+  PushSlot(k);
+  statementDone_ = true;
 }
 
 void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
@@ -215,15 +239,18 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
   }
   if (op == TK_ASSIGN || op == TK_INCREMENT || op == TK_DECREMENT) {
     if (StoreStatement(op, e)) return;
+    const bool isStatement = e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1;
+    if (op == TK_ASSIGN && isStatement && !x_.keeps && values_.size() == 2) {
+      AssignStatement(k);
+      return;
+    }
     Flush();
     if (op == TK_ASSIGN) {
       const uint32_t late = values_[values_.size() - 2].lateToken;
-      const bool isStatement =
-          e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1 && !late;
       if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
-      Emit(!isStatement ? handlers::Assign : x_.keeps ? handlers::AssignStatement : handlers::AssignAway, k);
+      Emit(isStatement && !late ? handlers::AssignStatement : handlers::Assign, k);
       if (late) Bind(lateArrays_.back().back);
-      statementDone_ = isStatement;
+      statementDone_ = isStatement && !late;
     } else {
       Emit(handlers::ReduceAny, k, op);
     }
@@ -243,7 +270,8 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
       comparison_ = {op, left, right};
     } else {
       lastBinary_ = Here();
-      Instruction& i = Emit(handlers::BinaryOf(x_.keeps, op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
+      Instruction& i =
+          Emit(handlers::BinaryOf(x_.keeps, op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
       SetA(i, left);
       SetB(i, right);
     }
@@ -454,7 +482,8 @@ void CCodeCompiler::PrimaryElement(uint16_t k, Evaluation& e) {
       value.kind = name->sure ? kLocal : kName;
       value.name = name;
       const uint32_t flags = (Kind() == TK_ASSIGN ? 1 : 0) | (IsMemberToken(Kind()) ? 2 : 0);
-      Instruction& i = Emit(handlers::ElementAtOf(x_.keeps, value.kind, subscript.kind), k, flags | subscript.kind << 8);
+      Instruction& i =
+          Emit(handlers::ElementAtOf(x_.keeps, value.kind, subscript.kind), k, flags | subscript.kind << 8);
       SetA(i, value);
       SetB(i, subscript);
       if (flags & 2) {

@@ -28,6 +28,7 @@ uint32_t CCodeCompiler::Arguments(uint16_t k) {
       // A literal text in the bank is put there by way of its slot, as any other value.
       Instruction& i = Emit(handlers::ArgumentOf(x_.keeps, value.kind), k + 1u, place << 2 | value.kind);
       SetB(i, value);
+      i.offsetA = static_cast<int64_t>(place * sizeof(CValue));
       ++count;
       if (Kind() != TK_COMMA) break;
       Step1();

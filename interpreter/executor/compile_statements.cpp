@@ -183,7 +183,8 @@ void CCodeCompiler::Test(uint32_t offset, bool isLoop, bool isIf) {
     comparison_.op = 0;
     const auto of = isLoop ? handlers::CompareLoopOf : handlers::CompareUnlessOf;
     JumpToOffset(Here(), offset);
-    Instruction& i = Emit(of(x_.keeps, c.op, c.left.kind, c.right.kind), 1, c.op | c.left.kind << 8 | c.right.kind << 10);
+    Instruction& i =
+        Emit(of(x_.keeps, c.op, c.left.kind, c.right.kind), 1, c.op | c.left.kind << 8 | c.right.kind << 10);
     SetA(i, c.left);
     SetB(i, c.right);
   } else {

@@ -233,20 +233,20 @@ const Instruction* CExecutor::Leave() {
   --i.callDepth;
   if (code->kind == CodeKind::Global) i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
   i.scopeDepth = frame.scopeDepth;
-  i.thisObject = frame.self;
+  if (!frame.isPlain) i.thisObject = frame.self;
   code = frame.code;
+  localsNext = frame.isPlain ? L : frame.localsNext;
   S = frame.S;
   L = frame.L;
-  localsNext = frame.localsNext;
-  if (segment_ != frame.segment) {
+  if (!frame.isPlain && segment_ != frame.segment) {
     segment_ = frame.segment;
     localsEnd = segments_[segment_].get() + kSegmentCells;
   }
   argBase = frame.argBase;
   i.argDepth = argBase;
   bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
-  if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
-  CIBaseObjectVar* const held = frame.held;
+  if (!frame.isPlain && i.currentPartNumber != frame.part) i.SetPart(frame.part);
+  CIBaseObjectVar* const held = frame.isPlain ? nullptr : frame.held;
   const bool constructs = frame.constructs;
   --top;
   if (!held) [[likely]]

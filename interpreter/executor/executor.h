@@ -82,6 +82,14 @@ class CExecutor {
   static void SwapSlots(CValue& a, CValue& b);
   // The variable that an assignment to a name of no variable makes, in the frame.
   CValue& MakeVariable(uint32_t nameId);
+  // The same for a name at hand.
+  CValue& MakeNamed(const NameInfo& name) {
+    CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + name.offset);
+    if (!name.isLocal || local.type != VT_NEW_NAME) return MakeVariable(name.nameId);
+    local.type = VT_INTEGER;
+    local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);
+    return local;
+  }
   void StandAt(const CValue* S, uint32_t k, uint32_t at) {
     i.sp = static_cast<uint32_t>(S - slots) + k;
     i.readCursor = i.At(at);
@@ -108,8 +116,8 @@ class CExecutor {
   CValue* S = nullptr;
   CValue* L = nullptr;
   CValue* slots = nullptr;
-  CValue* slotsEnd = nullptr;  // of those that are made
-  CValue* bank = nullptr;    // the arguments of the current call's level
+  CValue* slotsEnd = nullptr;    // of those that are made
+  CValue* bank = nullptr;        // the arguments of the current call's level
   CValue* localsNext = nullptr;  // the free locals of the current segment
   CValue* localsEnd = nullptr;
   CValue* source = nullptr;  // the variable whose member comes next
@@ -169,33 +177,34 @@ inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot
   frame.argBase = argBase;
   frame.isPlain = true;
   frame.constructs = false;
-  frame.held = nullptr;
-  frame.self = i.thisObject;
-  frame.localsNext = locals;
-  frame.segment = segment_;
-  frame.part = callee.part;
   ++i.callDepth;
   ++i.scopeDepth;
   localsNext = locals + callee.locals;
   code = &callee;
   S = slot;
   L = locals;
-  if (level != argBase) {
+  if (level != argBase) [[unlikely]] {
     argBase = level;
     i.argDepth = level;
     bank = i.args.data() + level * limits::kArgumentsPerLevel;
   }
+  // The parameters are the first locals.
   const CValue* argument = bank;
-  for (const int64_t parameter : callee.parameters) {
-    CValue& variable = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(locals) + parameter);
-    variable.level = 1;
-    if (argument < bank + count) {
-      variable.Assign(*argument++);
+  CValue* const behind = locals + 1 + callee.parameterCount;
+  for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
+    variable->level = 1;
+    if (argument < bank + count) [[likely]] {
+      if (argument->type <= VT_FLOAT) [[likely]] {
+        variable->type = argument->type;
+        variable->data = argument->data;
+      } else {
+        variable->Assign(*argument);
+      }
     } else {
-      variable.SetDefault();
+      variable->SetDefault();
     }
   }
-  return callee.instructions.data();
+  return callee.first;
 }
 
 inline const Instruction* CExecutor::LeavePlain() {
@@ -204,7 +213,7 @@ inline const Instruction* CExecutor::LeavePlain() {
     return nullptr;
   CValue* const end = L + code->locals;
   for (CValue* local = L + 1; local != end; ++local) {
-    local->Release();
+    if (local->type > VT_FLOAT) local->Release();
     local->type = VT_NEW_NAME;
   }
   --top;

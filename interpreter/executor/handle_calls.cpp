@@ -9,8 +9,7 @@ namespace {
 template <Trace T, OperandKind B>
 const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
-  const uint32_t place = i->n >> 2;
-  CValue& argument = x.bank[place];
+  CValue& argument = At(x.bank, i->offsetA);
   const CValue* value = Read<B>(i->b, i->offsetB, &slot, L);
   if (value->type <= VT_FLOAT && argument.IsPlain() && (T == kForgets || B == kSlot || slot.IsPlain())) [[likely]] {
     PutNumber(argument, *value);
@@ -20,6 +19,7 @@ const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValu
   if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
   if (slot.type >= VT_NEW_NAME && slot.type <= VT_NEW_ELEMENT) x.StandAt(S, i->k - 1u, i->at);
   argument.Assign(slot);
+  const uint32_t place = i->n >> 2;
   const auto used = static_cast<int32_t>(x.argBase * limits::kArgumentsPerLevel + place + 1);
   x.i.highWater = std::max(x.i.highWater, used);
   VL_GO(i + 1);
@@ -68,10 +68,9 @@ CIBaseClassImpl* ObjectOf(CExecutor& x, MemberFrom from, CValue* S, uint32_t k) 
 }  // namespace
 
 Handler ArgumentOf(bool keeps, OperandKind b) {
-  static constexpr Handler kTable[2][4] = {{Argument<kForgets, kLocal>, Argument<kForgets, kName>,
-                                            Argument<kForgets, kConstant>, Argument<kForgets, kSlot>},
-                                           {Argument<kKeeps, kLocal>, Argument<kKeeps, kName>,
-                                            Argument<kKeeps, kConstant>, Argument<kKeeps, kSlot>}};
+  static constexpr Handler kTable[2][4] = {
+      {Argument<kForgets, kLocal>, Argument<kForgets, kName>, Argument<kForgets, kConstant>, Argument<kForgets, kSlot>},
+      {Argument<kKeeps, kLocal>, Argument<kKeeps, kName>, Argument<kKeeps, kConstant>, Argument<kKeeps, kSlot>}};
   return kTable[keeps][b];
 }
 
@@ -87,7 +86,14 @@ const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CVa
 const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const NameInfo& name = *i->a.name;
   CValue& slot = S[i->k];
-  const CVariable* variable = nullptr;
+  const CVariable* variable = *name.cell;
+  // As the last time: the same function of the program's own.
+  if (i->b.pointer && variable->type == VT_FUNCTION && variable->data.function == i->b.pointer &&
+      x.i.thisObject == &x.i && slot.type <= VT_FLOAT) [[likely]] {
+    slot.lvalue = static_cast<CValue*>(const_cast<void*>(i->target.pointer));
+    VL_GO(i + 1);
+  }
+  variable = nullptr;
   if (x.i.thisObject != &x.i) variable = x.i.thisObject->variables.Find(name.nameId);
   if (!variable) variable = *name.cell;
   if (variable->type != VT_FUNCTION) {
@@ -99,6 +105,11 @@ const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CVal
   const Code* callee = x.CodeOf(*variable->data.function, kind);
   if (!callee) x.i.RaiseError(ERR_INTERNAL);
   slot.lvalue = reinterpret_cast<CValue*>(const_cast<Code*>(callee));
+  if (kind == CodeKind::Function) {
+    auto* known = const_cast<Instruction*>(i);
+    known->b.pointer = variable->data.function;
+    known->target.pointer = callee;
+  }
   VL_GO(i + 1);
 }
 
@@ -169,7 +180,8 @@ const Instruction* FixedCall(CExecutor& x, const Instruction* i, CValue* S, CVal
   CValue& slot = S[i->k];
   slot.ForgetTarget();
   const uint32_t level = x.argBase + (i->n >> 8);
-  if (row.onNumbers && slot.IsPlain() && row.onNumbers(x.bank + (i->n >> 8) * limits::kArgumentsPerLevel, i->n & 0xFF, slot)) {
+  if (row.onNumbers && slot.IsPlain() &&
+      row.onNumbers(x.bank + (i->n >> 8) * limits::kArgumentsPerLevel, i->n & 0xFF, slot)) {
     x.i.argCounts[level] = i->n & 0xFF;
     VL_GO(i + 1);
   }

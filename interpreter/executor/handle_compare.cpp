@@ -81,16 +81,17 @@ const Instruction* CountLoop(CExecutor& x, const Instruction* i, CValue* S, CVal
 
 template <Trace T>
 constexpr Handler kUnless[][3][4] = {
-    VL_OF_AB(CompareUnless, T, TK_GREATER_EQUAL), VL_OF_AB(CompareUnless, T, TK_LESS_EQUAL), VL_OF_AB(CompareUnless, T, TK_EQUAL),
-    VL_OF_AB(CompareUnless, T, TK_LESS),          VL_OF_AB(CompareUnless, T, TK_GREATER),    VL_OF_AB(CompareUnless, T, TK_NOT_EQUAL)};
+    VL_OF_AB(CompareUnless, T, TK_GREATER_EQUAL), VL_OF_AB(CompareUnless, T, TK_LESS_EQUAL),
+    VL_OF_AB(CompareUnless, T, TK_EQUAL),         VL_OF_AB(CompareUnless, T, TK_LESS),
+    VL_OF_AB(CompareUnless, T, TK_GREATER),       VL_OF_AB(CompareUnless, T, TK_NOT_EQUAL)};
 template <Trace T>
-constexpr Handler kLoop[][3][4] = {
-    VL_OF_AB(CompareLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CompareLoop, T, TK_LESS_EQUAL), VL_OF_AB(CompareLoop, T, TK_EQUAL),
-    VL_OF_AB(CompareLoop, T, TK_LESS),          VL_OF_AB(CompareLoop, T, TK_GREATER),    VL_OF_AB(CompareLoop, T, TK_NOT_EQUAL)};
+constexpr Handler kLoop[][3][4] = {VL_OF_AB(CompareLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CompareLoop, T, TK_LESS_EQUAL),
+                                   VL_OF_AB(CompareLoop, T, TK_EQUAL),         VL_OF_AB(CompareLoop, T, TK_LESS),
+                                   VL_OF_AB(CompareLoop, T, TK_GREATER),       VL_OF_AB(CompareLoop, T, TK_NOT_EQUAL)};
 template <Trace T>
-constexpr Handler kCount[][3][4] = {
-    VL_OF_AB(CountLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CountLoop, T, TK_LESS_EQUAL), VL_OF_AB(CountLoop, T, TK_EQUAL),
-    VL_OF_AB(CountLoop, T, TK_LESS),          VL_OF_AB(CountLoop, T, TK_GREATER),    VL_OF_AB(CountLoop, T, TK_NOT_EQUAL)};
+constexpr Handler kCount[][3][4] = {VL_OF_AB(CountLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CountLoop, T, TK_LESS_EQUAL),
+                                    VL_OF_AB(CountLoop, T, TK_EQUAL),         VL_OF_AB(CountLoop, T, TK_LESS),
+                                    VL_OF_AB(CountLoop, T, TK_GREATER),       VL_OF_AB(CountLoop, T, TK_NOT_EQUAL)};
 
 }  // namespace
 

@@ -51,10 +51,10 @@ const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue*
 }
 
 template <Trace T>
-constexpr Handler kLogic[][3][4] = {
-    VL_OF_AB(Binary, T, TK_LOGICAL_AND), VL_OF_AB(Binary, T, TK_LOGICAL_OR), VL_OF_AB(Binary, T, TK_GREATER_EQUAL),
-    VL_OF_AB(Binary, T, TK_LESS_EQUAL),  VL_OF_AB(Binary, T, TK_EQUAL),      VL_OF_AB(Binary, T, TK_LESS),
-    VL_OF_AB(Binary, T, TK_GREATER),     VL_OF_AB(Binary, T, TK_NOT_EQUAL)};
+constexpr Handler kLogic[][3][4] = {VL_OF_AB(Binary, T, TK_LOGICAL_AND),   VL_OF_AB(Binary, T, TK_LOGICAL_OR),
+                                    VL_OF_AB(Binary, T, TK_GREATER_EQUAL), VL_OF_AB(Binary, T, TK_LESS_EQUAL),
+                                    VL_OF_AB(Binary, T, TK_EQUAL),         VL_OF_AB(Binary, T, TK_LESS),
+                                    VL_OF_AB(Binary, T, TK_GREATER),       VL_OF_AB(Binary, T, TK_NOT_EQUAL)};
 template <Trace T>
 constexpr Handler kArithmetic[][3][4] = {
     VL_OF_AB(Binary, T, TK_ADD), VL_OF_AB(Binary, T, TK_SUB), VL_OF_AB(Binary, T, TK_DIV), VL_OF_AB(Binary, T, TK_MUL),

@@ -18,7 +18,7 @@ VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CVal
   x.StandAt(S, 1, i->at);
   if (!value || (value->type >= VT_NEW_NAME && value->type <= VT_NEW_ELEMENT)) x.i.RaiseError(ERR_UNDEFINED);
   CValue* target = x.FindName(*i->a.name, L);
-  if (!target) target = &x.MakeVariable(i->a.name->nameId);
+  if (!target) target = &x.MakeNamed(*i->a.name);
   target->Assign(*value);
   if (i->n & 1) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
@@ -58,6 +58,18 @@ const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* 
 }
 
 // `target = a + b`: the slots 1 to 3 hold the value, the target's old one, and b.
+// The same where no trace is needed.
+VL_NOINLINE const Instruction* BinaryStoreAny(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  ReduceSlowly(x, i, S, L, 2, i->n & 0xFF, static_cast<OperandKind>(i->n >> 8 & 3),
+               static_cast<OperandKind>(i->n >> 10 & 3));
+  const CValue& value = S[2];
+  CValue* target = x.FindName(*i->target.name, L);
+  if (!target) target = &x.MakeNamed(*i->target.name);
+  target->Assign(value);
+  if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
 VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const uint16_t op = i->n & 0xFF;
   x.LoadName(S[1], *i->target.name, L);
@@ -78,7 +90,7 @@ const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CV
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   const int types = a->type | b->type;
   if (types > VT_FLOAT || target->type > VT_FLOAT) [[unlikely]]
-    return BinaryStoreSlow(x, i, S, L);
+    return T == kKeeps ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
   if (T == kKeeps && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
     return BinaryStoreSlow(x, i, S, L);
   if (types == VT_INTEGER) {
@@ -137,10 +149,10 @@ const Instruction* Step(CExecutor& x, const Instruction* i, CValue* S, CValue* L
 template <Trace T>
 constexpr Handler kStore[2][4] = {VL_STORE(T, kLocal), VL_STORE(T, kName)};
 
-#define VL_BS_B(T, Op, V, A)                                                        \
-  {                                                                                 \
-    BinaryStore<T, Op, V, A, kLocal>, BinaryStore<T, Op, V, A, kName>,              \
-        BinaryStore<T, Op, V, A, kConstant>, BinaryStore<T, Op, V, A, kSlot>        \
+#define VL_BS_B(T, Op, V, A)                                                                                \
+  {                                                                                                         \
+    BinaryStore<T, Op, V, A, kLocal>, BinaryStore<T, Op, V, A, kName>, BinaryStore<T, Op, V, A, kConstant>, \
+        BinaryStore<T, Op, V, A, kSlot>                                                                     \
   }
 #define VL_BS_A(T, Op, V) \
   { VL_BS_B(T, Op, V, kLocal), VL_BS_B(T, Op, V, kName), VL_BS_B(T, Op, V, kSlot) }

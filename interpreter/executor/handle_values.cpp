@@ -110,16 +110,34 @@ const Instruction* AssignStatement(CExecutor& x, const Instruction* i, CValue* S
   VL_END_STATEMENT(i + 1);
 }
 
+namespace {
+
+VL_NOINLINE const Instruction* AssignAwaySlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& right = S[i->k + 1];
+  const auto kind = static_cast<OperandKind>(i->n);
+  if (kind != kSlot) LoadOperand(x, right, kind, i->b, L);
+  if (IsLateArray(S[i->k]) && i->target.target) VL_GO(i->target.target);
+  AssignSlowly(x, i, S);
+  VL_END_STATEMENT(i + 1);
+}
+
+template <OperandKind B>
 const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue& left = S[i->k];
-  const CValue& right = S[i->k + 1];
+  const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
   if (left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue && left.lvalue->type <= VT_FLOAT) [[likely]] {
     left.lvalue->type = right.type;
     left.lvalue->data = right.data;
-  } else {
-    AssignSlowly(x, i, S);
+    VL_END_STATEMENT(i + 1);
   }
-  VL_END_STATEMENT(i + 1);
+  return AssignAwaySlow(x, i, S, L);
+}
+
+}  // namespace
+
+Handler AssignAwayOf(OperandKind b) {
+  static constexpr Handler kTable[] = {AssignAway<kLocal>, AssignAway<kName>, AssignAway<kConstant>, AssignAway<kSlot>};
+  return kTable[b];
 }
 
 const Instruction* ReduceAny(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
@@ -285,10 +303,11 @@ const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CVal
 
 }  // namespace
 
-#define VL_ELEMENT_AT(T)                                                                     \
-  {                                                                                          \
-    {ElementAt<T, kLocal, kLocal>, ElementAt<T, kLocal, kName>, ElementAt<T, kLocal, kConstant>}, \
-        {ElementAt<T, kName, kLocal>, ElementAt<T, kName, kName>, ElementAt<T, kName, kConstant>} \
+#define VL_ELEMENT_AT(T)                                                                            \
+  {                                                                                                 \
+    {ElementAt<T, kLocal, kLocal>, ElementAt<T, kLocal, kName>, ElementAt<T, kLocal, kConstant>}, { \
+      ElementAt<T, kName, kLocal>, ElementAt<T, kName, kName>, ElementAt<T, kName, kConstant>       \
+    }                                                                                               \
   }
 
 Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b) {

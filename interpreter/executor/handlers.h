@@ -77,7 +77,7 @@ Handler ArgumentOf(bool keeps, OperandKind b);
 Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
-// `=` as a statement, where a slot's rest need not be kept.
-const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+// `=` as a statement with the right side as an operand, where a slot's rest need not be kept.
+Handler AssignAwayOf(OperandKind b);
 
 }  // namespace vl::handlers

@@ -89,6 +89,8 @@ struct Code {
   uint32_t locals = 1;                             // the first one never exists
   uint32_t spare = 1;                              // locals from here on are for expressions that members evaluate
   uint32_t slots = 1;
+  uint32_t parameterCount = 0;
+  const Instruction* first = nullptr;
   int32_t part = 0;  // of the application, that the source belongs to
 
   Code() = default;

@@ -67,8 +67,8 @@ inline bool AreFree(const CValue& left, const CValue& right) {
 }
 
 // Puts the operands into their slots and runs the walker's operator.
-inline void ReduceSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint32_t k, uint16_t op, OperandKind a,
-                  OperandKind b) {
+inline void ReduceSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint32_t k, uint16_t op,
+                         OperandKind a, OperandKind b) {
   if (a != kSlot) LoadOperand(x, S[k], a, i->a, L);
   if (b != kSlot) LoadOperand(x, S[k + 1], b, i->b, L);
   x.StandAt(S, k, i->at);

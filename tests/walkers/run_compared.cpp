@@ -146,8 +146,8 @@ RunTrace TraceRun(const std::string& program, bool plainWalk) {
     trace.keepsSlots = interpreter.KeepsSlots();
     trace.globals = GlobalsToJson(interpreter);
     // Where an error left an evaluation, the operands in front of it may not be in their slots.
-    const bool isClean =
-        !interpreter.lastError.code && interpreter.ticks <= kTicks && !(interpreter.errorHook && interpreter.errorHook->lastError.code);
+    const bool isClean = !interpreter.lastError.code && interpreter.ticks <= kTicks &&
+                         !(interpreter.errorHook && interpreter.errorHook->lastError.code);
     PutObjects(trace.rest, trace.slots, interpreter);
     trace.rest += "\ntick " + std::to_string(interpreter.ticks) + " in " + std::to_string(interpreter.tickCountdown) +
                   " time " + std::to_string(interpreter.NowMs()) + " events " +

@@ -12,7 +12,7 @@ struct RunTrace {
   std::string rest;     // objects, events, time
   std::string slots;    // what slots and the argument bank hold, and how often each object is referred to
   bool compiled = false;
-  bool prepared = false;  // ran from instructions
+  bool prepared = false;   // ran from instructions
   bool keepsSlots = true;  // which kept the slots as the walk does
 };
 
