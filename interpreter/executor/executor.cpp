@@ -316,7 +316,10 @@ void CExecutor::ReleaseLocals() {
     local->Release();
     local->type = VT_NEW_NAME;
   }
-  while (!hidden.empty() && hidden.back().local >= L && hidden.back().local < end) hidden.pop_back();
+  while (hiddenCount && hidden.back().local >= L && hidden.back().local < end) {
+    hidden.pop_back();
+    --hiddenCount;
+  }
 }
 
 void CExecutor::CloseScope(const std::vector<int64_t>& offsets, uint16_t level) {
@@ -325,7 +328,10 @@ void CExecutor::CloseScope(const std::vector<int64_t>& offsets, uint16_t level) 
     if (local.type == VT_NEW_NAME || local.level < level) continue;
     local.Release();
     local.type = VT_NEW_NAME;
-    while (!hidden.empty() && hidden.back().local == &local) hidden.pop_back();
+    while (hiddenCount && hidden.back().local == &local) {
+      hidden.pop_back();
+      --hiddenCount;
+    }
   }
 }
 
@@ -359,6 +365,7 @@ CValue& CExecutor::MakeVariable(uint32_t nameId) {
   if (local.type != VT_NEW_NAME) {
     Hidden& older = hidden.emplace_back(Hidden{CValue(&i), &local, local.level});
     older.value.Assign(local);
+    ++hiddenCount;
   }
   local.SetInt(0);
   local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);

@@ -127,6 +127,7 @@ class CExecutor {
   std::vector<Pending> pending;
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
+  uint32_t hiddenCount = 0;
   const Instruction* resume = nullptr;
   bool keeps = false;     // a member may show what a slot held: the slots are kept as the walker leaves them
   bool suspects = false;  // the compiler has met such a member
@@ -168,54 +169,47 @@ inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot
       localsEnd - locals < static_cast<ptrdiff_t>(callee.locals) || callee.part != i.currentPartNumber) [[unlikely]] {
     return nullptr;
   }
+  // The parameters are the first locals. What isn't plain numbers takes the other way, which fills them anew.
+  if (count < callee.parameterCount || level != argBase) [[unlikely]]
+    return nullptr;
+  const CValue* argument = bank;
+  CValue* const behind = locals + 1 + callee.parameterCount;
+  for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
+    if (argument->type > VT_FLOAT) [[unlikely]] {
+      while (variable-- != locals + 1) variable->type = VT_NEW_NAME;
+      return nullptr;
+    }
+    variable->level = 1;
+    variable->type = argument->type;
+    variable->data = argument->data;
+  }
   Frame& frame = *++top;
   frame.back = back;
   frame.S = S;
   frame.L = L;
   frame.code = code;
-  frame.scopeDepth = i.scopeDepth;
+  frame.scopeDepth = i.scopeDepth++;
   frame.argBase = argBase;
   frame.isPlain = true;
   frame.constructs = false;
   ++i.callDepth;
-  ++i.scopeDepth;
   localsNext = locals + callee.locals;
   code = &callee;
   S = slot;
   L = locals;
-  if (level != argBase) [[unlikely]] {
-    argBase = level;
-    i.argDepth = level;
-    bank = i.args.data() + level * limits::kArgumentsPerLevel;
-  }
-  // The parameters are the first locals.
-  const CValue* argument = bank;
-  CValue* const behind = locals + 1 + callee.parameterCount;
-  for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
-    variable->level = 1;
-    if (argument < bank + count) [[likely]] {
-      if (argument->type <= VT_FLOAT) [[likely]] {
-        variable->type = argument->type;
-        variable->data = argument->data;
-      } else {
-        variable->Assign(*argument);
-      }
-    } else {
-      variable->SetDefault();
-    }
-  }
   return callee.first;
 }
 
 inline const Instruction* CExecutor::LeavePlain() {
   const Frame& frame = *top;
-  if (!frame.isPlain || !hidden.empty()) [[unlikely]]
+  if (!frame.isPlain || hiddenCount) [[unlikely]]
     return nullptr;
   CValue* const end = L + code->locals;
-  for (CValue* local = L + 1; local != end; ++local) {
-    if (local->type > VT_FLOAT) local->Release();
-    local->type = VT_NEW_NAME;
+  for (const CValue* local = L + 1; local != end; ++local) {
+    if (!local->IsPlain()) [[unlikely]]
+      return nullptr;
   }
+  for (CValue* local = L + 1; local != end; ++local) local->type = VT_NEW_NAME;
   --top;
   --i.callDepth;
   i.scopeDepth = frame.scopeDepth;

@@ -6,6 +6,18 @@ namespace vl::handlers {
 
 namespace {
 
+VL_NOINLINE const Instruction* ArgumentSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& slot = S[i->k];
+  const auto kind = static_cast<OperandKind>(i->n & 3);
+  const uint32_t place = i->n >> 2;
+  if (kind != kSlot) LoadOperand(x, slot, kind, i->b, L);
+  if (slot.type >= VT_NEW_NAME && slot.type <= VT_NEW_ELEMENT) x.StandAt(S, i->k - 1u, i->at);
+  x.bank[place].Assign(slot);
+  const auto used = static_cast<int32_t>(x.argBase * limits::kArgumentsPerLevel + place + 1);
+  x.i.highWater = std::max(x.i.highWater, used);
+  VL_GO(i + 1);
+}
+
 template <Trace T, OperandKind B>
 const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
@@ -16,13 +28,7 @@ const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValu
     if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
     VL_GO(i + 1);
   }
-  if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
-  if (slot.type >= VT_NEW_NAME && slot.type <= VT_NEW_ELEMENT) x.StandAt(S, i->k - 1u, i->at);
-  argument.Assign(slot);
-  const uint32_t place = i->n >> 2;
-  const auto used = static_cast<int32_t>(x.argBase * limits::kArgumentsPerLevel + place + 1);
-  x.i.highWater = std::max(x.i.highWater, used);
-  VL_GO(i + 1);
+  return ArgumentSlow(x, i, S, L);
 }
 
 // A member of a class on the object; where the cursor went on behind an event, so do we.
@@ -82,18 +88,12 @@ const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CVa
   VL_GO(i + 1);
 }
 
-// The function waits where the slot keeps its target: a value that isn't there yet has none.
-const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+namespace {
+
+VL_NOINLINE const Instruction* CallBeginSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const NameInfo& name = *i->a.name;
   CValue& slot = S[i->k];
-  const CVariable* variable = *name.cell;
-  // As the last time: the same function of the program's own.
-  if (i->b.pointer && variable->type == VT_FUNCTION && variable->data.function == i->b.pointer &&
-      x.i.thisObject == &x.i && slot.type <= VT_FLOAT) [[likely]] {
-    slot.lvalue = static_cast<CValue*>(const_cast<void*>(i->target.pointer));
-    VL_GO(i + 1);
-  }
-  variable = nullptr;
+  const CVariable* variable = nullptr;
   if (x.i.thisObject != &x.i) variable = x.i.thisObject->variables.Find(name.nameId);
   if (!variable) variable = *name.cell;
   if (variable->type != VT_FUNCTION) {
@@ -113,19 +113,48 @@ const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CVal
   VL_GO(i + 1);
 }
 
+VL_NOINLINE const Instruction* CallEndSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& slot = S[i->k];
+  const auto& callee = *reinterpret_cast<const Code*>(slot.lvalue);
+  const uint32_t level = x.argBase + (i->n >> 8);
+  const uint32_t count = i->n & 0xFF;
+  x.StandAt(S, i->k, i->at);
+  x.i.argCounts[level] = static_cast<int32_t>(count);
+  slot.SetInt(0);
+  slot.lvalue = nullptr;
+  const Instruction* first =
+      x.Enter(*callee.block, callee.kind, *x.i.thisObject, nullptr, &slot, i + 1, level, count, false);
+  VL_GO_ANEW(first);
+}
+
+}  // namespace
+
+// The function waits where the slot keeps its target: a value that isn't there yet has none.
+const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CVariable* variable = *i->a.name->cell;
+  CValue& slot = S[i->k];
+  // As the last time: the same function of the program's own.
+  if (variable->type == VT_FUNCTION && variable->data.function == i->b.pointer && x.i.thisObject == &x.i &&
+      slot.type <= VT_FLOAT) [[likely]] {
+    slot.lvalue = static_cast<CValue*>(const_cast<void*>(i->target.pointer));
+    VL_GO(i + 1);
+  }
+  return CallBeginSlow(x, i, S, L);
+}
+
 const Instruction* CallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   const auto& callee = *reinterpret_cast<const Code*>(slot.lvalue);
   const uint32_t level = x.argBase + (i->n >> 8);
   const uint32_t count = i->n & 0xFF;
-  x.i.argCounts[level] = static_cast<int32_t>(count);
-  slot.SetInt(0);
-  slot.lvalue = nullptr;
+  if (!slot.IsPlain()) [[unlikely]]
+    return CallEndSlow(x, i, S, L);
   const Instruction* first = x.EnterPlain(callee, &slot, i + 1, level, count);
-  if (!first) [[unlikely]] {
-    x.StandAt(S, i->k, i->at);
-    first = x.Enter(*callee.block, callee.kind, *x.i.thisObject, nullptr, &slot, i + 1, level, count, false);
-  }
+  if (!first) [[unlikely]]
+    return CallEndSlow(x, i, S, L);
+  x.i.argCounts[level] = static_cast<int32_t>(count);
+  PutInteger(slot, 0);
+  slot.lvalue = nullptr;
   VL_GO_ANEW(first);
 }
 
@@ -174,19 +203,30 @@ const Instruction* NewClass(CExecutor& x, const Instruction* i, CValue* S, CValu
   VL_GO(i + 1);
 }
 
-const Instruction* FixedCall(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+namespace {
+
+VL_NOINLINE const Instruction* FixedCallSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const auto& row = *static_cast<const MemberRow*>(i->a.pointer);
   auto& object = *static_cast<CIBaseClassImpl*>(const_cast<void*>(i->b.pointer));
+  x.StandAt(S, i->k, i->at);
+  S[i->k].ForgetTarget();
+  return RunMember(x, i, S, L, object, row, row.id, x.argBase + (i->n >> 8), i->n & 0xFF);
+}
+
+}  // namespace
+
+const Instruction* FixedCall(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const auto& row = *static_cast<const MemberRow*>(i->a.pointer);
   CValue& slot = S[i->k];
-  slot.ForgetTarget();
-  const uint32_t level = x.argBase + (i->n >> 8);
+  const uint32_t nest = i->n >> 8;
+  const uint32_t count = i->n & 0xFF;
   if (row.onNumbers && slot.IsPlain() &&
-      row.onNumbers(x.bank + (i->n >> 8) * limits::kArgumentsPerLevel, i->n & 0xFF, slot)) {
-    x.i.argCounts[level] = i->n & 0xFF;
+      row.onNumbers(x.bank + nest * limits::kArgumentsPerLevel, static_cast<int>(count), slot)) {
+    x.i.argCounts[x.argBase + nest] = static_cast<int32_t>(count);
+    slot.lvalue = nullptr;
     VL_GO(i + 1);
   }
-  x.StandAt(S, i->k, i->at);
-  return RunMember(x, i, S, L, object, row, row.id, x.argBase + (i->n >> 8), i->n & 0xFF);
+  return FixedCallSlow(x, i, S, L);
 }
 
 const Instruction* ThisValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
@@ -259,8 +299,7 @@ VL_NOINLINE void BeginMemberCall(CExecutor& x, const Instruction* i, CValue* S) 
   x.pending.push_back(call);
 }
 
-VL_NOINLINE void EndClassCall(CExecutor& x, const Instruction* i, CValue* S, const CExecutor::Pending& call,
-                              Token token) {
+void EndClassCall(CExecutor& x, const Instruction* i, CValue* S, const CExecutor::Pending& call, Token token) {
   const uint32_t level = x.argBase + (i->n >> 8);
   const uint32_t count = i->n & 0xFF;
   x.i.argCounts[level] = static_cast<int32_t>(count);
@@ -287,7 +326,9 @@ const Instruction* MemberCallBegin(CExecutor& x, const Instruction* i, CValue* S
   VL_GO(i + 1);
 }
 
-const Instruction* MemberCallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+namespace {
+
+VL_NOINLINE const Instruction* EndMemberCall(CExecutor& x, const Instruction* i, CValue* S) {
   const CExecutor::Pending call = x.pending.back();
   x.StandAt(S, i->k, i->at);
   if (call.block) {
@@ -301,11 +342,17 @@ const Instruction* MemberCallEnd(CExecutor& x, const Instruction* i, CValue* S, 
     const CodeKind kind = object == &x.i ? CodeKind::Function : CodeKind::Method;
     const Instruction* first = x.Enter(*call.block, kind, *object, object, &slot, i + 1, level, count, false);
     x.pending.pop_back();
-    VL_GO_ANEW(first);
+    return first;
   }
   EndClassCall(x, i, S, call, x.i.At(static_cast<uint32_t>(i->a.number)));
-  if (i->target.target && x.i.readCursor != x.i.At(i->at)) VL_GO(i->target.target);
-  VL_GO(i + 1);
+  return i->target.target && x.i.readCursor != x.i.At(i->at) ? i->target.target : i + 1;
+}
+
+}  // namespace
+
+const Instruction* MemberCallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const Instruction* next = EndMemberCall(x, i, S);
+  VL_GO_ANEW(next);
 }
 
 namespace {

@@ -62,6 +62,19 @@ void TakeResult(CExecutor& x, const Instruction* i, CValue* S, CValue& value) {
   if (x.code->kind != CodeKind::Global) S[0].Assign(value);
 }
 
+VL_NOINLINE const Instruction* LeaveSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const Instruction* next = x.Leave();
+  VL_GO_ANEW(next);
+}
+
+VL_NOINLINE const Instruction* ReturnSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& slot = S[1];
+  const auto kind = static_cast<OperandKind>(i->n);
+  if (kind != kSlot) LoadOperand(x, slot, kind, i->b, L);
+  TakeResult(x, i, S, slot);
+  return LeaveSlow(x, i, S, L);
+}
+
 template <Trace T, OperandKind B>
 const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[1];
@@ -70,13 +83,12 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
       (T == kForgets || B == kSlot || slot.IsPlain())) {
     PutNumber(S[0], *value);
     if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
-  } else {
-    if (B != kSlot) LoadOperand(x, slot, B, i->b, L);
-    TakeResult(x, i, S, slot);
+    const Instruction* next = x.LeavePlain();
+    if (!next) [[unlikely]]
+      return LeaveSlow(x, i, S, L);
+    VL_GO_ANEW(next);
   }
-  const Instruction* next = x.LeavePlain();
-  if (!next) next = x.Leave();
-  VL_GO_ANEW(next);
+  return ReturnSlow(x, i, S, L);
 }
 
 }  // namespace
