@@ -252,7 +252,9 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
       i.at = token;
       i.a.number = nest_;
       if (chains || next == TK_ASSIGN) SideExit(instruction, e, k, chains);
-      if (!IsDropped(e, k)) NoteMember(token);
+      // What is assigned to has no value that could be seen.
+      const bool isTarget = next == TK_ASSIGN && e.ops.size() == 1;
+      if (!isTarget && !IsDropped(e, k)) NoteMember(token);
       if (!chains) {
         PushSlot(k);
         return;
