@@ -5,7 +5,9 @@
 #include "gfx2d/script/gfx2d_classes.h"
 #include "host/appfile/errors.h"
 #include "host/globals.h"
+#include "input/script/input_classes.h"
 #include "interpreter/interpretor.h"
+#include "platform/device_queue.h"
 #include "platform/run_files.h"
 #include "ui/ui_classes.h"
 
@@ -18,6 +20,7 @@ const ClassRegistry& PlayerClasses() {
     RegisterGfx2dClasses(r);
     RegisterEngine3dClasses(r);
     RegisterUiClasses(r);
+    RegisterInputClasses(r);
     return r;
   }();
   return registry;
@@ -42,9 +45,12 @@ RunResult Run::Execute() {
     RunFiles files(services_.files);
     Services services = services_;
     services.files = &files;
+    DeviceQueue devices(*services.events, services.windows, services.input);
+    services.events = services.devices = &devices;
     CInterpretor interpreter(param, services, PlayerClasses());
     if (!interpreter.Init()) {
       errorDetail = StatusText(interpreter.appStatus);
+      if (services_.windows) services_.windows->showMessage(param.path, errorDetail);
       return RunResult::Unreadable;
     }
     if (keepGlobals_) interpreter.onEnd = [&] { globals = GlobalsToJson(interpreter); };

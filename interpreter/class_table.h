@@ -67,6 +67,8 @@ struct ClassRegistry {
   const ClassTable* tables[kClassCount + 1] = {};
   // Attaches a Window object to the host's window; null in a build without windows.
   void (*attachWindow)(CInterpretor& interpreter) = nullptr;
+  // Makes the GameInput object of an application that starts with one; null in a build without game input.
+  CIBaseClassImpl* (*makeDefaultGameInput)(CInterpretor& interpreter) = nullptr;
   // Makes the window tree's message queue; null in a build without windows.
   std::unique_ptr<CMessageSource> (*makeMessageSource)(CInterpretor& interpreter) = nullptr;
 

@@ -5,6 +5,7 @@
 // the event queue of the platform.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -49,6 +50,13 @@ class CTimed {
  public:
   virtual ~CTimed() = default;
   virtual void Step(uint32_t nowMs) = 0;
+};
+
+// Told of the window that has become the active one.
+class CWindowFollower {
+ public:
+  virtual ~CWindowFollower() = default;
+  virtual void WindowBecameActive(uint32_t handle) = 0;
 };
 
 // What a subsystem keeps for the length of the interpreter: surfaces' palettes, the window tree and the like.
@@ -162,6 +170,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void RemoveTimed(uint32_t node);
   // Work of other subsystems at each poll (video, network, downloads).
   void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
+  void Poll();
   void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
 
   // --- Strings of conversions ---
@@ -248,7 +257,9 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CIBaseClassImpl* currentWindow = nullptr;
   CIBaseClassImpl* mainWindow = nullptr;
   CIBaseClassImpl* defaultGameInput = nullptr;
+  CWindowFollower* windowFollower = nullptr;  // the current game input
   int32_t newsSinceCollection = 0;
+  uint64_t collectAboveBytes = limits::kCollectAfterBytes;
   int32_t collectionThreshold = 1000;
   bool terminating = false;
   uint32_t nextObjectNumber = 0x00400000;
@@ -366,6 +377,14 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // True when the program takes the error over.
   bool TakeOver(const CIError& error);
 
+  // The tick collects when enough is new, by number or by size.
+  void CountNewObject() {
+    ++newsSinceCollection;
+    // A program that wants none says so by the largest threshold.
+    if (budget.Used() <= collectAboveBytes || collectionThreshold == INT32_MAX) return;
+    newsSinceCollection = std::max(newsSinceCollection, collectionThreshold + 1);
+  }
+
   // Statements.
   void Action(uint16_t kind);
   void DoIf();
@@ -413,7 +432,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Tick();
   void WatchForStop();
   void StepTimed(uint32_t nowMs);
-  void Poll();
   bool FilterAndDispatch();
   bool RunProgram(bool& restart);
   void Prepare(bool attach);

@@ -173,6 +173,10 @@ void CInterpretor::Prepare(bool attach) {
     fixedObjects[id] = info->table->create(*this);
     fixedObjects[id]->Create();
   }
+  if (app && app->currentPart && app->currentPart->gameInputUsed != 0 && registry.makeDefaultGameInput &&
+      ClassInfo(CLASS_GAMEINPUT)) {
+    defaultGameInput = registry.makeDefaultGameInput(*this);
+  }
   if (attach && registry.attachWindow && ClassInfo(CLASS_WINDOW)) registry.attachWindow(*this);
   EnterFunctions();
   PrepareNames();
@@ -262,6 +266,7 @@ void CInterpretor::Reset() {
   fixedObjects.fill(nullptr);
   errorHook = nullptr;
   currentWindow = mainWindow = defaultGameInput = nullptr;
+  windowFollower = nullptr;
   refreshList.Clear();
   filterCount = 0;
   timed.Clear();

@@ -7,10 +7,13 @@
 #include "platform/environment.h"
 #include "platform/events.h"
 #include "platform/file_system.h"
+#include "platform/input_devices.h"
 #include "platform/text_engine.h"
 #include "platform/window_system.h"
 
 namespace vl {
+
+class DeviceQueue;
 
 struct Services {
   Clock* clock = nullptr;
@@ -19,6 +22,8 @@ struct Services {
   TextEngine* text = nullptr;
   FileSystem* files = nullptr;
   Environment* environment = nullptr;
+  InputDevices* input = nullptr;   // the back end's
+  DeviceQueue* devices = nullptr;  // the run's, over `events`; back ends leave it null
 };
 
 }  // namespace vl

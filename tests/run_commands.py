@@ -63,7 +63,7 @@ def expect(condition, why):
 def wrong_usage(b):
     b.write("a.vlq", "x = 1;")
     for args in ([], ["nonsense"], ["run"], ["run", "--nope", "a.vlq"], ["run", "a.vlq", "--size", "big"],
-                 ["run", "a.vlq", "--size", "0x0"], ["run", "a.vlq", "--clock", "slow"], ["run", "a.vlq", "--max-time", "-1"],
+                 ["run", "a.vlq", "--size", "0x0"], ["run", "a.vlq", "--clock", "slow"], ["run", "a.vlq", "--scale", "big"], ["run", "a.vlq", "--max-time", "-1"],
                  ["run", "a.vlq", "--param", "novalue"], ["run", "a.vlq", "--headless", "--input", "absent.jsonl"],
                  ["pack"], ["extract", "a.vlp"], ["check"], ["reference", "Nothing"], ["info"], ["tokens"]):
         _, err = b.run(*args, status=64)
@@ -74,9 +74,38 @@ def wrong_input_lines(b):
     b.write("a.vlq", "x = 1;")
     for line in ("{", "[]", "{}", '{"at": 1}', '{"at": 1, "type": "nonsense"}', '{"at": "x", "type": "close"}',
                  '{"at": 1, "type": "key", "key": "NoSuchKey"}', '{"at": -5, "type": "resize", "width": 1}',
-                 '{"at": 1, "type": "key", "key": "F99999999999"}'):
+                 '{"at": 1, "type": "key", "key": "F99999999999"}', '{"at": 1, "type": "joystick"}',
+                 '{"at": 1, "type": "joystick", "axis": 0}', '{"at": 1, "type": "mouse", "button": "fifth"}'):
         b.write("in.jsonl", line + "\n")
         b.run("run", "a.vlq", "--headless", "--input", "in.jsonl", status=64)
+
+
+def recorded_input_replays(b):
+    b.write("a.vlq", "Wait(900); g = New GameInput(); Wait(20);")
+    lines = [
+        {"at": 10, "type": "key", "code": 160, "down": True, "mods": ["shift"]},
+        {"at": 20, "type": "char", "code": 233},
+        {"at": 30, "type": "mouse", "x": 5, "y": 6, "button": "right", "down": True, "double": True},
+        {"at": 30, "type": "mouse", "x": 5, "y": 6, "button": "fourth", "down": False},
+        {"at": 40, "type": "mouse", "x": -7, "y": 8},
+        {"at": 50, "type": "mouse", "dx": -7, "dy": 8},
+        {"at": 60, "type": "wheel", "delta": -120, "x": 1, "y": 2},
+        {"at": 70, "type": "resize", "width": 300, "height": 200},
+        {"at": 80, "type": "focus", "down": False},
+        {"at": 100, "type": "joystick", "joystick": 3, "attach": "A pad, of sorts", "axes": 4, "rotations": 2,
+         "buttons": 11, "hats": 1},
+        {"at": 110, "type": "joystick", "joystick": 3, "axis": 1, "value": -65535},
+        {"at": 120, "type": "joystick", "joystick": 3, "rotation": 0, "value": 77},
+        {"at": 130, "type": "joystick", "joystick": 3, "button": 10, "down": True},
+        {"at": 140, "type": "joystick", "joystick": 3, "hat": 0, "value": 31500},
+        {"at": 150, "type": "joystick", "joystick": 3, "detach": True},
+        {"at": 160, "type": "joystick", "joystick": 0, "attach": "", "axes": 0, "rotations": 0, "buttons": 0, "hats": 0},
+    ]
+    b.write("in.jsonl", "".join(json.dumps(line) + "\n" for line in lines))
+    b.run("run", "a.vlq", "--headless", "--input", "in.jsonl", "--record", "out.jsonl", status=0)
+    with open(os.path.join(b.folder, "out.jsonl"), encoding="utf-8") as file:
+        recorded = [json.loads(line) for line in file]
+    expect(recorded == lines, f"recorded {recorded}")
 
 
 def help_texts(b):
@@ -85,7 +114,7 @@ def help_texts(b):
         expect(b"--help" in out, f"{command}: no help")
     out, _ = b.run("run", "--help")
     for option in ("--headless", "--clock", "--param", "--args", "--detached", "--size", "--max-time", "--input", "--record",
-                   "--screenshot", "--globals", "--seed"):
+                   "--screenshot", "--globals", "--seed", "--scale", "--full-screen", "--frames", "--no-shell", "--no-settings"):
         expect(option.encode() in out, f"{option} isn't in the help of run")
         man = open(os.path.join(ROOT, "packaging", "vorlane.1")).read()
         expect(f"Fl -{option[2:]}" in man, f"{option} isn't in the man page")
@@ -102,6 +131,42 @@ def statuses_of_run(b):
         expect(err.rstrip("\n").split("\n")[-1] == line, f"last line {err!r}")
     b.run("run", "good.vlq", "--headless", "--globals", "out.json")
     expect(json.loads(b.read("out.json")) == {"x": 1}, "globals in a file")
+
+
+def frames_in_a_folder(b):
+    app = os.path.join(ROOT, "examples", "follow")
+    b.run("run", app, "--headless", "--max-time", "500", "--size", "320x240", "--frames", "out")
+    names = sorted(os.listdir(b.path("out")))
+    expect(len(names) >= 4, f"too few frames: {names}")
+    times = [int(n[7:15]) for n in names]
+    expect(times == sorted(times) and [int(n[:6]) for n in names] == list(range(1, len(names) + 1)), names)
+    pictures = [b.read("out/" + n) for n in names]
+    expect(all(a != c for a, c in zip(pictures, pictures[1:])), "the same picture twice")
+    b.run("run", app, "--headless", "--max-time", "500", "--size", "320x240", "--frames", "again")
+    expect([b.read("again/" + n) for n in sorted(os.listdir(b.path("again")))] == pictures, "another run, other frames")
+    b.write("a.vlq", "x = 1;")
+    _, err = b.run("run", "a.vlq", "--headless", "--frames", "out", status=64)
+    expect("isn't empty" in err, err)
+    b.run("run", "a.vlq", "--headless", "--frames", "a.vlq", status=64)
+
+
+def no_display(b):
+    b.write("a.vlq", "x = 1;")
+    clean = {k: v for k, v in os.environ.items() if k not in ("DISPLAY", "WAYLAND_DISPLAY", "SDL_VIDEODRIVER")}
+    done = subprocess.run([b.vorlane, "run", "a.vlq", "--no-settings"], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                          stdin=subprocess.DEVNULL, cwd=b.folder, timeout=60, env=clean)
+    err = done.stderr.decode()
+    expect(done.returncode == 64 and err.count("\n") == 1 and "--headless" in err, f"{done.returncode}: {err}")
+
+
+def a_broken_settings_file(b):
+    os.makedirs(b.path("config", "vorlane"))
+    b.write("config/vorlane/settings.toml", "scaling = 'huge'\n")
+    b.write("a.vlq", "x = 1;")
+    env = dict(os.environ, XDG_CONFIG_HOME=b.path("config"), SDL_VIDEODRIVER="dummy")
+    done = subprocess.run([b.vorlane, "run", "a.vlq"], stderr=subprocess.PIPE, cwd=b.folder, timeout=60, env=env)
+    expect(done.returncode == 64 and b"settings.toml: line 1: scaling must be" in done.stderr, done.stderr)
+    b.run("run", "a.vlq", "--headless")
 
 
 def unreadable_applications(b):
@@ -231,7 +296,8 @@ def absurd_sizes(b):
         b.run("run", "absurd.vlp", "--headless", "--max-time", "50", status=(0, 1, 2))
 
 
-TESTS = [wrong_usage, wrong_input_lines, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
+TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
+         recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
          reference_as_json, cut_files, flipped_bits, absurd_sizes]
 

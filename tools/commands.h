@@ -16,13 +16,18 @@ struct RunCommand {
   std::vector<std::string> parameters;  // NAME=VALUE
   std::string arguments;
   bool detached = false;
-  std::string size = "640x480";
+  std::string size;     // empty: as the settings say
+  std::string scaling;  // the same
+  bool fullScreen = false;
+  bool noShell = false;
+  bool noSettings = false;
   uint64_t maxTimeMs = 0;
   std::string inputFile;
   std::string recordFile;
   std::string screenshotFile;
   std::string globalsFile;
   std::string walker = "prepared";
+  std::string framesFolder;
   bool hasSeed = false;
   uint32_t seed = 0;
   int Execute() const;

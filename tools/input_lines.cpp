@@ -16,26 +16,70 @@ struct KeyName {
   int32_t code;
 };
 constexpr KeyName kKeyNames[] = {
-    {"BACKSPACE", kKeyBack},  {"TAB", kKeyTab},   {"ENTER", kKeyReturn},  {"RETURN", kKeyReturn}, {"SHIFT", kKeyShift},
-    {"CONTROL", kKeyControl}, {"ALT", kKeyMenu},  {"ESCAPE", kKeyEscape}, {"SPACE", kKeySpace},   {"PAGEUP", kKeyPrior},
-    {"PAGEDOWN", kKeyNext},   {"END", kKeyEnd},   {"HOME", kKeyHome},     {"LEFT", kKeyLeft},     {"UP", kKeyUp},
-    {"RIGHT", kKeyRight},     {"DOWN", kKeyDown}, {"INSERT", kKeyInsert}, {"DELETE", kKeyDelete},
+    {"BACKSPACE", kKeyBack},
+    {"TAB", kKeyTab},
+    {"ENTER", kKeyReturn},
+    {"RETURN", kKeyReturn},
+    {"SHIFT", kKeyShift},
+    {"CONTROL", kKeyControl},
+    {"ALT", kKeyMenu},
+    {"ESCAPE", kKeyEscape},
+    {"SPACE", kKeySpace},
+    {"PAGEUP", kKeyPrior},
+    {"PAGEDOWN", kKeyNext},
+    {"END", kKeyEnd},
+    {"HOME", kKeyHome},
+    {"LEFT", kKeyLeft},
+    {"UP", kKeyUp},
+    {"RIGHT", kKeyRight},
+    {"DOWN", kKeyDown},
+    {"INSERT", kKeyInsert},
+    {"DELETE", kKeyDelete},
+    {"LSHIFT", kKeyLeftShift},
+    {"RSHIFT", kKeyRightShift},
+    {"LCONTROL", kKeyLeftControl},
+    {"RCONTROL", kKeyRightControl},
+    {"LALT", kKeyLeftMenu},
+    {"RALT", kKeyRightMenu},
 };
 
+// A number of a line, which must be whole and in range: JSON has larger ones.
+int64_t Number(const json& line, const char* name, int64_t least, int64_t most) {
+  const json& value = line.at(name);
+  const auto refuse = [name] {
+    throw std::runtime_error(std::string("\"") + name + "\" is not a number in its range");
+  };
+  if (!value.is_number()) refuse();
+  // All that is allowed here is exact in a double too.
+  const double number = value.get<double>();
+  if (!(number >= static_cast<double>(least) && number <= static_cast<double>(most))) refuse();
+  const auto whole = static_cast<int64_t>(number);
+  if (static_cast<double>(whole) != number) refuse();
+  return whole;
+}
+
+int32_t Int(const json& line, const char* name) {
+  return static_cast<int32_t>(Number(line, name, INT32_MIN, INT32_MAX));
+}
+
+int32_t Int(const json& line, const char* name, int32_t ifMissing) {
+  return line.contains(name) ? Int(line, name) : ifMissing;
+}
+
 int32_t KeyCode(const json& line) {
-  if (line.contains("code")) return line.at("code").get<int32_t>();
+  if (line.contains("code")) return Int(line, "code");
   std::string name = line.at("key").get<std::string>();
   for (char& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   if (name.size() == 1) return static_cast<unsigned char>(name[0]);
   for (const KeyName& key : kKeyNames) {
     if (name == key.name) return key.code;
   }
-  if (name.size() > 1 && name[0] == 'F') return kKeyF1 + std::stoi(name.substr(1)) - 1;
+  if (name.size() > 1 && name.size() <= 3 && name[0] == 'F') return kKeyF1 + std::stoi(name.substr(1)) - 1;
   throw std::runtime_error("unknown key \"" + name + "\"");
 }
 
 int32_t CharCode(const json& line) {
-  if (line.contains("code")) return line.at("code").get<int32_t>();
+  if (line.contains("code")) return Int(line, "code");
   const std::string text = line.at("char").get<std::string>();
   if (text.size() == 1) return static_cast<unsigned char>(text[0]);
   // Two bytes of UTF-8 cover the upper half of the code page that Latin-1 shares.
@@ -47,12 +91,81 @@ int32_t Button(const std::string& name) {
   if (name == "left") return 1;
   if (name == "middle") return 2;
   if (name == "right") return 3;
-  throw std::runtime_error("\"button\" must be left, middle or right");
+  if (name == "fourth") return 4;
+  throw std::runtime_error("\"button\" must be left, middle, right or fourth");
+}
+
+const char* ButtonName(int32_t button) {
+  constexpr const char* kNames[] = {"", "left", "middle", "right", "fourth"};
+  return button >= 1 && button <= 4 ? kNames[button] : "";
+}
+
+void ParseJoystick(const json& line, TimedInput& input) {
+  vl_input_event& e = input.event;
+  e.code = Int(line, "joystick", 0);
+  const auto position = [&](const char* what, int32_t type) {
+    e.type = type;
+    e.x = Int(line, what);
+    e.y = Int(line, "value");
+  };
+  if (line.contains("attach")) {
+    e.type = VL_INPUT_JOYSTICK_ATTACH;
+    for (const char* count : {"axes", "rotations", "buttons", "hats"}) {
+      input.text += std::to_string(Int(line, count, 0)) + " ";
+    }
+    input.text += line.at("attach").get<std::string>();
+  } else if (line.contains("detach")) {
+    e.type = VL_INPUT_JOYSTICK_DETACH;
+  } else if (line.contains("axis")) {
+    position("axis", VL_INPUT_JOYSTICK_AXIS);
+  } else if (line.contains("rotation")) {
+    position("rotation", VL_INPUT_JOYSTICK_ROTATION);
+  } else if (line.contains("hat")) {
+    position("hat", VL_INPUT_JOYSTICK_HAT);
+  } else if (line.contains("button")) {
+    e.type = VL_INPUT_JOYSTICK_BUTTON;
+    e.x = Int(line, "button");
+    e.down = line.value("down", true);
+  } else {
+    throw std::runtime_error("a joystick line needs attach, detach, axis, rotation, button or hat");
+  }
+}
+
+void FormatJoystick(const vl_input_event& e, const std::string& text, json& line) {
+  line["type"] = "joystick";
+  line["joystick"] = e.code;
+  switch (e.type) {
+    case VL_INPUT_JOYSTICK_ATTACH: {
+      std::istringstream words(text);
+      for (const char* count : {"axes", "rotations", "buttons", "hats"}) {
+        int value = 0;
+        words >> value;
+        line[count] = value;
+      }
+      std::string name;
+      words.get();
+      std::getline(words, name);
+      line["attach"] = name;
+      break;
+    }
+    case VL_INPUT_JOYSTICK_DETACH:
+      line["detach"] = true;
+      break;
+    case VL_INPUT_JOYSTICK_BUTTON:
+      line["button"] = e.x;
+      line["down"] = e.down != 0;
+      break;
+    default:
+      line[e.type == VL_INPUT_JOYSTICK_AXIS ? "axis" : e.type == VL_INPUT_JOYSTICK_ROTATION ? "rotation" : "hat"] = e.x;
+      line["value"] = e.y;
+      break;
+  }
 }
 
 TimedInput ParseLine(const json& line) {
   TimedInput input;
-  input.atMs = line.at("at").get<uint64_t>();
+  constexpr int64_t kLongestMs = int64_t{1} << 53;
+  input.atMs = static_cast<uint64_t>(Number(line, "at", 0, kLongestMs));
   vl_input_event& e = input.event;
   const std::string type = line.at("type").get<std::string>();
   if (line.contains("mods")) {
@@ -61,8 +174,8 @@ TimedInput ParseLine(const json& line) {
       e.mods |= name == "shift" ? 1 : name == "control" ? 2 : name == "alt" ? 4 : 0;
     }
   }
-  e.x = line.value("x", 0);
-  e.y = line.value("y", 0);
+  e.x = Int(line, "x", 0);
+  e.y = Int(line, "y", 0);
   if (type == "key") {
     e.type = VL_INPUT_KEY;
     e.code = KeyCode(line);
@@ -75,19 +188,38 @@ TimedInput ParseLine(const json& line) {
     if (line.contains("button")) {
       e.code = Button(line.at("button").get<std::string>());
       e.down = line.value("double", false) ? 2 : line.value("down", true) ? 1 : 0;
+    } else if (line.contains("dx") || line.contains("dy")) {
+      e.down = 1;
+      e.x = Int(line, "dx", 0);
+      e.y = Int(line, "dy", 0);
     }
   } else if (type == "wheel") {
     e.type = VL_INPUT_WHEEL;
-    e.code = line.at("delta").get<int32_t>();
+    e.code = Int(line, "delta");
   } else if (type == "close") {
     e.type = VL_INPUT_CLOSE;
   } else if (type == "resize") {
     e.type = VL_INPUT_RESIZE;
-    e.x = line.at("width").get<int32_t>();
-    e.y = line.at("height").get<int32_t>();
+    e.x = Int(line, "width");
+    e.y = Int(line, "height");
   } else if (type == "focus") {
     e.type = VL_INPUT_FOCUS;
     e.down = line.value("down", true);
+  } else if (type == "joystick") {
+    ParseJoystick(line, input);
+  } else if (type == "minimize") {
+    e.type = VL_INPUT_MINIMIZE;
+  } else if (type == "maximize") {
+    e.type = VL_INPUT_MAXIMIZE;
+  } else if (type == "restore") {
+    e.type = VL_INPUT_RESTORE;
+  } else if (type == "move") {
+    e.type = VL_INPUT_MOVE;
+  } else if (type == "display") {
+    e.type = VL_INPUT_DISPLAY;
+    e.x = line.at("width").get<int32_t>();
+    e.y = line.at("height").get<int32_t>();
+    e.code = line.value("depth", 32);
   } else {
     throw std::runtime_error("unknown type \"" + type + "\"");
   }
@@ -127,10 +259,10 @@ std::string FormatInputLine(const TimedInput& input) {
       break;
     case VL_INPUT_MOUSE:
       line["type"] = "mouse";
-      line["x"] = e.x;
-      line["y"] = e.y;
+      line[e.code == 0 && e.down == 1 ? "dx" : "x"] = e.x;
+      line[e.code == 0 && e.down == 1 ? "dy" : "y"] = e.y;
       if (e.code) {
-        line["button"] = e.code == 1 ? "left" : e.code == 2 ? "middle" : "right";
+        line["button"] = ButtonName(e.code);
         line["down"] = e.down != 0;
         if (e.down == 2) line["double"] = true;
       }
@@ -153,6 +285,34 @@ std::string FormatInputLine(const TimedInput& input) {
       line["type"] = "focus";
       line["down"] = e.down != 0;
       break;
+    case VL_INPUT_JOYSTICK_ATTACH:
+    case VL_INPUT_JOYSTICK_DETACH:
+    case VL_INPUT_JOYSTICK_AXIS:
+    case VL_INPUT_JOYSTICK_ROTATION:
+    case VL_INPUT_JOYSTICK_BUTTON:
+    case VL_INPUT_JOYSTICK_HAT:
+      FormatJoystick(e, e.text ? e.text : input.text, line);
+      break;
+    case VL_INPUT_MINIMIZE:
+      line["type"] = "minimize";
+      break;
+    case VL_INPUT_MAXIMIZE:
+      line["type"] = "maximize";
+      break;
+    case VL_INPUT_RESTORE:
+      line["type"] = "restore";
+      break;
+    case VL_INPUT_MOVE:
+      line["type"] = "move";
+      line["x"] = e.x;
+      line["y"] = e.y;
+      break;
+    case VL_INPUT_DISPLAY:
+      line["type"] = "display";
+      line["width"] = e.x;
+      line["height"] = e.y;
+      line["depth"] = e.code;
+      break;
   }
   if (e.mods) {
     json mods = json::array();
@@ -161,7 +321,8 @@ std::string FormatInputLine(const TimedInput& input) {
     if (e.mods & 4) mods.push_back("alt");
     line["mods"] = mods;
   }
-  return line.dump();
+  // A joystick may have any bytes for a name.
+  return line.dump(-1, ' ', false, json::error_handler_t::replace);
 }
 
 }  // namespace vl

@@ -29,7 +29,10 @@ int main(int argc, char** argv) {
       ->take_all();
   runApp->add_option("--args", run.arguments, "The program's command line");
   runApp->add_flag("--detached", run.detached, "A run of its own, without the host's window");
-  runApp->add_option("--size", run.size, "WIDTHxHEIGHT of the host's window")->capture_default_str();
+  runApp->add_option("--size", run.size, "WIDTHxHEIGHT of the host's window (default 640x480)");
+  runApp->add_option("--scale", run.scaling, "How a window of another size shows the picture (default smooth)")
+      ->check(CLI::IsMember({"follow", "integer", "nearest", "smooth"}));
+  runApp->add_flag("--full-screen", run.fullScreen, "Begin on the whole screen");
   runApp->add_option("--max-time", run.maxTimeMs, "Stop as the host would, after MS of the program's clock");
   runApp->add_option("--input", run.inputFile, "Recorded input: JSON lines");
   runApp->add_option("--record", run.recordFile, "Write such a file while a person plays");
@@ -37,6 +40,9 @@ int main(int argc, char** argv) {
   runApp->add_option("--globals", run.globalsFile, "File, or -, for the program's global variables as JSON");
   runApp->add_option("--walker", run.walker, "reference: the plain walk over the tokens, slower, for tests")
       ->check(CLI::IsMember({"prepared", "reference"}));
+  runApp->add_option("--frames", run.framesFolder, "Empty or new folder for a PNG file of each refreshed picture");
+  runApp->add_flag("--no-shell", run.noShell, "Without the player's own keys and menu; Ctrl+F10 shows it");
+  runApp->add_flag("--no-settings", run.noSettings, "Without the settings file, and nothing is remembered");
   CLI::Option* seed = runApp->add_option("--seed", run.seed, "Seed of the random generator");
 
   vl::PackCommand pack;

@@ -12,7 +12,15 @@ Picture FrameTap::NewestPicture() {
 void FrameTap::present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                        std::span<const Rect> dirty) {
   inner_.present(window, pixels, width, height, pitch, dirty);
-  if (width <= 0 || height <= 0 || (inner_.hostWindow() != 0 && window != inner_.hostWindow())) return;
+  if (onPresent) onPresent();
+  if (!keep_ || width <= 0 || height <= 0) return;
+  if (inner_.hostWindow() != 0 && window != inner_.hostWindow()) return;
+  Keep(pixels, width, height, pitch, dirty);
+  // Only this thread writes the picture.
+  if (onPicture) onPicture(picture_);
+}
+
+void FrameTap::Keep(const uint32_t* pixels, int width, int height, int pitch, std::span<const Rect> dirty) {
   const std::lock_guard lock(mutex_);
   const Rect whole{0, 0, width, height};
   // A window of another size has no part of its picture here yet.

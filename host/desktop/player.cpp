@@ -7,6 +7,9 @@ namespace vl {
 Player::Player(const vl_options& options) : options_(options), title_(options.title ? options.title : "Vorlane") {
   options_.title = nullptr;
   text_ = std::make_unique<FreeTypeTextEngine>(fonts_);
+  if (options_.backend == VL_BACKEND_DESKTOP && options_.shell) {
+    shell_ = std::make_unique<Shell>(static_cast<Scaling>(options_.scaling), options_.full_screen != 0);
+  }
 }
 
 Player::~Player() { Stop(); }
@@ -29,9 +32,10 @@ bool Player::MakePlatform(std::string& reason) {
   tap_.reset();
   headless_.reset();
   if (options_.backend == VL_BACKEND_DESKTOP) {
-    // The window that Prepare made serves the first run.
-    if (!sdl_ || hasEnded_) {
-      sdl_.reset();
+    // The window that Prepare made serves all runs.
+    if (sdl_ && hasEnded_) {
+      sdl_->renew(Seed());
+    } else if (!sdl_) {
       SdlOptions sdl;
       sdl.size = {options_.width, options_.height};
       sdl.title = title_;
@@ -39,6 +43,9 @@ bool Player::MakePlatform(std::string& reason) {
       sdl.maxTimeMs = options_.max_time_ms;
       sdl.seed = Seed();
       sdl.text = text_.get();
+      sdl.scaling = static_cast<Scaling>(options_.scaling);
+      sdl.fullScreen = options_.full_screen != 0;
+      sdl.listener = shell_.get();
       sdl_ = SdlPlatform::Create(sdl, reason);
     }
     return sdl_ != nullptr;
@@ -58,7 +65,6 @@ bool Player::MakePlatform(std::string& reason) {
     headless.events = queue_.get();
   }
   headless_ = std::make_unique<HeadlessPlatform>(headless);
-  tap_ = std::make_unique<FrameTap>(headless_->windows());
   return true;
 }
 
@@ -86,10 +92,16 @@ bool Player::AddFile(const std::string& name, const void* bytes, size_t size) {
   return memoryFiles_->Add(name, std::span(static_cast<const uint8_t*>(bytes), size));
 }
 
+void Player::SetTitle(const std::string& title) {
+  title_ = title;
+  if (sdl_) sdl_->setTitle(title);
+}
+
 bool Player::ScriptInput(uint64_t atMs, const vl_input_event& input) {
   TimedEvent timed;
   timed.atMs = atMs;
   if (running_ || !IsVirtual() || !ToEvent(input, timed.event)) return false;
+  if (input.text) timed.blob = input.text;
   script_.push_back(std::move(timed));
   return true;
 }
@@ -97,7 +109,11 @@ bool Player::ScriptInput(uint64_t atMs, const vl_input_event& input) {
 bool Player::SendInput(const vl_input_event& input) {
   Event event;
   if (!queue_ || !running_ || !ToEvent(input, event)) return false;
-  queue_->Push(event);
+  if (input.text) {
+    queue_->PushWithBlob(event, input.text);
+  } else {
+    queue_->Push(event);
+  }
   return true;
 }
 
@@ -107,8 +123,26 @@ bool Player::Start() {
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
   services.files = files_.get();
-  if (tap_) services.windows = tap_.get();
+  tap_ = std::make_unique<FrameTap>(*services.windows, !sdl_ || options_.detached || onFrame);
+  services.windows = tap_.get();
   inputTap_.reset();
+  gate_.reset();
+  if (!IsVirtual()) {
+    gate_ = std::make_unique<RunGate>(*services.clock, *services.events);
+    services.clock = gate_.get();
+    services.events = gate_.get();
+    tap_->onPresent = [gate = gate_.get()] { gate->OnPresent(); };
+  }
+  if (onFrame) {
+    tap_->onPicture = [this, clock = services.clock, startMs = services.clock->nowMs()](const Picture& picture) {
+      onFrame(clock->nowMs() - startMs, picture);
+    };
+  }
+  if (shell_) {
+    shell_->Attach(sdl_.get(), gate_.get());
+    // The box is taken behind the mailbox's lock, which the run passed after it wrote the detail.
+    shell_->errorDetail = [this] { return run_->errorDetail; };
+  }
   if (options_.keep_input) {
     inputTap_ = std::make_unique<InputTap>(*services.events, *services.clock);
     services.events = inputTap_.get();
@@ -134,7 +168,7 @@ bool Player::Start() {
 vl_state Player::Wait(int timeoutMs) {
   if (!running_) return hasEnded_ ? VL_ENDED : VL_IDLE;
   if (sdl_) {
-    if (sdl_->pumpHost(timeoutMs)) return VL_RUNNING;
+    if (sdl_->pumpHost(timeoutMs) || (shell_ && shell_->IsShowingError())) return VL_RUNNING;
   } else {
     std::unique_lock lock(mutex_);
     const auto ended = [this] { return hasEnded_; };
@@ -156,8 +190,22 @@ void Player::Finish() {
   globals = run_->globals;
 }
 
+ShellRequest& Player::TakeRequest() {
+  request_ = {};
+  if (!shell_) return request_;
+  if (auto request = shell_->TakeRequest()) request_ = std::move(*request);
+  return request_;
+}
+
+Scaling Player::CurrentScaling() const {
+  return shell_ ? shell_->CurrentScaling() : static_cast<Scaling>(options_.scaling);
+}
+
+bool Player::IsFullScreen() const { return shell_ ? shell_->IsFullScreen() : options_.full_screen != 0; }
+
 void Player::Stop() {
   if (!running_) return;
+  if (gate_) gate_->OpenForGood();
   // The orderly close reaches the program through its queue; the flag ends one that doesn't look there.
   if (sdl_) {
     sdl_->requestStop();
@@ -173,7 +221,7 @@ void Player::Stop() {
 
 bool Player::Frame(uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height) {
   Picture picture;
-  if (sdl_) {
+  if (sdl_ && !options_.detached) {
     HostPicture shown = sdl_->hostPicture();
     picture = {std::move(shown.pixels), shown.width, shown.height};
   } else if (tap_) {

@@ -14,6 +14,8 @@
 
 #include "host/desktop/frame_tap.h"
 #include "host/desktop/input_tap.h"
+#include "host/desktop/run_gate.h"
+#include "host/desktop/shell/shell.h"
 #include "host/run.h"
 #include "include/vorlane.h"
 #include "platform/headless/headless_platform.h"
@@ -38,12 +40,23 @@ class Player {
   bool SetFile(const std::string& path);
   bool SetBytes(const std::string& name, const void* bytes, size_t size);
   bool AddFile(const std::string& name, const void* bytes, size_t size);
+  void SetTitle(const std::string& title);
   bool ScriptInput(uint64_t atMs, const vl_input_event& input);
   bool SendInput(const vl_input_event& input);
   bool Start();
   vl_state Wait(int timeoutMs);
   void Stop();
   bool Frame(uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
+
+  // Null when a virtual clock can't be held.
+  RunGate* Gate() { return running_ ? gate_.get() : nullptr; }
+  // Null without one.
+  Shell* GetShell() { return shell_.get(); }
+  // Valid until the next call.
+  ShellRequest& TakeRequest();
+  Scaling CurrentScaling() const;
+  bool IsFullScreen() const;
+  std::function<void(uint64_t atMs, const Picture&)> onFrame;
 
   // Null unless the input of the last run was kept.
   const InputTap* Recorded() const { return running_ ? nullptr : inputTap_.get(); }
@@ -74,9 +87,12 @@ class Player {
   std::unique_ptr<PosixClock> clock_;
   std::unique_ptr<ThreadedQueue> queue_;
   std::unique_ptr<HeadlessPlatform> headless_;
-  std::unique_ptr<FrameTap> tap_;  // over headless_
-  std::unique_ptr<InputTap> inputTap_;
+  std::unique_ptr<Shell> shell_;
   std::unique_ptr<SdlPlatform> sdl_;
+  std::unique_ptr<FrameTap> tap_;
+  std::unique_ptr<RunGate> gate_;
+  std::unique_ptr<InputTap> inputTap_;
+  ShellRequest request_;
   std::unique_ptr<Run> run_;
   DeepThread thread_;
   bool running_ = false;

@@ -20,7 +20,10 @@ void Report(char* error, size_t size, const char* text) {
 
 bool IsFrom(int32_t number, int32_t first, int32_t last) { return number >= first && number <= last; }
 
-bool IsKnown(const vl_input_event* event) { return event && IsFrom(event->type, VL_INPUT_KEY, VL_INPUT_FOCUS); }
+bool IsKnown(const vl_input_event* event) {
+  vl::Event known;
+  return event && vl::ToEvent(*event, known);
+}
 
 template <typename F>
 auto Guard(F&& f, decltype(f()) failed) noexcept -> decltype(f()) {
@@ -62,6 +65,10 @@ vl_player* vl_create(const vl_options* options, char* error, size_t error_size) 
   }
   if (options->clock == VL_CLOCK_VIRTUAL && options->backend != VL_BACKEND_HEADLESS) {
     Report(error, error_size, "a virtual clock needs the headless back end");
+    return nullptr;
+  }
+  if (!IsFrom(options->scaling, VL_SCALE_FOLLOW, VL_SCALE_SMOOTH)) {
+    Report(error, error_size, "unknown scaling");
     return nullptr;
   }
   return Guard(
@@ -114,6 +121,22 @@ int vl_set_command_line(vl_player* player, const char* text) {
       0);
 }
 
+void vl_clear_parameters(vl_player* player) {
+  if (!player) return;
+  player->player.parameters.clear();
+  player->player.commandLine.clear();
+}
+
+void vl_set_title(vl_player* player, const char* title) {
+  if (!player || !title) return;
+  Guard(
+      [&] {
+        player->player.SetTitle(title);
+        return 0;
+      },
+      0);
+}
+
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event) {
   if (!player || !IsKnown(event)) return 0;
   return Guard([&] { return static_cast<int>(player->player.ScriptInput(at_ms, *event)); }, 0);
@@ -147,6 +170,80 @@ vl_result vl_get_result(const vl_player* player) {
 
 const char* vl_error(const vl_player* player) { return player ? player->player.error.c_str() : ""; }
 const char* vl_error_detail(const vl_player* player) { return player ? player->player.errorDetail.c_str() : ""; }
+void vl_set_paused(vl_player* player, int paused) {
+  vl::RunGate* const gate = player ? player->player.Gate() : nullptr;
+  if (gate) gate->SetPaused(paused != 0);
+}
+
+int vl_is_paused(const vl_player* player) {
+  vl::RunGate* const gate = player ? const_cast<vl_player*>(player)->player.Gate() : nullptr;
+  return gate && gate->IsPaused();
+}
+
+void vl_step(vl_player* player) {
+  vl::RunGate* const gate = player ? player->player.Gate() : nullptr;
+  if (gate) gate->Step();
+}
+
+vl_action vl_take_request(vl_player* player, const char** text) {
+  if (text) *text = "";
+  if (!player) return VL_ACTION_NONE;
+  return Guard(
+      [&] {
+        const vl::ShellRequest& request = player->player.TakeRequest();
+        if (text) *text = request.path.c_str();
+        return static_cast<vl_action>(request.action);
+      },
+      VL_ACTION_NONE);
+}
+
+int vl_set_shell_key(vl_player* player, vl_action action, int32_t code, int32_t mods) {
+  if (!player || !player->player.GetShell() || !IsFrom(action, VL_ACTION_MENU, VL_ACTION_QUIT)) return 0;
+  player->player.GetShell()->SetKey(static_cast<vl::ShellAction>(action), {code, mods});
+  return 1;
+}
+
+void vl_set_recent(vl_player* player, const char* const* paths, size_t count) {
+  if (!player || !player->player.GetShell() || !paths) return;
+  Guard(
+      [&] {
+        player->player.GetShell()->SetRecent({paths, paths + count});
+        return 0;
+      },
+      0);
+}
+
+void vl_show_note(vl_player* player, const char* text) {
+  if (!player || !player->player.GetShell() || !text) return;
+  Guard(
+      [&] {
+        player->player.GetShell()->ShowNote(text);
+        return 0;
+      },
+      0);
+}
+
+vl_scaling vl_get_scaling(const vl_player* player) {
+  return player ? static_cast<vl_scaling>(player->player.CurrentScaling()) : VL_SCALE_FOLLOW;
+}
+
+int vl_is_full_screen(const vl_player* player) { return player && player->player.IsFullScreen(); }
+
+void vl_on_frame(vl_player* player, vl_frame_function function, void* user) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.onFrame = nullptr;
+        if (function) {
+          player->player.onFrame = [function, user](uint64_t atMs, const vl::Picture& picture) {
+            function(user, atMs, picture.pixels.data(), picture.width, picture.height);
+          };
+        }
+        return 0;
+      },
+      0);
+}
+
 const char* vl_globals(const vl_player* player) { return player ? player->player.globals.c_str() : ""; }
 
 int vl_send_input(vl_player* player, const vl_input_event* event) {

@@ -47,6 +47,14 @@ class HeadlessEnvironment final : public Environment {
   std::vector<std::string> urls_;
 };
 
+// Notes what was asked for. Input comes as positions, as a person at a window would give it.
+class HeadlessInputDevices final : public InputDevices {
+ public:
+  void holdMouse(bool held) override { isMouseHeld = held; }
+
+  bool isMouseHeld = false;
+};
+
 class HeadlessPlatform {
  public:
   explicit HeadlessPlatform(const HeadlessOptions& options);
@@ -67,6 +75,7 @@ class HeadlessPlatform {
   ScriptedQueue& queue() { return queue_; }
   MemoryWindows& windows() { return windows_; }
   HeadlessEnvironment& environment() { return environment_; }
+  HeadlessInputDevices& inputDevices() { return inputDevices_; }
 
  private:
   // Hands out scripted events; those without a window get theirs as late as this.
@@ -75,6 +84,7 @@ class HeadlessPlatform {
     explicit Router(HeadlessPlatform& platform) : platform_(platform) {}
     bool waitEvent(Event& event, int timeoutMs) override;
     std::string takeBlob(uint32_t id) override { return platform_.queue_.takeBlob(id); }
+    bool isExhausted() override { return platform_.queue_.isExhausted(); }
 
    private:
     HeadlessPlatform& platform_;
@@ -85,6 +95,7 @@ class HeadlessPlatform {
   ScriptedQueue queue_;
   MemoryWindows windows_;
   HeadlessEnvironment environment_;
+  HeadlessInputDevices inputDevices_;
   Router router_;
 };
 

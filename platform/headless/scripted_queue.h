@@ -32,6 +32,7 @@ class ScriptedQueue final : public EventQueue {
   // With timeoutMs -1 and no events left it gives false after kIdleStepMs of the clock, so callers can notice.
   bool waitEvent(Event& event, int timeoutMs) override;
   std::string takeBlob(uint32_t id) override;
+  bool isExhausted() override { return IsDone(); }
 
   // Events may come in any order; equal times keep the order given.
   void Script(TimedEvent event);

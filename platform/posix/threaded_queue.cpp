@@ -1,5 +1,6 @@
 #include "platform/posix/threaded_queue.h"
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -9,12 +10,25 @@ namespace {
 // What a run needs to end, and what pairs with something that was let in before.
 bool MustArrive(EventType type) {
   return type == EventType::HostStop || type == EventType::Close || type == EventType::KeyUp ||
-         type == EventType::MouseUp || type == EventType::Blur;
+         type == EventType::MouseUp || type == EventType::Blur || type == EventType::JoystickButton ||
+         type == EventType::JoystickHat || type == EventType::JoystickDetach;
 }
+
+bool IsPosition(EventType type) { return type == EventType::JoystickAxis || type == EventType::JoystickRotation; }
 
 }  // namespace
 
 void ThreadedQueue::PushLocked(const Event& event) {
+  if (events_.size() >= kMaxEvents / 2 && IsPosition(event.type)) {
+    // The newest position of the axis stands for those on the way to it.
+    const auto same = std::find_if(events_.rbegin(), events_.rend(), [&](const Event& waiting) {
+      return waiting.type == event.type && waiting.code == event.code && waiting.x == event.x;
+    });
+    if (same != events_.rend()) {
+      same->y = event.y;
+      return;
+    }
+  }
   if (events_.size() >= kMaxEvents) {
     if (!MustArrive(event.type) || events_.size() >= 2 * kMaxEvents) {
       if (event.type != EventType::HostStop) return;

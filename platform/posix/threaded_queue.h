@@ -1,7 +1,7 @@
 // ThreadedQueue: the event queue between a host's thread and the interpreter's.
 //
 // Any thread pushes; one thread waits. It holds at most kMaxEvents: beyond that mouse moves, and then anything
-// that the run doesn't need to end, are dropped.
+// that the run doesn't need to end, are dropped; of a joystick's axis the newest position stays.
 #pragma once
 
 #include <condition_variable>

@@ -16,12 +16,12 @@ constexpr KeyPair kKeys[] = {
     {SDL_SCANCODE_TAB, kKeyTab},
     {SDL_SCANCODE_RETURN, kKeyReturn},
     {SDL_SCANCODE_KP_ENTER, kKeyReturn},
-    {SDL_SCANCODE_LSHIFT, kKeyShift},
-    {SDL_SCANCODE_RSHIFT, kKeyShift},
-    {SDL_SCANCODE_LCTRL, kKeyControl},
-    {SDL_SCANCODE_RCTRL, kKeyControl},
-    {SDL_SCANCODE_LALT, kKeyMenu},
-    {SDL_SCANCODE_RALT, kKeyMenu},
+    {SDL_SCANCODE_LSHIFT, kKeyLeftShift},
+    {SDL_SCANCODE_RSHIFT, kKeyRightShift},
+    {SDL_SCANCODE_LCTRL, kKeyLeftControl},
+    {SDL_SCANCODE_RCTRL, kKeyRightControl},
+    {SDL_SCANCODE_LALT, kKeyLeftMenu},
+    {SDL_SCANCODE_RALT, kKeyRightMenu},
     {SDL_SCANCODE_PAUSE, kKeyPause},
     {SDL_SCANCODE_CAPSLOCK, kKeyCapital},
     {SDL_SCANCODE_ESCAPE, kKeyEscape},
@@ -37,6 +37,7 @@ constexpr KeyPair kKeys[] = {
     {SDL_SCANCODE_PRINTSCREEN, kKeySnapshot},
     {SDL_SCANCODE_INSERT, kKeyInsert},
     {SDL_SCANCODE_DELETE, kKeyDelete},
+    {SDL_SCANCODE_HELP, kKeyHelp},
     {SDL_SCANCODE_LGUI, kKeyLeftWindows},
     {SDL_SCANCODE_RGUI, kKeyRightWindows},
     {SDL_SCANCODE_APPLICATION, kKeyApps},
@@ -106,9 +107,10 @@ int32_t ControlCharOf(const SDL_Keysym& key) {
   return isControlled && letter >= 'A' && letter <= 'Z' ? letter - 'A' + 1 : 0;
 }
 
-int32_t CurrentMods() {
+int32_t CurrentMods() { return ModsOf(SDL_GetModState()); }
+
+int32_t ModsOf(int keys) {
   int32_t mods = 0;
-  const SDL_Keymod keys = SDL_GetModState();
   if (keys & KMOD_SHIFT) mods |= kModShift;
   if (keys & KMOD_CTRL) mods |= kModControl;
   if (keys & KMOD_ALT) mods |= kModAlt;

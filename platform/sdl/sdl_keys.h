@@ -15,7 +15,10 @@ int32_t VirtualKeyOf(const SDL_Keysym& key);
 // letters with Control.
 int32_t ControlCharOf(const SDL_Keysym& key);
 
-// EventMods of keyboard and mouse buttons as they are now.
+// EventMods of a key event's SDL_Keymod, with the mouse buttons as they are now. A batch of events may be newer than
+// its first key, so a key's own state counts for it.
+int32_t ModsOf(int keys);
+// Both as they are now.
 int32_t CurrentMods();
 
 }  // namespace vl

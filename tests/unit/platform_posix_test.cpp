@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <thread>
 
 #include "platform/posix/posix_clock.h"
@@ -63,6 +64,32 @@ TEST(ThreadedQueue, FloodsDropWhatCanBeMissed) {
   EXPECT_LE(count, ThreadedQueue::kMaxEvents + 1);
   EXPECT_GE(keys, ThreadedQueue::kMaxEvents / 2) << "moves leave room for keys";
   EXPECT_EQ(last.type, EventType::HostStop) << "the end always arrives";
+}
+
+TEST(ThreadedQueue, AFloodOfAJoystickEndsWhereItIs) {
+  ThreadedQueue queue;
+  Event axis;
+  axis.type = EventType::JoystickAxis;
+  Event button;
+  button.type = EventType::JoystickButton;
+  for (int i = 0; i < 20000; ++i) {
+    axis.x = i % 2;
+    axis.y = i;
+    queue.Push(axis);
+  }
+  button.y = 1;
+  queue.Push(button);
+  button.y = 0;
+  queue.Push(button);
+  std::map<int32_t, int32_t> last;
+  size_t buttons = 0;
+  Event e;
+  while (queue.waitEvent(e, 0)) {
+    if (e.type == EventType::JoystickAxis) last[e.x] = e.y;
+    buttons += e.type == EventType::JoystickButton;
+  }
+  EXPECT_EQ(last, (std::map<int32_t, int32_t>{{0, 19998}, {1, 19999}}));
+  EXPECT_EQ(buttons, 2u);
 }
 
 class Folder : public ::testing::Test {

@@ -48,6 +48,44 @@ TEST(WindowMailbox, KeepsTheNewestOfEachWindow) {
   EXPECT_EQ(box.hostSize(), (Size{100, 90}));
 }
 
+TEST(WindowMailbox, WhatAWindowIsLikeIsKeptUntilItIsTaken) {
+  WindowMailbox box({800, 600, 32, 96}, 1, {640, 480}, [] {});
+  const NativeWindow w = box.createWindow({});
+  box.TakeChanges();
+  EXPECT_FALSE(box.IsPlacePending(w));
+  box.resizeWindow(w, 5, 6);
+  EXPECT_TRUE(box.IsPlacePending(w));
+  WindowPicture small;
+  small.width = small.height = 16;
+  WindowPicture big = small;
+  big.width = big.height = 32;
+  box.setIcon(w, big);
+  box.setIcon(w, small);
+  const std::vector<Rect> boxes = {{1, 2, 3, 4}};
+  box.setShape(w, &boxes);
+  box.setCursor(w, CursorShape::Wait);
+  box.setCursorPicture(w, small);
+  box.raiseWindow(w);
+  box.lowerWindow(w);
+  box.setTopMost(w, true);
+  box.setSizeLimits(w, {1, 2}, {3, 4});
+  auto changes = box.TakeChanges();
+  ASSERT_EQ(changes.size(), 1u);
+  EXPECT_FALSE(box.IsPlacePending(w));
+  EXPECT_EQ(changes[0].icon->width, 32) << "the larger one serves the desktop";
+  EXPECT_EQ(**changes[0].shape, boxes);
+  EXPECT_FALSE(changes[0].cursor);
+  EXPECT_EQ(changes[0].cursorPicture->width, 16);
+  EXPECT_TRUE(changes[0].lower);
+  EXPECT_FALSE(changes[0].raise);
+  EXPECT_EQ(changes[0].topMost, true);
+  EXPECT_EQ(changes[0].limits, std::pair(Size{1, 2}, Size{3, 4}));
+  box.setShape(w, nullptr);
+  changes = box.TakeChanges();
+  ASSERT_TRUE(changes[0].shape);
+  EXPECT_FALSE(*changes[0].shape) << "all of the window again";
+}
+
 TEST(WindowMailbox, FramesGatherWhatChanged) {
   WindowMailbox box({}, 1, {4, 2}, [] {});
   const uint32_t picture[] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -99,7 +137,7 @@ TEST(SdlKeys, VirtualKeys) {
       {SDL_SCANCODE_KP_7, SDLK_KP_7, 0, kKeyHome, 0},
       {SDL_SCANCODE_KP_0, SDLK_KP_0, 0, kKeyInsert, 0},
       {SDL_SCANCODE_F12, SDLK_F12, 0, kKeyF1 + 11, 0},
-      {SDL_SCANCODE_RSHIFT, SDLK_RSHIFT, KMOD_RSHIFT, kKeyShift, 0},
+      {SDL_SCANCODE_RSHIFT, SDLK_RSHIFT, KMOD_RSHIFT, kKeyRightShift, 0},
       {SDL_SCANCODE_MUTE, SDLK_MUTE, 0, 0, 0},
   };
   for (const Case& c : cases) {
@@ -245,11 +283,111 @@ TEST_F(Sdl, TheInterpretersThreadMakesWindowsAndPictures) {
   EXPECT_EQ(picture.pixels[19999], 0x123456u);
 }
 
+// What the player keeps from the program, and how the mouse finds its pixel in a scaled picture.
+class KeepsKeys final : public SdlListener {
+ public:
+  bool OnInput(const Event& event, bool onFrame) override {
+    wasOnFrame = onFrame;
+    return event.type == EventType::KeyDown && event.code == kKeyF1;
+  }
+  void OnDrop(const std::string& path) override { dropped = path; }
+  void OnMessage(const std::string& title, const std::string& text) override { message = title + "|" + text; }
+  void OnPumped() override {}
+  bool wasOnFrame = false;
+  std::string message;
+  std::string dropped;
+};
+
+TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
+  setenv("SDL_VIDEODRIVER", "dummy", 1);
+  KeepsKeys listener;
+  SdlOptions options;
+  options.size = {100, 50};
+  options.scaling = Scaling::Nearest;
+  options.listener = &listener;
+  std::string reason;
+  auto platform = SdlPlatform::Create(options, reason);
+  ASSERT_NE(platform, nullptr) << reason;
+  Services services = platform->services();
+  const auto next = [&] {
+    platform->pumpHost(0);
+    Event e;
+    services.events->waitEvent(e, 0);
+    return e;
+  };
+  const std::vector<uint32_t> pixels(100 * 50, 1);
+  const Rect all = {0, 0, 100, 50};
+  services.windows->present(services.windows->hostWindow(), pixels.data(), 100, 50, 100, {&all, 1});
+  Uint32 id = 1;
+  while (!SDL_GetWindowFromID(id)) ++id;
+  SDL_SetWindowSize(SDL_GetWindowFromID(id), 200, 200);
+  while (next().type != EventType::None) {
+  }
+  EXPECT_EQ(services.windows->hostSize(), (Size{100, 50})) << "a scaled program isn't told of another size";
+
+  const auto button = [&](int x, int y) {
+    SDL_Event e{};
+    e.type = SDL_MOUSEBUTTONDOWN;
+    e.button.windowID = id;
+    e.button.button = SDL_BUTTON_LEFT;
+    e.button.clicks = 1;
+    e.button.x = x;
+    e.button.y = y;
+    SDL_PushEvent(&e);
+    return next();
+  };
+  Event got = button(21, 52);
+  EXPECT_EQ(got.type, EventType::MouseDown);
+  EXPECT_EQ(std::pair(got.x, got.y), std::pair(10, 1));
+  EXPECT_FALSE(listener.wasOnFrame);
+  EXPECT_EQ(button(21, 48).type, EventType::None) << "beside the picture";
+  EXPECT_TRUE(listener.wasOnFrame);
+
+  SDL_Event key{};
+  key.type = SDL_KEYDOWN;
+  key.key.windowID = id;
+  key.key.keysym.scancode = SDL_SCANCODE_F1;
+  key.key.keysym.sym = SDLK_F1;
+  SDL_PushEvent(&key);
+  EXPECT_EQ(next().type, EventType::None);
+  services.windows->showMessage("a", "b");
+  platform->pumpHost(0);
+  EXPECT_EQ(listener.message, "a|b");
+
+  // A dropped file is the program's only when it takes files.
+  const auto drop = [&] {
+    SDL_Event e{};
+    e.type = SDL_DROPFILE;
+    e.drop.windowID = id;
+    e.drop.file = SDL_strdup("/games/a.vlp");
+    SDL_PushEvent(&e);
+    return next().type;
+  };
+  EXPECT_EQ(drop(), EventType::None);
+  EXPECT_EQ(listener.dropped, "/games/a.vlp");
+  services.windows->acceptDrops(services.windows->hostWindow(), true);
+  next();
+  EXPECT_EQ(drop(), EventType::DropFile);
+
+  // A second run begins with nothing of the first.
+  services.windows->createWindow({});
+  platform->setScaling(Scaling::Follow);
+  platform->finish();
+  EXPECT_FALSE(platform->pumpHost(0));
+  platform->renew(7);
+  services = platform->services();
+  EXPECT_EQ(services.clock->seed(), 7u);
+  EXPECT_EQ(services.windows->hostSize(), (Size{200, 200}));
+  EXPECT_EQ(next().type, EventType::None);
+  EXPECT_TRUE(platform->pumpHost(0));
+}
+
 TEST(SdlWithoutDisplay, TellsWhyInOneLine) {
   setenv("SDL_VIDEODRIVER", "nonesuch", 1);
   std::string reason;
   EXPECT_EQ(SdlPlatform::Create({}, reason), nullptr);
-  EXPECT_EQ(reason.rfind("no display: ", 0), 0u) << reason;
+  EXPECT_EQ(reason.rfind("no display (", 0), 0u) << reason;
+  EXPECT_NE(reason.find("; --headless runs without one"), std::string::npos) << reason;
   EXPECT_EQ(reason.find('\n'), std::string::npos);
   // A driver that shows nothing counts as a display only for those who ask for it.
   unsetenv("SDL_VIDEODRIVER");

@@ -438,7 +438,7 @@ TEST(VorlaneC, TheFrameWhileAProgramRuns) {
 // --- Input ---
 
 vl_input_event Input(vl_input_type type, int32_t code = 0, int32_t down = 0, int32_t x = 0, int32_t y = 0) {
-  return {type, code, down, x, y, 0};
+  return {type, code, down, x, y, 0, nullptr};
 }
 
 constexpr char kListening[] =
@@ -646,7 +646,7 @@ TEST(VorlaneC, InputThatAPlayerDoesNotTake) {
     Put(bad.type, type);
     EXPECT_EQ(vl_script_input(headless.get(), 5, &bad), 0) << type;
   }
-  for (const int button : {4, -1}) {
+  for (const int button : {5, -1}) {
     const vl_input_event bad = Input(VL_INPUT_MOUSE, button, 1);
     EXPECT_EQ(vl_script_input(headless.get(), 5, &bad), 0) << button;
   }

@@ -166,7 +166,7 @@ class Extractor {
     Number("gameInputReserved", h.gameInputReserved, 0);
     Number("gameInputUsed", h.gameInputUsed, 0);
     Number("gameInputPlayer", h.gameInputPlayer, 0);
-    if (!h.gameInputData.empty()) Line("gameInputData", Quote(File(directory, "gameinput", ".bin", h.gameInputData)));
+    if (!h.gameInputData.empty()) Line("gameInputData", Quote(File(directory, "gameinput", ".txt", h.gameInputData)));
     Number("speedPercent", h.speedPercent, 100);
     if (h.backColor != 0xFFFFFF) Line("backColor", Hex(h.backColor));
     Number("releaseFlag", h.releaseFlag, 1);
