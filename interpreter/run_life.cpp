@@ -199,7 +199,7 @@ void CInterpretor::PrepareNames() {
   }
 }
 
-bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->keeps; }
+bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->traces == kAllTraces; }
 
 // What the executor can't run as a whole is left to the walker.
 void CInterpretor::PrepareExecutor() {

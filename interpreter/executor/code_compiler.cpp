@@ -243,7 +243,7 @@ void CCodeCompiler::EmitExits() {
         if (exit.early) {
           // The value is taken before its end is looked at.
           if (exit.use == Use::Argument) {
-            Emit(handlers::ArgumentOf(x_.keeps, kSlot), exit.k, exit.place << 2 | kSlot).offsetA =
+            Emit(handlers::ArgumentOf(x_.traces, kSlot), exit.k, exit.place << 2 | kSlot).offsetA =
                 static_cast<int64_t>(exit.place * sizeof(CValue));
           }
           if (exit.use == Use::Subscript) {

@@ -75,8 +75,9 @@ void CCodeCompiler::Flush() {
 
 void CCodeCompiler::FlushOperands(const Evaluation& e) {
   const bool isStatement = e.use == Use::Statement || e.use == Use::Increment;
-  const bool keepsTarget = !x_.keeps && code_.kind != CodeKind::Method && isStatement && e.ops.size() > 1 &&
-                           e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 && values_[0].name;
+  const bool keepsTarget = x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement &&
+                           e.ops.size() > 1 && e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 &&
+                           values_[0].name;
   for (size_t v = 0; v < values_.size(); ++v) {
     if (v > 0 || !keepsTarget) FlushOne(values_[v]);
   }
@@ -175,7 +176,7 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
   const uint32_t flags = isStatement ? 1 : 0;
   if (op == TK_INCREMENT || op == TK_DECREMENT) {
     if (!right.isDefault) return false;
-    Instruction& i = Emit(handlers::StepOf(x_.keeps, op, left.kind), 1, op << 1 | flags);
+    Instruction& i = Emit(handlers::StepOf(x_.traces, op, left.kind), 1, op << 1 | flags);
     SetA(i, left);
   } else {
     if (right.isDefault) FlushOne(right);
@@ -187,14 +188,14 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       Instruction& i = all.back();
       const auto a = static_cast<OperandKind>(i.n >> 8 & 3);
       const auto b = static_cast<OperandKind>(i.n >> 10 & 3);
-      i.run = handlers::BinaryStoreOf(x_.keeps, binary, left.kind, a, b);
+      i.run = handlers::BinaryStoreOf(x_.traces, binary, left.kind, a, b);
       i.n = static_cast<uint16_t>(i.n | left.kind << 12 | flags << 14);
       i.k = 1;
       i.target.name = left.name;
       i.offsetTarget = left.name->offset;
     } else {
       Instruction& i =
-          Emit(handlers::StoreOf(x_.keeps, left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
+          Emit(handlers::StoreOf(x_.traces, left.kind, right.kind), 1, flags | left.kind << 1 | right.kind << 3);
       SetA(i, left);
       SetB(i, right);
     }
@@ -240,7 +241,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
   if (op == TK_ASSIGN || op == TK_INCREMENT || op == TK_DECREMENT) {
     if (StoreStatement(op, e)) return;
     const bool isStatement = e.use == Use::Statement && Kind() == TK_SEMICOLON && e.ops.size() == 1 && k == 1;
-    if (op == TK_ASSIGN && isStatement && !x_.keeps && values_.size() == 2) {
+    if (op == TK_ASSIGN && isStatement && x_.traces != kAllTraces && values_.size() == 2) {
       AssignStatement(k);
       return;
     }
@@ -271,7 +272,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     } else {
       lastBinary_ = Here();
       Instruction& i =
-          Emit(handlers::BinaryOf(x_.keeps, op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
+          Emit(handlers::BinaryOf(x_.traces, op, left.kind, right.kind), k, op | left.kind << 8 | right.kind << 10);
       SetA(i, left);
       SetB(i, right);
     }
@@ -444,104 +445,6 @@ void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   Emit(handlers::InnerMember, k);
   SideExit(instruction, e, k, true);
   Members(k, e, MemberFrom::Inner);
-}
-
-void CCodeCompiler::PrimaryElement(uint16_t k, Evaluation& e) {
-  const uint32_t token = at_;
-  NameInfo* name = NameAt(token);
-  MayMake(name);
-  Step1();
-  uint32_t first = at_;
-  while (KindAt(first) != TK_BRACKET_CLOSE) {
-    if (KindAt(first) == TK_END) {
-      Fail();
-      return;
-    }
-    first = Next(first);
-  }
-  const uint32_t behind = Next(first);
-  // One subscript that runs no code.
-  const uint16_t kind = Kind();
-  const bool isSimple = (kind == TK_NAME || kind == TK_DECIMAL) && Next(at_) == first;
-  const bool isFree = code_.kind != CodeKind::Method || name->sure;
-  if (isSimple && isFree && !(name->declared && !name->isLocal)) {
-    Value subscript;
-    if (kind == TK_DECIMAL) {
-      CValue number(&i_);
-      number.SetInt(static_cast<int32_t>(TokenWord(i_.At(at_))));
-      subscript.kind = kConstant;
-      subscript.constant = NumberConstant(number);
-    } else {
-      subscript.name = NameAt(at_);
-      subscript.kind = subscript.name->sure ? kLocal : kName;
-    }
-    if (code_.kind != CodeKind::Method || subscript.kind != kName) {
-      FlushOperands(e);
-      at_ = behind;
-      Value value;
-      value.kind = name->sure ? kLocal : kName;
-      value.name = name;
-      const uint32_t flags = (Kind() == TK_ASSIGN ? 1 : 0) | (IsMemberToken(Kind()) ? 2 : 0);
-      Instruction& i =
-          Emit(handlers::ElementAtOf(x_.keeps, value.kind, subscript.kind), k, flags | subscript.kind << 8);
-      SetA(i, value);
-      SetB(i, subscript);
-      if (flags & 2) {
-        Members(k, e, MemberFrom::Source);
-        return;
-      }
-      PushSlot(k);
-      if (flags & 1) values_.back().lateToken = token;
-      return;
-    }
-  }
-  Flush();
-  const uint32_t unknown = Here();
-  const bool assigns = KindAt(behind) == TK_ASSIGN;
-  Instruction& i = Emit(handlers::ElementOf, k, assigns);
-  i.a.name = name;
-  i.at = behind;
-  Subscripts(k, e, unknown, first, token);
-}
-
-// The subscripts at the cursor and the element; `unknown` is the instruction that goes past both when there is no
-// variable.
-void CCodeCompiler::Subscripts(uint16_t k, Evaluation& e, uint32_t unknown, uint32_t first, uint32_t token) {
-  const bool assigns = KindAt(Next(first)) == TK_ASSIGN;
-  const uint32_t count = ReadSubscripts(k);
-  if (failed_) return;
-  // An unknown array's subscripts end at the first bracket. When that is another's, the walker would go on there.
-  if (assigns && at_ != Next(first)) {
-    Fail();
-    return;
-  }
-  const uint32_t flags = (Kind() == TK_ASSIGN ? 1 : 0) | (IsMemberToken(Kind()) ? 2 : 0);
-  Emit(handlers::ElementEnd, k, count | flags << 8);
-  const uint32_t label = NewLabel();
-  Bind(label);
-  JumpToLabel(unknown, label);
-  if (flags & 2) {
-    Members(k, e, MemberFrom::Source);
-    return;
-  }
-  PushSlot(k);
-  if (assigns) values_.back().lateToken = token;
-}
-
-uint32_t CCodeCompiler::ReadSubscripts(uint16_t base) {
-  for (uint32_t count = 1;; ++count) {
-    Value value = EvaluateNested(base, Use::Subscript);
-    if (failed_) return 0;
-    FlushOne(value);
-    Emit(handlers::Subscript, base);
-    const uint16_t kind = Kind();
-    Step1();
-    if (kind == TK_BRACKET_CLOSE) return count;
-    if (kind != TK_COMMA || count >= CArrayStore::kMaxDimensions) {
-      Fail();
-      return 0;
-    }
-  }
 }
 
 }  // namespace vl

@@ -7,6 +7,8 @@ namespace vl {
 namespace {
 // Once a program takes errors over, any member may leave its slot as it was.
 constexpr const char kErrorEvent[] = "OnError";
+// Collects objects, also in a program that makes none itself.
+constexpr const char kCollector[] = "Flush";
 }  // namespace
 
 // The list behind an opened parenthesis, into the bank; gives the count.
@@ -26,7 +28,7 @@ uint32_t CCodeCompiler::Arguments(uint16_t k) {
       if (failed_) return 0;
       if (value.isDefault) FlushOne(value);
       // A literal text in the bank is put there by way of its slot, as any other value.
-      Instruction& i = Emit(handlers::ArgumentOf(x_.keeps, value.kind), k + 1u, place << 2 | value.kind);
+      Instruction& i = Emit(handlers::ArgumentOf(x_.traces, value.kind), k + 1u, place << 2 | value.kind);
       SetB(i, value);
       i.offsetA = static_cast<int64_t>(place * sizeof(CValue));
       ++count;
@@ -114,6 +116,7 @@ void CCodeCompiler::FixedMember(uint16_t k, Evaluation& e) {
   if (mayBeEvent) SideExit(instruction, e, k, false);
   if (!IsDropped(e, k) && !row->gives) x_.suspects = true;
   if (EqualNoCase(row->name, kErrorEvent)) x_.suspects = true;
+  if (EqualNoCase(row->name, kCollector)) x_.collects = true;
   PushSlot(k);
 }
 

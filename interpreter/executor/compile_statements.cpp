@@ -184,7 +184,7 @@ void CCodeCompiler::Test(uint32_t offset, bool isLoop, bool isIf) {
     const auto of = isLoop ? handlers::CompareLoopOf : handlers::CompareUnlessOf;
     JumpToOffset(Here(), offset);
     Instruction& i =
-        Emit(of(x_.keeps, c.op, c.left.kind, c.right.kind), 1, c.op | c.left.kind << 8 | c.right.kind << 10);
+        Emit(of(x_.traces, c.op, c.left.kind, c.right.kind), 1, c.op | c.left.kind << 8 | c.right.kind << 10);
     SetA(i, c.left);
     SetB(i, c.right);
   } else {
@@ -280,7 +280,7 @@ bool CCodeCompiler::CountLoop(const BlockRecord& block) {
     b.constant = NumberConstant(number);
   }
   JumpToOffset(Here(), Next(block.bodyStart));
-  Instruction& i = Emit(handlers::CountLoopOf(x_.keeps, comparison, left.kind, b.kind), 1);
+  Instruction& i = Emit(handlers::CountLoopOf(x_.traces, comparison, left.kind, b.kind), 1);
   SetA(i, left);
   SetB(i, b);
   return true;
@@ -427,7 +427,7 @@ void CCodeCompiler::DoReturn() {
   Value value = EvaluateNested(0, Use::Other);
   if (failed_) return;
   if (value.isDefault) FlushOne(value);
-  Instruction& i = Emit(handlers::ReturnOf(x_.keeps, value.kind), 0, value.kind);
+  Instruction& i = Emit(handlers::ReturnOf(x_.traces, value.kind), 0, value.kind);
   SetB(i, value);
 }
 

@@ -89,11 +89,13 @@ CExecutor::~CExecutor() {
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
 
-// Most programs use no value of a member that might leave none; so they are first compiled without the traces.
+// Few programs need all traces; what a program needs is known once it is compiled.
 bool CExecutor::Prepare() {
+  traces = i.newSeen ? kObjectTraces : kNoTraces;
   if (!CompileAll()) return false;
-  if (!suspects) return true;
-  keeps = true;
+  const Traces needed = suspects ? kAllTraces : collects ? kObjectTraces : traces;
+  if (needed == traces) return true;
+  traces = needed;
   codes_.clear();
   return CompileAll();
 }
@@ -363,8 +365,7 @@ CValue& CExecutor::MakeVariable(uint32_t nameId) {
   if (known == code->byName.end()) i.RaiseError(ERR_INTERNAL);
   CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + known->second->offset);
   if (local.type != VT_NEW_NAME) {
-    Hidden& older = hidden.emplace_back(Hidden{CValue(&i), &local, local.level});
-    older.value.Assign(local);
+    hidden.emplace_back(&i, &local).value.Assign(local);
     ++hiddenCount;
   }
   local.SetInt(0);

@@ -53,9 +53,9 @@ class CExecutor {
   };
   // A local that a newer one of its name hides.
   struct Hidden {
+    Hidden(CInterpretor* interpreter, const CValue* local) : value(interpreter), local(local) {}
     CValue value;
     const CValue* local;
-    uint16_t level;
   };
 
   // Starts a call: its arguments are in the bank at `level`. Gives its first instruction, with S and L set. Quickly
@@ -129,8 +129,9 @@ class CExecutor {
   std::deque<Hidden> hidden;
   uint32_t hiddenCount = 0;
   const Instruction* resume = nullptr;
-  bool keeps = false;     // a member may show what a slot held: the slots are kept as the walker leaves them
-  bool suspects = false;  // the compiler has met such a member
+  Traces traces = kNoTraces;  // what the slots are needed for
+  bool suspects = false;      // the compiler has met a member that may show what a slot held
+  bool collects = false;      // and one that collects objects
   CVariable absent;
   CVariableIndex globals;
 

@@ -18,14 +18,14 @@ VL_NOINLINE const Instruction* ArgumentSlow(CExecutor& x, const Instruction* i, 
   VL_GO(i + 1);
 }
 
-template <Trace T, OperandKind B>
+template <Traces T, OperandKind B>
 const Instruction* Argument(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& argument = At(x.bank, i->offsetA);
   const CValue* value = Read<B>(i->b, i->offsetB, &slot, L);
-  if (value->type <= VT_FLOAT && argument.IsPlain() && (T == kForgets || B == kSlot || slot.IsPlain())) [[likely]] {
+  if (value->type <= VT_FLOAT && argument.IsPlain() && (T == kNoTraces || B == kSlot || slot.IsPlain())) [[likely]] {
     PutNumber(argument, *value);
-    if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
+    if (T == kAllTraces && B != kSlot) PutNumber(slot, *value);
     VL_GO(i + 1);
   }
   return ArgumentSlow(x, i, S, L);
@@ -73,11 +73,12 @@ CIBaseClassImpl* ObjectOf(CExecutor& x, MemberFrom from, CValue* S, uint32_t k) 
 
 }  // namespace
 
-Handler ArgumentOf(bool keeps, OperandKind b) {
-  static constexpr Handler kTable[2][4] = {
-      {Argument<kForgets, kLocal>, Argument<kForgets, kName>, Argument<kForgets, kConstant>, Argument<kForgets, kSlot>},
-      {Argument<kKeeps, kLocal>, Argument<kKeeps, kName>, Argument<kKeeps, kConstant>, Argument<kKeeps, kSlot>}};
-  return kTable[keeps][b];
+Handler ArgumentOf(Traces traces, OperandKind b) {
+#define VL_ARGUMENT(T) \
+  { Argument<T, kLocal>, Argument<T, kName>, Argument<T, kConstant>, Argument<T, kSlot> }
+  static constexpr Handler kTable[kTraceKinds][4] = {VL_ARGUMENT(kNoTraces), VL_ARGUMENT(kObjectTraces),
+                                                     VL_ARGUMENT(kAllTraces)};
+  return kTable[traces][b];
 }
 
 const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {

@@ -22,26 +22,26 @@ VL_NOINLINE const Instruction* CompareLoopSlow(CExecutor& x, const Instruction* 
 }
 
 // The comparison of two numbers with its traces in the slots. False when it takes more than that.
-template <Trace T, uint16_t Op, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 VL_ALWAYS_INLINE bool Decide(const Instruction* i, CValue* S, CValue* L, bool& holds) {
   CValue& left = S[1];
   CValue& right = S[2];
   const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   const int types = a->type | b->type;
-  if (types > VT_FLOAT || (T == kKeeps && !AreFree<T, A, B>(left, right))) return false;
+  if (types > VT_FLOAT || (T != kNoTraces && !AreFree<T, A, B>(left, right))) return false;
   if (types == VT_INTEGER) {
     holds = Holds<Op>(a->data.integer, b->data.integer);
-    if (T == kKeeps && B != kSlot) PutInteger(right, b->data.integer);
+    if (T == kAllTraces && B != kSlot) PutInteger(right, b->data.integer);
   } else {
     holds = Holds<Op>(RealOf(*a), RealOf(*b));
-    if (T == kKeeps && B != kSlot) PutNumber(right, *b);
+    if (T == kAllTraces && B != kSlot) PutNumber(right, *b);
   }
-  if (T == kKeeps) PutInteger(left, holds);
+  if (T == kAllTraces) PutInteger(left, holds);
   return true;
 }
 
-template <Trace T, uint16_t Op, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* CompareUnless(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   bool holds;
   if (!Decide<T, Op, A, B>(i, S, L, holds)) [[unlikely]]
@@ -50,7 +50,7 @@ const Instruction* CompareUnless(CExecutor& x, const Instruction* i, CValue* S, 
   VL_END_STATEMENT(i->target.target);
 }
 
-template <Trace T, uint16_t Op, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* CompareLoop(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   bool holds;
   if (!Decide<T, Op, A, B>(i, S, L, holds)) [[unlikely]]
@@ -59,19 +59,19 @@ const Instruction* CompareLoop(CExecutor& x, const Instruction* i, CValue* S, CV
   VL_END_STATEMENT(i->target.target);
 }
 
-template <Trace T, uint16_t Op, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* CountLoop(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[1];
   CValue& right = S[2];
   CValue* a = Read<A>(i->a, i->offsetA, &left, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
-  if ((a->type | b->type) != VT_INTEGER || (T == kKeeps && !AreFree<T, A, B>(left, right))) [[unlikely]]
+  if ((a->type | b->type) != VT_INTEGER || (T != kNoTraces && !AreFree<T, A, B>(left, right))) [[unlikely]]
     VL_GO(i + 1);
   const auto counter = static_cast<int32_t>(static_cast<uint32_t>(a->data.integer) + 1u);
   a->data.integer = counter;
   const int32_t limit = b->data.integer;
   const bool holds = Holds<Op>(counter, limit);
-  if constexpr (T == kKeeps) {
+  if constexpr (T == kAllTraces) {
     PutInteger(left, holds);
     PutInteger(right, limit);
   }
@@ -79,30 +79,36 @@ const Instruction* CountLoop(CExecutor& x, const Instruction* i, CValue* S, CVal
   VL_END_STATEMENT(i->target.target);
 }
 
-template <Trace T>
+template <Traces T>
 constexpr Handler kUnless[][3][4] = {
     VL_OF_AB(CompareUnless, T, TK_GREATER_EQUAL), VL_OF_AB(CompareUnless, T, TK_LESS_EQUAL),
     VL_OF_AB(CompareUnless, T, TK_EQUAL),         VL_OF_AB(CompareUnless, T, TK_LESS),
     VL_OF_AB(CompareUnless, T, TK_GREATER),       VL_OF_AB(CompareUnless, T, TK_NOT_EQUAL)};
-template <Trace T>
+template <Traces T>
 constexpr Handler kLoop[][3][4] = {VL_OF_AB(CompareLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CompareLoop, T, TK_LESS_EQUAL),
                                    VL_OF_AB(CompareLoop, T, TK_EQUAL),         VL_OF_AB(CompareLoop, T, TK_LESS),
                                    VL_OF_AB(CompareLoop, T, TK_GREATER),       VL_OF_AB(CompareLoop, T, TK_NOT_EQUAL)};
-template <Trace T>
+template <Traces T>
 constexpr Handler kCount[][3][4] = {VL_OF_AB(CountLoop, T, TK_GREATER_EQUAL), VL_OF_AB(CountLoop, T, TK_LESS_EQUAL),
                                     VL_OF_AB(CountLoop, T, TK_EQUAL),         VL_OF_AB(CountLoop, T, TK_LESS),
                                     VL_OF_AB(CountLoop, T, TK_GREATER),       VL_OF_AB(CountLoop, T, TK_NOT_EQUAL)};
 
 }  // namespace
 
-Handler CompareUnlessOf(bool keeps, uint16_t op, OperandKind a, OperandKind b) {
-  return (keeps ? kUnless<kKeeps> : kUnless<kForgets>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
+Handler CompareUnlessOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
+  return (traces == kNoTraces       ? kUnless<kNoTraces>
+          : traces == kObjectTraces ? kUnless<kObjectTraces>
+                                    : kUnless<kAllTraces>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
 }
-Handler CompareLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b) {
-  return (keeps ? kLoop<kKeeps> : kLoop<kForgets>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
+Handler CompareLoopOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
+  return (traces == kNoTraces       ? kLoop<kNoTraces>
+          : traces == kObjectTraces ? kLoop<kObjectTraces>
+                                    : kLoop<kAllTraces>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
 }
-Handler CountLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b) {
-  return (keeps ? kCount<kKeeps> : kCount<kForgets>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
+Handler CountLoopOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
+  return (traces == kNoTraces       ? kCount<kNoTraces>
+          : traces == kObjectTraces ? kCount<kObjectTraces>
+                                    : kCount<kAllTraces>)[op - TK_GREATER_EQUAL][IndexOfA(a)][b];
 }
 
 }  // namespace vl::handlers

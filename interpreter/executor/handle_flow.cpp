@@ -75,14 +75,14 @@ VL_NOINLINE const Instruction* ReturnSlow(CExecutor& x, const Instruction* i, CV
   return LeaveSlow(x, i, S, L);
 }
 
-template <Trace T, OperandKind B>
+template <Traces T, OperandKind B>
 const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[1];
   const CValue* value = Read<B>(i->b, i->offsetB, &slot, L);
   if (value->type <= VT_FLOAT && x.code->kind != CodeKind::Global && S[0].IsPlain() &&
-      (T == kForgets || B == kSlot || slot.IsPlain())) {
+      (T == kNoTraces || B == kSlot || slot.IsPlain())) {
     PutNumber(S[0], *value);
-    if (T == kKeeps && B != kSlot) PutNumber(slot, *value);
+    if (T == kAllTraces && B != kSlot) PutNumber(slot, *value);
     const Instruction* next = x.LeavePlain();
     if (!next) [[unlikely]]
       return LeaveSlow(x, i, S, L);
@@ -93,12 +93,12 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
 
 }  // namespace
 
-Handler ReturnOf(bool keeps, OperandKind b) {
-  static constexpr Handler kTable[2][4] = {{ReturnValue<kForgets, kLocal>, ReturnValue<kForgets, kName>,
-                                            ReturnValue<kForgets, kConstant>, ReturnValue<kForgets, kSlot>},
-                                           {ReturnValue<kKeeps, kLocal>, ReturnValue<kKeeps, kName>,
-                                            ReturnValue<kKeeps, kConstant>, ReturnValue<kKeeps, kSlot>}};
-  return kTable[keeps][b];
+Handler ReturnOf(Traces traces, OperandKind b) {
+#define VL_RETURN(T) \
+  { ReturnValue<T, kLocal>, ReturnValue<T, kName>, ReturnValue<T, kConstant>, ReturnValue<T, kSlot> }
+  static constexpr Handler kTable[kTraceKinds][4] = {VL_RETURN(kNoTraces), VL_RETURN(kObjectTraces),
+                                                     VL_RETURN(kAllTraces)};
+  return kTable[traces][b];
 }
 
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {

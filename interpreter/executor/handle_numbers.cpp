@@ -12,7 +12,7 @@ VL_NOINLINE const Instruction* BinarySlow(CExecutor& x, const Instruction* i, CV
   VL_GO(i + 1);
 }
 
-template <Trace T, uint16_t Op, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[i->k];
   CValue& right = S[i->k + 1];
@@ -22,7 +22,7 @@ const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue*
   if (types == VT_INTEGER) {
     int32_t result;
     if (AreFree<T, A, B>(left, right) && OnIntegers<Op>(a->data.integer, b->data.integer, result)) [[likely]] {
-      if (T == kKeeps && B != kSlot) PutInteger(right, b->data.integer);
+      if (T == kAllTraces && B != kSlot) PutInteger(right, b->data.integer);
       PutInteger(left, result);
       VL_GO(i + 1);
     }
@@ -30,7 +30,7 @@ const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue*
     if constexpr (IsArithmetic(Op) || IsComparison(Op)) {
       const double u = RealOf(*a);
       const double v = RealOf(*b);
-      if (T == kKeeps && B != kSlot) PutNumber(right, *b);
+      if (T == kAllTraces && B != kSlot) PutNumber(right, *b);
       if constexpr (IsComparison(Op)) {
         PutInteger(left, Holds<Op>(u, v));
       } else {
@@ -41,7 +41,7 @@ const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue*
       const double u = RealOf(*a);
       const double v = RealOf(*b);
       if (v != 0.0) {
-        if (T == kKeeps && B != kSlot) PutNumber(right, *b);
+        if (T == kAllTraces && B != kSlot) PutNumber(right, *b);
         PutReal(left, u / v);
         VL_GO(i + 1);
       }
@@ -50,12 +50,12 @@ const Instruction* Binary(CExecutor& x, const Instruction* i, CValue* S, CValue*
   return BinarySlow(x, i, S, L);
 }
 
-template <Trace T>
+template <Traces T>
 constexpr Handler kLogic[][3][4] = {VL_OF_AB(Binary, T, TK_LOGICAL_AND),   VL_OF_AB(Binary, T, TK_LOGICAL_OR),
                                     VL_OF_AB(Binary, T, TK_GREATER_EQUAL), VL_OF_AB(Binary, T, TK_LESS_EQUAL),
                                     VL_OF_AB(Binary, T, TK_EQUAL),         VL_OF_AB(Binary, T, TK_LESS),
                                     VL_OF_AB(Binary, T, TK_GREATER),       VL_OF_AB(Binary, T, TK_NOT_EQUAL)};
-template <Trace T>
+template <Traces T>
 constexpr Handler kArithmetic[][3][4] = {
     VL_OF_AB(Binary, T, TK_ADD), VL_OF_AB(Binary, T, TK_SUB), VL_OF_AB(Binary, T, TK_DIV), VL_OF_AB(Binary, T, TK_MUL),
     VL_OF_AB(Binary, T, TK_AND), VL_OF_AB(Binary, T, TK_OR),  VL_OF_AB(Binary, T, TK_XOR), VL_OF_AB(Binary, T, TK_MOD),
@@ -63,10 +63,15 @@ constexpr Handler kArithmetic[][3][4] = {
 
 }  // namespace
 
-Handler BinaryOf(bool keeps, uint16_t op, OperandKind a, OperandKind b) {
+Handler BinaryOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
   const int row = IndexOfA(a);
-  if (op >= TK_ADD) return (keeps ? kArithmetic<kKeeps> : kArithmetic<kForgets>)[op - TK_ADD][row][b];
-  return (keeps ? kLogic<kKeeps> : kLogic<kForgets>)[op - TK_LOGICAL_AND][row][b];
+  if (op >= TK_ADD)
+    return (traces == kNoTraces       ? kArithmetic<kNoTraces>
+            : traces == kObjectTraces ? kArithmetic<kObjectTraces>
+                                      : kArithmetic<kAllTraces>)[op - TK_ADD][row][b];
+  return (traces == kNoTraces       ? kLogic<kNoTraces>
+          : traces == kObjectTraces ? kLogic<kObjectTraces>
+                                    : kLogic<kAllTraces>)[op - TK_LOGICAL_AND][row][b];
 }
 
 }  // namespace vl::handlers

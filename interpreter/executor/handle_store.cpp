@@ -34,19 +34,19 @@ VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CVa
   VL_GO(i + 1);
 }
 
-template <Trace T, OperandKind V, OperandKind B>
+template <Traces T, OperandKind V, OperandKind B>
 const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[1];
   CValue& right = S[2];
   CValue* target = Read<V>(i->a, i->offsetA, nullptr, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   if (target->type > VT_FLOAT || b->type > VT_FLOAT) [[unlikely]]
-    return T == kKeeps ? StoreSlow(x, i, S, L) : StoreAny(x, i, S, L);
-  if (T == kKeeps && (!left.IsPlain() || (B != kSlot && !right.IsPlain()))) [[unlikely]]
+    return T != kNoTraces ? StoreSlow(x, i, S, L) : StoreAny(x, i, S, L);
+  if (T != kNoTraces && (!left.IsPlain() || (B != kSlot && !right.IsPlain()))) [[unlikely]]
     return StoreSlow(x, i, S, L);
   const ValueType type = b->type;
   const CValue::Data data = b->data;
-  if constexpr (T == kKeeps) {
+  if constexpr (T == kAllTraces) {
     PutNumber(right, *target);
     left.type = type;
     left.data = data;
@@ -80,7 +80,7 @@ VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* 
   VL_GO(i + 1);
 }
 
-template <Trace T, uint16_t Op, OperandKind V, OperandKind A, OperandKind B>
+template <Traces T, uint16_t Op, OperandKind V, OperandKind A, OperandKind B>
 const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& first = S[1];
   CValue& left = S[2];
@@ -90,14 +90,14 @@ const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CV
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   const int types = a->type | b->type;
   if (types > VT_FLOAT || target->type > VT_FLOAT) [[unlikely]]
-    return T == kKeeps ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
-  if (T == kKeeps && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
+    return T != kNoTraces ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
+  if (T != kNoTraces && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
     return BinaryStoreSlow(x, i, S, L);
   if (types == VT_INTEGER) {
     const int32_t v = b->data.integer;
     int32_t result;
     OnIntegers<Op>(a->data.integer, v, result);
-    if constexpr (T == kKeeps) {
+    if constexpr (T == kAllTraces) {
       if (B != kSlot) PutInteger(right, v);
       PutNumber(left, *target);
       PutInteger(first, result);
@@ -105,7 +105,7 @@ const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CV
     PutInteger(*target, result);
   } else {
     const double result = Arithmetic<Op>(RealOf(*a), RealOf(*b));
-    if constexpr (T == kKeeps) {
+    if constexpr (T == kAllTraces) {
       if (B != kSlot) PutNumber(right, *b);
       PutNumber(left, *target);
       PutReal(first, result);
@@ -126,15 +126,15 @@ VL_NOINLINE const Instruction* StepSlow(CExecutor& x, const Instruction* i, CVal
   VL_GO(i + 1);
 }
 
-template <Trace T, uint16_t Op, OperandKind A>
+template <Traces T, uint16_t Op, OperandKind A>
 const Instruction* Step(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[1];
   CValue& right = S[2];
   CValue* a = Read<A>(i->a, i->offsetA, nullptr, L);
-  if (a->type != VT_INTEGER || (T == kKeeps && (!left.IsPlain() || !right.IsPlain()))) [[unlikely]]
+  if (a->type != VT_INTEGER || (T != kNoTraces && (!left.IsPlain() || !right.IsPlain()))) [[unlikely]]
     return StepSlow(x, i, S, L);
   const int32_t old = a->data.integer;
-  if constexpr (T == kKeeps) {
+  if constexpr (T == kAllTraces) {
     PutInteger(left, old);
     right.type = VT_DEFAULT;
     right.data.integer = kDefaultInt;
@@ -146,7 +146,7 @@ const Instruction* Step(CExecutor& x, const Instruction* i, CValue* S, CValue* L
 
 #define VL_STORE(T, V) \
   { Store<T, V, kLocal>, Store<T, V, kName>, Store<T, V, kConstant>, Store<T, V, kSlot> }
-template <Trace T>
+template <Traces T>
 constexpr Handler kStore[2][4] = {VL_STORE(T, kLocal), VL_STORE(T, kName)};
 
 #define VL_BS_B(T, Op, V, A)                                                                                \
@@ -158,24 +158,30 @@ constexpr Handler kStore[2][4] = {VL_STORE(T, kLocal), VL_STORE(T, kName)};
   { VL_BS_B(T, Op, V, kLocal), VL_BS_B(T, Op, V, kName), VL_BS_B(T, Op, V, kSlot) }
 #define VL_BS(T, Op) \
   { VL_BS_A(T, Op, kLocal), VL_BS_A(T, Op, kName) }
-template <Trace T>
+template <Traces T>
 constexpr Handler kBinaryStore[][2][3][4] = {VL_BS(T, TK_ADD), VL_BS(T, TK_SUB), VL_BS(T, TK_MUL)};
 
-template <Trace T>
+template <Traces T>
 constexpr Handler kStep[2][2] = {{Step<T, TK_INCREMENT, kLocal>, Step<T, TK_INCREMENT, kName>},
                                  {Step<T, TK_DECREMENT, kLocal>, Step<T, TK_DECREMENT, kName>}};
 
 }  // namespace
 
-Handler StoreOf(bool keeps, OperandKind target, OperandKind b) {
-  return (keeps ? kStore<kKeeps> : kStore<kForgets>)[target][b];
+Handler StoreOf(Traces traces, OperandKind target, OperandKind b) {
+  return (traces == kNoTraces       ? kStore<kNoTraces>
+          : traces == kObjectTraces ? kStore<kObjectTraces>
+                                    : kStore<kAllTraces>)[target][b];
 }
-Handler BinaryStoreOf(bool keeps, uint16_t op, OperandKind target, OperandKind a, OperandKind b) {
+Handler BinaryStoreOf(Traces traces, uint16_t op, OperandKind target, OperandKind a, OperandKind b) {
   const int row = op == TK_ADD ? 0 : op == TK_SUB ? 1 : 2;
-  return (keeps ? kBinaryStore<kKeeps> : kBinaryStore<kForgets>)[row][target][IndexOfA(a)][b];
+  return (traces == kNoTraces       ? kBinaryStore<kNoTraces>
+          : traces == kObjectTraces ? kBinaryStore<kObjectTraces>
+                                    : kBinaryStore<kAllTraces>)[row][target][IndexOfA(a)][b];
 }
-Handler StepOf(bool keeps, uint16_t op, OperandKind a) {
-  return (keeps ? kStep<kKeeps> : kStep<kForgets>)[op == TK_INCREMENT ? 0 : 1][a];
+Handler StepOf(Traces traces, uint16_t op, OperandKind a) {
+  return (traces == kNoTraces       ? kStep<kNoTraces>
+          : traces == kObjectTraces ? kStep<kObjectTraces>
+                                    : kStep<kAllTraces>)[op == TK_INCREMENT ? 0 : 1][a];
 }
 
 }  // namespace vl::handlers

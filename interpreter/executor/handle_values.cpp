@@ -124,8 +124,10 @@ VL_NOINLINE const Instruction* AssignAwaySlow(CExecutor& x, const Instruction* i
 template <OperandKind B>
 const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue& left = S[i->k];
+  const CValue& above = S[i->k + 1];
   const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
-  if (left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue && left.lvalue->type <= VT_FLOAT) [[likely]] {
+  if (above.IsPlain() && left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue &&
+      left.lvalue->type <= VT_FLOAT) [[likely]] {
     left.lvalue->type = right.type;
     left.lvalue->data = right.data;
     VL_END_STATEMENT(i + 1);
@@ -270,17 +272,17 @@ VL_NOINLINE void StoreInArray(CExecutor& x, const Instruction* i, CValue* S) {
   left.lvalue = nullptr;
 }
 
-template <Trace T, OperandKind N, OperandKind B>
+template <Traces T, OperandKind N, OperandKind B>
 const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& above = S[i->k + 1];
   const CValue* variable = Read<N>(i->a, i->offsetA, nullptr, L);
   CValue* subscript = Read<B>(i->b, i->offsetB, nullptr, L);
   if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && slot.IsPlain() &&
-      (T == kForgets || above.IsPlain())) [[likely]] {
+      (T == kNoTraces || above.IsPlain())) [[likely]] {
     CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(subscript->data.integer));
     if (element) {
-      if constexpr (T == kKeeps) {
+      if constexpr (T == kAllTraces) {
         PutInteger(above, subscript->data.integer);
         above.lvalue = nullptr;
       }
@@ -310,9 +312,10 @@ const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CVal
     }                                                                                               \
   }
 
-Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b) {
-  static constexpr Handler kTable[2][2][3] = {VL_ELEMENT_AT(kForgets), VL_ELEMENT_AT(kKeeps)};
-  return kTable[keeps][name][b];
+Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b) {
+  static constexpr Handler kTable[kTraceKinds][2][3] = {VL_ELEMENT_AT(kNoTraces), VL_ELEMENT_AT(kObjectTraces),
+                                                        VL_ELEMENT_AT(kAllTraces)};
+  return kTable[traces][name][b];
 }
 
 // `name[`: finds the array before its subscripts are evaluated. Without one, nothing of them is.

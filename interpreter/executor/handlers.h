@@ -59,22 +59,22 @@ const Instruction* Fail(CExecutor& x, const Instruction* i, CValue* S, CValue* L
 const Instruction* Stop(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* StopExpression(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 
-// Each in two forms: with or without the traces that the walker leaves in slots.
+// Each in three forms, by the traces that it leaves in slots.
 // The operators by the kinds of their operands: a is of kLocal, kName or kSlot, b of any. `n` is the operator.
-Handler BinaryOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
+Handler BinaryOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 // A comparison that jumps: JumpUnless and LoopIf with the comparison in them.
-Handler CompareUnlessOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
-Handler CompareLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
+Handler CompareUnlessOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
+Handler CompareLoopOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 // `a++` and the comparison of a with b, at the end of a loop.
-Handler CountLoopOf(bool keeps, uint16_t op, OperandKind a, OperandKind b);
+Handler CountLoopOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 // Statements: `target = b`, `target = a + b` and the like, `a++`.
-Handler StoreOf(bool keeps, OperandKind target, OperandKind b);
-Handler BinaryStoreOf(bool keeps, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
-Handler StepOf(bool keeps, uint16_t op, OperandKind a);
-Handler ReturnOf(bool keeps, OperandKind b);
-Handler ArgumentOf(bool keeps, OperandKind b);
+Handler StoreOf(Traces traces, OperandKind target, OperandKind b);
+Handler BinaryStoreOf(Traces traces, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
+Handler StepOf(Traces traces, uint16_t op, OperandKind a);
+Handler ReturnOf(Traces traces, OperandKind b);
+Handler ArgumentOf(Traces traces, OperandKind b);
 // `name[b]` for reading or as the left side of an assignment.
-Handler ElementAtOf(bool keeps, OperandKind name, OperandKind b);
+Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
 // `=` as a statement with the right side as an operand, where a slot's rest need not be kept.

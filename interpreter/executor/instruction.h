@@ -69,6 +69,10 @@ struct Instruction {
 // Where the value lies whose member comes next.
 enum class MemberFrom : uint8_t { Source, This, CurWindow, SlotText, Inner };
 
+// What a program's instructions leave in the slots of the evaluation stack, compared with the walker. All is needed
+// where a member may show a slot's rest; objects and the like where a collection may ask who refers to them.
+enum Traces : uint8_t { kNoTraces, kObjectTraces, kAllTraces, kTraceKinds };
+
 // What a call is compiled for: the frame and what This is decide how a name is found.
 enum class CodeKind : uint8_t {
   Global,    // the frame is the interpreter: the program's top level and event functions

@@ -1,12 +1,9 @@
-// What the handlers on numbers share. Each comes in two forms: kKeeps leaves in the slots what the walker would; the
-// other form only uses them for what it works on, and runs where no member of the program can show a slot's rest.
+// What the handlers on numbers share. Each comes in three forms (Traces).
 #pragma once
 
 #include "interpreter/executor/dispatch.h"
 
 namespace vl::handlers {
-
-enum Trace : bool { kForgets = false, kKeeps = true };
 
 template <uint16_t Op, typename T>
 inline T Arithmetic(T a, T b) {
@@ -61,9 +58,9 @@ VL_ALWAYS_INLINE bool OnIntegers(int32_t a, int32_t b, int32_t& result) {
 }
 
 // Whether the slots of an operator may be written: they own nothing, or hold the operands themselves.
-template <Trace T, OperandKind A, OperandKind B>
+template <Traces T, OperandKind A, OperandKind B>
 inline bool AreFree(const CValue& left, const CValue& right) {
-  return (A == kSlot || left.IsPlain()) && (T == kForgets || B == kSlot || right.IsPlain());
+  return (A == kSlot || left.IsPlain()) && (T == kNoTraces || B == kSlot || right.IsPlain());
 }
 
 // Puts the operands into their slots and runs the walker's operator.

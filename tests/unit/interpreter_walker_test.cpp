@@ -151,6 +151,10 @@ struct ErrorCase {
 
 constexpr ErrorCase kErrors[] = {
     {R"q(a[2] = 1; i = 1; r = a[i];)q", "1:26: error 41"},
+    {R"q(o = New P(); o.Kill();
+Function P() { This.Kill = K; }
+Function K() { Delete This; This.x = 1; })q",
+     "3:39: error 16"},
     {R"q(i = 1; r = 2 + i.x;)q", "1:18: error 35"},
     {R"q(a = 4;
 b = a;

@@ -148,12 +148,12 @@ RunTrace TraceRun(const std::string& program, bool plainWalk) {
     // Where an error left an evaluation, the operands in front of it may not be in their slots.
     const bool isClean = !interpreter.lastError.code && interpreter.ticks <= kTicks &&
                          !(interpreter.errorHook && interpreter.errorHook->lastError.code);
-    PutObjects(trace.rest, trace.slots, interpreter);
+    PutObjects(trace.rest, trace.counts, interpreter);
     trace.rest += "\ntick " + std::to_string(interpreter.ticks) + " in " + std::to_string(interpreter.tickCountdown) +
                   " time " + std::to_string(interpreter.NowMs()) + " events " +
                   std::to_string(interpreter.events.Count()) + " depth " + std::to_string(interpreter.callDepth);
     if (!isClean) {
-      trace.slots.clear();
+      trace.counts.clear();
       return;
     }
     trace.slots += "\nbank ";
@@ -181,6 +181,7 @@ std::string CompareRuns(const std::string& program, bool* wasPrepared) {
   compare("errors", plain.error, prepared.error);
   compare("globals", plain.globals, prepared.globals);
   compare("traces", plain.rest, prepared.rest);
+  compare("counts", plain.counts, prepared.counts);
   if (prepared.keepsSlots) compare("slots", plain.slots, prepared.slots);
   return out;
 }

@@ -10,7 +10,8 @@ struct RunTrace {
   std::string error;    // code, place
   std::string globals;  // as JSON
   std::string rest;     // objects, events, time
-  std::string slots;    // what slots and the argument bank hold, and how often each object is referred to
+  std::string counts;   // how often each object is referred to
+  std::string slots;    // what slots and the argument bank hold
   bool compiled = false;
   bool prepared = false;   // ran from instructions
   bool keepsSlots = true;  // which kept the slots as the walk does
