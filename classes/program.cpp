@@ -278,9 +278,17 @@ void CIProgram::DisableDirectSound3D() {
 
 namespace {
 
+// Whether a member always leaves a result: all but those that only do something.
+constexpr bool Gives(uint16_t id) {
+  for (const uint16_t silent : {1, 4, 5, 12, 15, 16, 27, 28, 30, 31, 42, 43, 44, 45, 47, 58}) {
+    if (id == silent) return false;
+  }
+  return true;
+}
+
 constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help,
                            MemberKind kind = MemberKind::Member) {
-  return {id, name, kind, function, 0, CLASS_PROGRAM, help};
+  return {id, name, kind, function, 0, CLASS_PROGRAM, help, Gives(id)};
 }
 
 constexpr MemberRow kRows[] = {

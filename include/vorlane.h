@@ -51,9 +51,10 @@ typedef struct vl_options {
   int32_t keep_globals; /* 1: vl_globals() works after the run */
   int32_t keep_input;   /* 1: vl_recorded_input() works after the run */
   /* Of the desktop back end. */
-  int32_t scaling;     /* vl_scaling */
-  int32_t full_screen; /* 1: begins so */
-  int32_t shell;       /* 1: the player's own keys, menu and error box; see vl_take_request */
+  int32_t scaling;      /* vl_scaling */
+  int32_t full_screen;  /* 1: begins so */
+  int32_t shell;        /* 1: the player's own keys, menu and error box; see vl_take_request */
+  int32_t plain_walker; /* 1: runs without preparing the program; slower, for tests of the other way */
 } vl_options;
 
 typedef enum vl_state { VL_IDLE = 0, VL_RUNNING = 1, VL_ENDED = 2 } vl_state;

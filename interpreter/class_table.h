@@ -18,10 +18,14 @@ class CDownloads;
 
 class CInterpretor;
 class CIBaseClassImpl;
+class CValue;
 
 enum class MemberKind : uint8_t { Member, Event, Constant };
 
 using MemberFunction = void (*)(CIBaseClassImpl& object);
+// A member of a fixed object that needs nothing but its arguments, on numbers. False, with nothing done, for anything
+// else: then the member itself runs. The result owns nothing.
+using NumberFunction = bool (*)(const CValue* arguments, int count, CValue& result);
 
 struct MemberRow {
   uint16_t id = 0;
@@ -31,6 +35,8 @@ struct MemberRow {
   uint32_t value = 0;                 // constants
   uint8_t globalKind = 0;             // token kind under which the bare name is known, or 0
   const char* help = "";              // one line: arguments and meaning
+  bool gives = false;                 // always leaves a result when it doesn't fail
+  NumberFunction onNumbers = nullptr;
 };
 
 struct ClassTable {

@@ -29,6 +29,8 @@ namespace vl {
 class CAppFile;
 class CAppPart;
 class CElement;
+class CExecutor;
+class CITextHolder;
 
 // What the error hook needs of the Program object: a copy of the last caught error and the OnError function.
 struct ErrorHook {
@@ -182,13 +184,33 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void StatementWalk(Token start, CValue* result);
   // Calls a function from the run loop or a member: arguments are in the bank already.
   uint32_t EvaluateArguments();
+  // A late write through a reference to a variable that has died meets the same cell however calls keep theirs.
+  CVariablePool& PoolOf(const CIBaseObjectVar& object) { return object.isCallFrame ? framePool : variablePool; }
   // A new variable, which holds the integer 0.
   CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level) {
-    CVariable* variable = object.variables.Add(nameId, level, variablePool);
+    CVariable* variable = object.variables.Add(nameId, level, PoolOf(object));
     if (!variable) RaiseError(ERR_MEMORY);
     variable->SetInt(0);
     return variable;
   }
+
+  // --- What the executor shares with the walker ---
+  // Whether the program runs from instructions, not by the walk over its tokens.
+  bool IsPrepared() const { return executor_ != nullptr; }
+  // Whether the evaluation slots hold what the walk would leave in them.
+  bool KeepsSlots() const;
+  // Runs an operator on values[sp] and values[sp + 1].
+  void Reduce(uint32_t op);
+  CArrayStore& ArrayOf(CValue& variable);
+  // An object of a class, with the arguments of New in the bank.
+  void MakeClassObject(uint16_t classKind);
+  // Members of texts: error 11 where there are none; a String for one call, and its return.
+  const CIClassInfo& RequireTexts();
+  CIBaseClassImpl* TakeText(CITextHolder*& holder);
+  void GiveText(CIBaseClassImpl* object, CITextHolder* holder) { freeTexts_.push_back({object, holder}); }
+  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
+  void SetPart(int32_t number);
+  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
 
   // --- State ---
   CThreadParam& param;
@@ -197,6 +219,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   KeywordTables keywordTables;
   MemoryBudget budget;
   CVariablePool variablePool;
+  CVariablePool framePool;
   CElementPool elementPool;
 
   std::unique_ptr<CAppFile> app;
@@ -219,8 +242,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CValue defaultValue;  // handed out for an absent argument
   uint16_t currentMember = 0;
 
-  // Evaluation stack.
-  std::vector<std::unique_ptr<CValue>> valueStore;
+  // Evaluation stack. Its slots lie in one piece and never move; the walker's assignments swap their pointers.
   CValue** values = nullptr;
   std::vector<CValue*> valuePointers;
   std::vector<uint32_t> opStore;
@@ -282,10 +304,13 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint64_t ticks = 0;
 
  private:
+  static constexpr uint32_t kPumpIntervalMs = 50;
+  friend class CExecutor;
+  friend class CCodeCompiler;
+
   // Evaluation.
   void Primary();
   void PrimarySlow(uint16_t kind);
-  void Reduce(uint32_t op);
   void Assignment();
   void Conditional();
   void PrimaryName();
@@ -322,7 +347,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void ClassConstant(uint16_t classKind);
   uint32_t ResolveMember(const CIClassInfo& info, Token token);
   uint32_t ReadSubscripts(int32_t* subscripts);
-  CArrayStore& ArrayOf(CValue& variable);
   void StoreNewArray(CIBaseObjectVar& object, Token token, int32_t level, CValue& left, const CValue& right);
   void SkipSubscriptsOfUnknown();
   void NewObject();
@@ -335,7 +359,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // The call proper: arguments are in the bank at `argDepth`.
   void RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis, CValue& result);
   void BindParameters();
-  void SetPart(int32_t number);
   CIBaseObjectVar* TakeFrame() {
     if (freeFrames_.empty()) return NewFrame();
     CIBaseObjectVar* used = freeFrames_.back();
@@ -344,13 +367,16 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   }
   CIBaseObjectVar* NewFrame();
   const BlockRecord& FunctionOf(Token token, CIBaseObjectVar& object);
-  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
   [[noreturn]] void RaiseTooManyCalls();
   void GrowValues();
-  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
+  void NeedValues(uint32_t count) {
+    while (count > valueLimit_) GrowValues();
+  }
   // Runs a member or constructor; a CIError goes to the error hook, which may swallow it.
   template <typename F>
   void Guarded(CIBaseClassImpl& object, F&& run);
+  // A member whose arguments are in the bank.
+  void RunMember(CIBaseClassImpl& object, const MemberRow& row);
   // True when the program takes the error over.
   bool TakeOver(const CIError& error);
 
@@ -379,13 +405,28 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
     scopeBlocks[depth] = &block;
   }
   void PopScope() {
-    frame->variables.RemoveFromLevel(scopeDepth, variablePool);
+    frame->variables.RemoveFromLevel(scopeDepth, PoolOf(*frame));
     --scopeDepth;
   }
   // Behind a brace.
   void GoBehind(uint32_t offset) { readCursor = At(offset) + kJumpRecord; }
 
   // Run loop.
+  // True when a tick has only moved the clock, as nothing was due: then it has been done.
+  bool IsTickQuiet() {
+    if ((tickLimit && ticks + 1 > tickLimit) || !eventsEnabled || nextEvent || pendingError != -1 ||
+        animatedCount > 0 || needsRefresh || newsSinceCollection > collectionThreshold ||
+        param.stop.load(std::memory_order_relaxed)) {
+      return false;
+    }
+    const uint32_t now = services.clock->tickAndNow();
+    if (now - lastPump <= kPumpIntervalMs) {
+      if (tickLimit) ++ticks;
+      return true;
+    }
+    lateTick_ = true;
+    return false;
+  }
   void Housekeeping() {
     if (nextEvent && eventsEnabled && inEvent == 0) FireEvent();
     if (--tickCountdown < 0 || pendingError != -1 || param.stop.load(std::memory_order_relaxed)) SlowHousekeeping();
@@ -400,6 +441,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void LoadClasses(const std::vector<uint32_t>& ids);
   void EnterFunctions();
   void PrepareNames();
+  void PrepareExecutor();
   bool MarkDependants(CIBaseClassImpl* object);
 
   static constexpr size_t kTemporaries = 256;
@@ -408,9 +450,20 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t valueLimit_ = 0;
   int32_t quietStatements_ = 0;
   uint32_t lastStopCheck_ = 0;
+  bool lateTick_ = false;  // the clock has moved for the tick that comes
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
-  std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text
+  // String temporaries that wait for the next member of a text.
+  struct FreeText {
+    CIBaseClassImpl* object;
+    CITextHolder* holder;
+  };
+  std::vector<FreeText> freeTexts_;
+  struct FreeStore {
+    void operator()(CValue* store) const;
+  };
+  std::unique_ptr<CValue[], FreeStore> valueStore_;  // limits::kMaxValues slots, of which valueLimit_ are made
+  std::unique_ptr<CExecutor> executor_;              // null: the walker runs the program
   CIndexList<CArrayStore> arrays_;
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;

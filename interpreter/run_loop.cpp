@@ -8,7 +8,6 @@ namespace vl {
 namespace {
 // Longest sleep of one round of Wait: the stop of a host and network polls must not wait longer.
 constexpr uint32_t kWaitSliceMs = 50;
-constexpr uint32_t kPumpIntervalMs = 50;
 constexpr int kRefreshRounds = 4;
 constexpr uint32_t kQuitMessage = 18;
 }  // namespace
@@ -44,7 +43,8 @@ void CInterpretor::WatchForStop() {
 
 void CInterpretor::Tick() {
   tickCountdown = tickPeriod;
-  services.clock->tick();
+  if (!lateTick_) services.clock->tick();
+  lateTick_ = false;
   const uint32_t now = NowMs();
   if (animatedCount > 0 && now - lastMovement >= movementInterval) StepTimed(now);
   if (newsSinceCollection > collectionThreshold) Collect();

@@ -23,6 +23,7 @@ struct CThreadParam {
   std::string sourceName;  // local path of the application as the host knows it, or empty
   int32_t startDelayMs = -1;  // minimum time for the start picture; below 0: none
   bool startDelayDone = false;
+  bool referenceWalker = false;  // the plain walk over the tokens, which says what every program does; for tests
 };
 
 }  // namespace vl

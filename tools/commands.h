@@ -26,6 +26,7 @@ struct RunCommand {
   std::string recordFile;
   std::string screenshotFile;
   std::string globalsFile;
+  std::string walker = "prepared";
   std::string framesFolder;
   bool hasSeed = false;
   uint32_t seed = 0;

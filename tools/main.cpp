@@ -41,6 +41,8 @@ int main(int argc, char** argv) {
   runApp->add_option("--record", run.recordFile, "Write such a file while a person plays");
   runApp->add_option("--screenshot", run.screenshotFile, "PNG file for the window's picture when the run ends");
   runApp->add_option("--globals", run.globalsFile, "File, or -, for the program's global variables as JSON");
+  runApp->add_option("--walker", run.walker, "reference: the plain walk over the tokens, slower, for tests")
+      ->check(CLI::IsMember({"prepared", "reference"}));
   runApp->add_option("--frames", run.framesFolder, "Empty or new folder for a PNG file of each refreshed picture");
   runApp->add_flag("--no-shell", run.noShell, "Without the player's own keys and menu; Ctrl+F10 shows it");
   runApp->add_flag("--no-settings", run.noSettings, "Without the settings file, and nothing is remembered");

@@ -266,6 +266,7 @@ bool Player::Start() {
     run_->param.startDelayMs = control.StartDelayMs(MonotonicMs());
     run_->param.startDelayDone = control.delayDone;
   }
+  run_->param.referenceWalker = options_.plain_walker != 0;
   run_->param.commandLine = commandLine;
   hasEnded_ = false;
   running_ = thread_.Start([this] {

@@ -133,6 +133,7 @@ int PlaySession::MakePlayer() {
   options_.full_screen = command_.fullScreen || view.fullScreen.value_or(false);
   options_.shell = !command_.noShell;
   options_.detached = command_.detached;
+  options_.plain_walker = command_.walker == "reference";
   options_.has_seed = command_.hasSeed;
   options_.seed = command_.seed;
   options_.max_time_ms = command_.maxTimeMs;
