@@ -7,6 +7,7 @@
 #include "host/globals.h"
 #include "input/script/input_classes.h"
 #include "interpreter/interpretor.h"
+#include "net/script/net_classes.h"
 #include "platform/device_queue.h"
 #include "platform/run_files.h"
 #include "ui/ui_classes.h"
@@ -20,6 +21,7 @@ const ClassRegistry& PlayerClasses() {
     RegisterGfx2dClasses(r);
     RegisterEngine3dClasses(r);
     RegisterUiClasses(r);
+    RegisterNetClasses(r);
     RegisterInputClasses(r);
     return r;
   }();

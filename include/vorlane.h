@@ -108,6 +108,10 @@ void vl_destroy(vl_player* player);
  * in memory with a name; vl_add_file puts further files beside the latter. They are copied. 0 on failure. */
 int vl_set_file(vl_player* player, const char* path);
 int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size);
+/* An address: file, http, https or ftp, or a path; a relative one counts from document_url, which may be NULL. It is
+ * fetched at each vl_run, on the caller's thread. Statuses of 400 and above are failures. The parameters "Src" and
+ * "URLVLPSource" set it too, when no other application is set. */
+int vl_set_url(vl_player* player, const char* url, const char* document_url);
 int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size);
 /* A parameter as the page would give it; later ones of the same name count after earlier ones. */
 int vl_set_parameter(vl_player* player, const char* name, const char* value);

@@ -14,6 +14,8 @@
 
 namespace vl {
 
+class CDownloads;
+
 class CInterpretor;
 class CIBaseClassImpl;
 class CValue;
@@ -69,6 +71,8 @@ struct ClassRegistry {
   void (*attachWindow)(CInterpretor& interpreter) = nullptr;
   // Makes the GameInput object of an application that starts with one; null in a build without game input.
   CIBaseClassImpl* (*makeDefaultGameInput)(CInterpretor& interpreter) = nullptr;
+  // Makes what System downloads with; null in a build without a network.
+  std::unique_ptr<CDownloads> (*makeDownloads)(CInterpretor& interpreter) = nullptr;
   // Makes the window tree's message queue; null in a build without windows.
   std::unique_ptr<CMessageSource> (*makeMessageSource)(CInterpretor& interpreter) = nullptr;
 

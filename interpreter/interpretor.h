@@ -17,6 +17,7 @@
 #include "base/memory_budget.h"
 #include "interpreter/array_store.h"
 #include "interpreter/class_base.h"
+#include "interpreter/downloads.h"
 #include "interpreter/index_list.h"
 #include "interpreter/message_source.h"
 #include "interpreter/thread_param.h"
@@ -171,6 +172,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // Work of other subsystems at each poll (video, network, downloads).
   void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
   void Poll();
+  // A file of the run's own: its members may write it, and it goes with the run.
   void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
 
   // --- Strings of conversions ---
@@ -295,6 +297,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // Made by their modules on first use; they outlive every runtime object.
   std::unique_ptr<CSubsystem> graphics;
   std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
+  std::unique_ptr<CDownloads> downloads;     // of System; null before it is asked for
   // Subsystems that live as long as the run keep their state here, by class module.
   std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
   uint64_t tickLimit = 0;                // stop after that many ticks; 0: none

@@ -287,6 +287,7 @@ void CInterpretor::Reset() {
   tempFiles.clear();
   literals_.clear();
   polls_.clear();
+  downloads.reset();
   newsSinceCollection = 0;
   nextObjectNumber = 0x00400000;
   terminating = false;

@@ -9,6 +9,7 @@
 #include "platform/file_system.h"
 #include "platform/input_devices.h"
 #include "platform/text_engine.h"
+#include "platform/transfers.h"
 #include "platform/window_system.h"
 
 namespace vl {
@@ -22,6 +23,7 @@ struct Services {
   TextEngine* text = nullptr;
   FileSystem* files = nullptr;
   Environment* environment = nullptr;
+  Transfers* transfers = nullptr;
   InputDevices* input = nullptr;   // the back end's
   DeviceQueue* devices = nullptr;  // the run's, over `events`; back ends leave it null
 };

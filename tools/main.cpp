@@ -21,7 +21,10 @@ int main(int argc, char** argv) {
 
   vl::RunCommand run;
   CLI::App* runApp = app.add_subcommand("run", "Play an application");
-  runApp->add_option("APP", run.application, "A .vlp file, a project folder or one source file (.vlq)")->required();
+  runApp
+      ->add_option("APP", run.application,
+                   "A .vlp file, a project folder, one source file (.vlq), or an address (http, https, ftp)")
+      ->required();
   runApp->add_flag("--headless", run.headless, "No display: windows live in memory, the clock is virtual");
   runApp->add_option("--clock", run.clock, "Override the clock")->check(CLI::IsMember({"real", "virtual"}));
   runApp->add_option("--param", run.parameters, "NAME=VALUE: a parameter as the page would give it; may be repeated")

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "host/control.h"
 #include "host/desktop/frame_tap.h"
 #include "host/desktop/input_tap.h"
 #include "host/desktop/run_gate.h"
@@ -20,6 +21,7 @@
 #include "include/vorlane.h"
 #include "platform/headless/headless_platform.h"
 #include "platform/memory_files.h"
+#include "platform/posix/curl_transfers.h"
 #include "platform/posix/deep_thread.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
@@ -39,6 +41,8 @@ class Player {
   bool Prepare(std::string& reason);
   bool SetFile(const std::string& path);
   bool SetBytes(const std::string& name, const void* bytes, size_t size);
+  // An address, fetched at each start; relative ones count from `documentUrl`.
+  bool SetUrl(const std::string& url, const std::string& documentUrl);
   bool AddFile(const std::string& name, const void* bytes, size_t size);
   void SetTitle(const std::string& title);
   bool ScriptInput(uint64_t atMs, const vl_input_event& input);
@@ -61,7 +65,7 @@ class Player {
   // Null unless the input of the last run was kept.
   const InputTap* Recorded() const { return running_ ? nullptr : inputTap_.get(); }
 
-  std::vector<std::pair<std::string, std::string>> parameters;
+  CVorlane control;
   std::string commandLine;
 
   RunResult result = RunResult::Ended;
@@ -73,6 +77,10 @@ class Player {
   bool IsVirtual() const;
   bool MakePlatform(std::string& reason);
   std::optional<uint32_t> Seed() const;
+  // The application of control.url. False, with errorDetail, when it can't be had.
+  bool FetchApplication();
+  bool Fetch(const std::string& address, std::string& bytes);
+  void ShowStartPicture(WindowSystem& windows);
   void Finish();
 
   vl_options options_;
@@ -82,6 +90,8 @@ class Player {
   std::unique_ptr<FileSystem> files_;
   MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
   std::string application_;                  // path in files_
+  bool isByUrl_ = true;                      // nothing else was given
+  std::string baseUrl_;                      // where the application was fetched
   std::vector<TimedEvent> script_;
 
   std::unique_ptr<PosixClock> clock_;
@@ -91,6 +101,7 @@ class Player {
   std::unique_ptr<SdlPlatform> sdl_;
   std::unique_ptr<FrameTap> tap_;
   std::unique_ptr<RunGate> gate_;
+  std::unique_ptr<CurlTransfers> transfers_;
   std::unique_ptr<InputTap> inputTap_;
   ShellRequest request_;
   std::unique_ptr<Run> run_;

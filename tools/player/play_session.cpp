@@ -56,12 +56,12 @@ int PlaySession::Run() {
   if (status == kExitOk) status = ReadInput();
   if (status != kExitOk) return status;
   for (;;) {
-    files_ = OpenApplication(application_);
+    files_ = OpenApplication(application_, true);
     if (!files_.error.empty()) {
       PrintError(files_.error);
       return kExitUnreadable;
     }
-    path_ = AbsolutePath(application_);
+    path_ = files_.url.empty() ? AbsolutePath(application_) : files_.url;
     status = player_ ? kExitOk : MakePlayer();
     if (status == kExitOk) status = Load();
     if (status != kExitOk) return status;
@@ -155,7 +155,9 @@ int PlaySession::MakePlayer() {
 int PlaySession::Load() {
   vl_player* const player = player_.get();
   bool ready = true;
-  if (files_.path.empty()) {
+  if (!files_.url.empty()) {
+    ready = vl_set_url(player, files_.url.c_str(), nullptr);
+  } else if (files_.path.empty()) {
     for (const auto& [name, bytes] : files_.files) {
       if (name == files_.mainName) ready = vl_set_bytes(player, name.c_str(), bytes.data(), bytes.size());
     }
@@ -202,7 +204,8 @@ void PlaySession::RememberApplication() {
   std::vector<const char*> others;
   for (const std::string& path : memory_.recent) {
     std::error_code failed;
-    if (path != path_ && fs::exists(path, failed)) others.push_back(path.c_str());
+    if (path != path_ && (path.find("://") != std::string::npos || fs::exists(path, failed)))
+      others.push_back(path.c_str());
   }
   vl_set_recent(player_.get(), others.data(), others.size());
   Remember(memory_, path_);
