@@ -78,7 +78,6 @@ int main(int count, char** arguments) {
   }
   if (!files.empty()) programs = 0;
   uint64_t prepared = 0;
-  uint64_t failing = 0;
   for (uint64_t s = seed; s < seed + programs; ++s) {
     const std::string program = vl::CProgramWriter(s).Write();
     if (show) {
@@ -89,7 +88,6 @@ int main(int count, char** arguments) {
     const std::string difference = vl::CompareRuns(program, &wasPrepared);
     prepared += wasPrepared;
     if (!difference.empty()) return Report("seed " + std::to_string(s), program, difference);
-    if (show) failing += !vl::TraceRun(program, true).error.empty();
   }
   std::printf("%llu programs alike, %llu of them prepared\n", static_cast<unsigned long long>(programs),
               static_cast<unsigned long long>(prepared));
