@@ -2,6 +2,9 @@
 
 #include <chrono>
 
+#include "platform/drive_paths.h"
+#include "platform/posix/user_folder.h"
+
 namespace vl {
 
 Player::Player(const vl_options& options) : options_(options), title_(options.title ? options.title : "Vorlane") {
@@ -119,10 +122,20 @@ bool Player::SendInput(const vl_input_event& input) {
 
 bool Player::Start() {
   if (running_ || !files_) return false;
+  kept_.reset();
+  if (!savesFolder.empty()) {
+    if (!MakeFolder(savesFolder)) return false;
+    kept_ = std::make_unique<PosixFileSystem>(savesFolder);
+    if (!kept_->IsOpen()) return false;
+  }
   std::string reason;
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
   services.files = files_.get();
+  printers_ = printFolder.empty() ? nullptr : std::make_unique<PdfPrinters>(printFolder);
+  services.printers = printers_.get();
+  if (!services.clipboard) services.clipboard = &clipboard_;
+  if (!IsVirtual()) services.serialPorts = &serialPorts_;
   tap_ = std::make_unique<FrameTap>(*services.windows, !sdl_ || options_.detached || onFrame);
   services.windows = tap_.get();
   inputTap_.reset();
@@ -148,7 +161,12 @@ bool Player::Start() {
     services.events = inputTap_.get();
   }
   run_ = std::make_unique<Run>(services, options_.keep_globals != 0);
+  if (kept_) run_->keptFiles = kept_.get();
   run_->param.path = application_;
+  // One from the network has no place on the drive.
+  if (application_.find("://") == std::string::npos) {
+    run_->param.sourceName = std::string(kHomeFolder).append(1, '\\').append(application_);
+  }
   run_->param.detached = options_.detached != 0;
   run_->param.parameters = parameters;
   run_->param.commandLine = commandLine;

@@ -21,9 +21,11 @@
 #include "platform/headless/headless_platform.h"
 #include "platform/memory_files.h"
 #include "platform/posix/deep_thread.h"
+#include "platform/posix/pdf_printers.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
+#include "platform/posix/posix_serial.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -63,6 +65,8 @@ class Player {
 
   std::vector<std::pair<std::string, std::string>> parameters;
   std::string commandLine;
+  std::string savesFolder;  // empty: files go with the run
+  std::string printFolder;  // empty: no printer
 
   RunResult result = RunResult::Ended;
   std::string error;
@@ -80,6 +84,10 @@ class Player {
   PosixFontFinder fonts_;
   std::unique_ptr<FreeTypeTextEngine> text_;
   std::unique_ptr<FileSystem> files_;
+  std::unique_ptr<PosixFileSystem> kept_;
+  std::unique_ptr<PdfPrinters> printers_;
+  PosixSerialPorts serialPorts_;
+  MemoryClipboard clipboard_;
   MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
   std::string application_;                  // path in files_
   std::vector<TimedEvent> script_;
