@@ -82,7 +82,8 @@ std::unique_ptr<File> RunFiles::open(std::string_view path, FileMode mode) {
   Found found;
   if (!FindFull(path, found)) {
     // An application may lie under a name that the period didn't have.
-    const bool isOfBelow = error == SYS_INVALID_NAME || error == SYS_FILENAME_TOO_LONG;
+    const bool isOfBelow = (error == SYS_INVALID_NAME || error == SYS_FILENAME_TOO_LONG) && !path.starts_with('/') &&
+                           path.find("..") == std::string_view::npos;
     return isOfBelow && below_ && mode == FileMode::Read ? below_->open(path, mode) : nullptr;
   }
   std::unique_ptr<File> file;
