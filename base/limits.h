@@ -8,6 +8,9 @@ namespace vl::limits {
 
 // What one run may hold in texts, arrays, variables, objects and surfaces. A page gives 4 GB in all.
 inline constexpr uint64_t kRunMemoryBytes = uint64_t{1} << 30;
+// Memory taken since the last collection that brings the next one, before it is due by the number of new objects: a
+// thousand surfaces of a screen's size would be above what a run may hold.
+inline constexpr uint64_t kCollectAfterBytes = uint64_t{64} << 20;
 // One text. Larger ones only come from runaway concatenation.
 inline constexpr uint32_t kMaxTextBytes = 64u << 20;
 // Script calls in progress. The platform stack of the interpreter's thread must hold them (kThreadStackBytes),
@@ -33,6 +36,10 @@ inline constexpr size_t kMaxStreamBytes = size_t{512} << 20;
 inline constexpr int kMaxSurfaceSide = 32767;
 // Pixels of one surface (256 MB at 32 bits).
 inline constexpr int64_t kMaxSurfacePixels = int64_t{1} << 26;
+// Pixels of the pictures that all windows of a run keep (512 MB); a window beyond shows nothing.
+inline constexpr int64_t kMaxWindowPixels = int64_t{1} << 27;
+// Windows inside one another; bounds the recursion over them.
+inline constexpr int kMaxWindowNesting = 100;
 
 // A text of game input settings. What is made of it takes some forty times its size.
 inline constexpr size_t kMaxInputSettingsBytes = size_t{1} << 20;

@@ -79,7 +79,13 @@ typedef enum vl_input_type {
   VL_INPUT_JOYSTICK_AXIS = 42,     /* x: axis, y: position, -65535 to 65535 */
   VL_INPUT_JOYSTICK_ROTATION = 43, /* x: rotation axis, y: as above */
   VL_INPUT_JOYSTICK_BUTTON = 44,   /* x: button, down: 1 or 0 */
-  VL_INPUT_JOYSTICK_HAT = 45       /* x: hat, y: hundredths of a degree clockwise from forward, -1 in the centre */
+  VL_INPUT_JOYSTICK_HAT = 45,      /* x: hat, y: hundredths of a degree clockwise from forward, -1 in the centre */
+  /* What the desktop did with the window. */
+  VL_INPUT_MINIMIZE = 20,
+  VL_INPUT_MAXIMIZE = 21,
+  VL_INPUT_RESTORE = 22,
+  VL_INPUT_MOVE = 23,   /* x, y: new client position on the screen */
+  VL_INPUT_DISPLAY = 24 /* x, y: new size of the screen, code: its depth in bits */
 } vl_input_type;
 
 typedef struct vl_input_event {

@@ -5,6 +5,7 @@
 // the event queue of the platform.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
@@ -253,6 +254,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CIBaseClassImpl* defaultGameInput = nullptr;
   CWindowFollower* windowFollower = nullptr;  // the current game input
   int32_t newsSinceCollection = 0;
+  uint64_t collectAboveBytes = limits::kCollectAfterBytes;
   int32_t collectionThreshold = 1000;
   bool terminating = false;
   uint32_t nextObjectNumber = 0x00400000;
@@ -365,6 +367,14 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Guarded(CIBaseClassImpl& object, F&& run);
   // True when the program takes the error over.
   bool TakeOver(const CIError& error);
+
+  // The tick collects when enough is new, by number or by size.
+  void CountNewObject() {
+    ++newsSinceCollection;
+    // A program that wants none says so by the largest threshold.
+    if (budget.Used() <= collectAboveBytes || collectionThreshold == INT32_MAX) return;
+    newsSinceCollection = std::max(newsSinceCollection, collectionThreshold + 1);
+  }
 
   // Statements.
   void Action(uint16_t kind);

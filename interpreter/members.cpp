@@ -260,7 +260,7 @@ void CInterpretor::NewClassObject(uint16_t classKind) {
   if ((object->RequiredKinds() & kinds) == 0) RaiseError(ERR_UNKNOWN_MEMBER);
   slot.SetObject(object);
   owner.object = nullptr;
-  ++newsSinceCollection;
+  CountNewObject();
 }
 
 void CInterpretor::NewScriptObject() {
@@ -288,7 +288,7 @@ void CInterpretor::NewScriptObject() {
     owner.object->Construct();
     slot.SetObject(owner.object);
   }
-  ++newsSinceCollection;
+  CountNewObject();
 }
 
 }  // namespace vl

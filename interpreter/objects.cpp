@@ -85,6 +85,7 @@ void CInterpretor::Collect() {
     }
   }
   newsSinceCollection = 0;
+  collectAboveBytes = budget.Used() + limits::kCollectAfterBytes;
 }
 
 CArrayStore* CInterpretor::NewArray() {

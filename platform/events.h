@@ -25,8 +25,9 @@ enum class EventType : int32_t {
   Minimize,
   Maximize,
   Restore,
-  DropFile,  // id: takeBlob() gives the path; x, y
-  HostStop,  // the host wants the run to end: the orderly close comes first
+  DropFile,       // id: takeBlob() gives the path; x, y
+  DisplayChange,  // x, y: new size of the screen; code: its depth
+  HostStop,       // the host wants the run to end: the orderly close comes first
   // Joysticks; code: the joystick's number, below kMaxJoysticks (platform/device_state.h).
   JoystickAttach,    // id: takeBlob() gives its description, see ReadJoystickDescription
   JoystickDetach,    // -

@@ -207,6 +207,19 @@ TimedInput ParseLine(const json& line) {
     e.down = line.value("down", true);
   } else if (type == "joystick") {
     ParseJoystick(line, input);
+  } else if (type == "minimize") {
+    e.type = VL_INPUT_MINIMIZE;
+  } else if (type == "maximize") {
+    e.type = VL_INPUT_MAXIMIZE;
+  } else if (type == "restore") {
+    e.type = VL_INPUT_RESTORE;
+  } else if (type == "move") {
+    e.type = VL_INPUT_MOVE;
+  } else if (type == "display") {
+    e.type = VL_INPUT_DISPLAY;
+    e.x = line.at("width").get<int32_t>();
+    e.y = line.at("height").get<int32_t>();
+    e.code = line.value("depth", 32);
   } else {
     throw std::runtime_error("unknown type \"" + type + "\"");
   }
@@ -279,6 +292,26 @@ std::string FormatInputLine(const TimedInput& input) {
     case VL_INPUT_JOYSTICK_BUTTON:
     case VL_INPUT_JOYSTICK_HAT:
       FormatJoystick(e, e.text ? e.text : input.text, line);
+      break;
+    case VL_INPUT_MINIMIZE:
+      line["type"] = "minimize";
+      break;
+    case VL_INPUT_MAXIMIZE:
+      line["type"] = "maximize";
+      break;
+    case VL_INPUT_RESTORE:
+      line["type"] = "restore";
+      break;
+    case VL_INPUT_MOVE:
+      line["type"] = "move";
+      line["x"] = e.x;
+      line["y"] = e.y;
+      break;
+    case VL_INPUT_DISPLAY:
+      line["type"] = "display";
+      line["width"] = e.x;
+      line["height"] = e.y;
+      line["depth"] = e.code;
       break;
   }
   if (e.mods) {

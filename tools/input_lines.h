@@ -1,4 +1,4 @@
-// Recorded input: one JSON object a line, {"at":ms,"type":"key|char|mouse|wheel|close|resize|focus|joystick",...}.
+// Recorded input: one JSON object a line, {"at":ms,"type":"key|char|mouse|wheel|close|resize|focus|joystick|...",...}.
 //
 //   key     "code": virtual key number, or "key": a letter, digit or name such as "LEFT"; "down": true or false
 //   char    "char": one character, or "code": its byte in code page 1252
@@ -13,6 +13,9 @@
 //           "axis": number, "value": -65535 to 65535        "rotation": number, "value"
 //           "button": number from 0, "down": true or false
 //           "hat": number, "value": hundredths of a degree clockwise from forward, -1 in the centre
+//   minimize, maximize, restore: what the desktop did with the window
+//   move    "x", "y": where its client area is now
+//   display "width", "height", "depth": of the screen from now on
 // All may have "mods": a list of "shift", "control", "alt".
 #pragma once
 

@@ -2,6 +2,7 @@
 
 #include "gfx2d/script/graphics.h"
 #include "host/appfile/app_file.h"
+#include "ui/common_rows.h"
 #include "ui/window_class.h"
 
 namespace vl {
@@ -70,7 +71,8 @@ void CIAnimation::Construct() {
   if (height == kDefaultInt) height = reader->GetHeight();
   width = std::clamp(width, 0, limits::kMaxSurfaceSide);
   height = std::clamp(height, 0, limits::kMaxSurfaceSide);
-  if (target_.type != VT_OBJECT && !CreateChild(true, false)) interpreter.RaiseError(ERR_SECOND_WINDOW);
+  if (target_.type != VT_OBJECT && !CreateChild(kCreateInParent | kCreateLinked))
+    interpreter.RaiseError(ERR_SECOND_WINDOW);
   Create();
 }
 
@@ -123,11 +125,10 @@ void CIAnimation::Paint(std::span<const Rect> boxes) {
 }
 
 int32_t CIAnimation::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
-  if (message != WM_PAINT || interpreter.terminating || destroyed) return 0;
-  WindowNode* node = Tree().Find(window);
-  if (!node) return 0;
-  const Rect box = node->update;
-  node->update = Rect{};
+  if (message != WM_PAINT || interpreter.terminating || destroyed) {
+    return CIChildWindow::WindowProcedure(window, message, wParam, lParam);
+  }
+  const Rect box = Tree().BeginPaint(window, false);
   UpdateFrame();
   Paint({&box, 1});
   return 0;
@@ -144,51 +145,11 @@ template <void (CFramePlayer::*Method)()>
 constexpr MemberRow Played(uint16_t id, const char* name, const char* help) {
   return Row(id, name, &PlayerMember<CIAnimation, Method>, help);
 }
-constexpr MemberRow Refused(uint16_t id, const char* name) {
-  return {id, name, MemberKind::Event, kMember<&CIAnimation::KeyEventsNotOffered>, 0, 0, "refused: error 20"};
-}
 constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
   return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 
-constexpr MemberRow kRows[] = {
-    Row(1, "GetX", kMember<&CIAnimation::GetX>, "GetX(): left edge in its window"),
-    Row(2, "GetY", kMember<&CIAnimation::GetY>, "GetY(): top edge in its window"),
-    Row(3, "GetWidth", kMember<&CIAnimation::GetWidth>, "GetWidth(): pixels"),
-    Row(4, "GetHeight", kMember<&CIAnimation::GetHeight>, "GetHeight(): pixels"),
-    Row(5, "Show", kMember<&CIAnimation::Show>, "Show(now): shows it, at the next refresh or now (1)"),
-    Row(6, "Hide", kMember<&CIAnimation::Hide>, "Hide(now): hides it"),
-    Row(7, "IsVisible", kMember<&CIAnimation::IsVisible>, "IsVisible(): 1 or 0"),
-    Row(8, "SetPosition", kMember<&CIAnimation::SetPosition>, "SetPosition(x, y, now): a missing one stays"),
-    Row(9, "SetSize", kMember<&CIAnimation::SetSize>, "SetSize(w, h, now): a missing one stays"),
-    Row(10, "ToBack", kMember<&CIAnimation::ToBack>, "ToBack(now): below its siblings"),
-    Row(11, "SetTopMost", kMember<&CIAnimation::SetTopMost>, "SetTopMost(now): above all windows"),
-    Row(12, "Enable", kMember<&CIAnimation::Enable>, "Enable(): takes input"),
-    Row(13, "Disable", kMember<&CIAnimation::Disable>, "Disable(): takes no input"),
-    Row(14, "IsEnabled", kMember<&CIAnimation::IsEnabled>, "IsEnabled(): 1 or 0"),
-    Row(15, "SetText", kMember<&CIAnimation::SetText>, "SetText(text): its window's text"),
-    Row(16, "GetText", kMember<&CIAnimation::GetText>, "GetText(): its window's text"),
-    Row(17, "ToFront", kMember<&CIAnimation::ToFront>, "ToFront(now): above its siblings"),
-    Row(18, "GetXMouse", kMember<&CIAnimation::GetXMouse>, "GetXMouse(): mouse, client coordinates"),
-    Row(19, "GetYMouse", kMember<&CIAnimation::GetYMouse>, "GetYMouse(): mouse, client coordinates"),
-    Row(20, "SetColor", kMember<&CIAnimation::SetColor>, "SetColor(r, g, b) or SetColor(0xRRGGBB)"),
-    Row(21, "SetBackColor", kMember<&CIAnimation::SetBackColor>, "SetBackColor(r, g, b) or SetBackColor(0xRRGGBB)"),
-    Row(22, "GetColor", kMember<&CIAnimation::GetColor>, "GetColor(): 0xRRGGBB"),
-    Row(23, "GetBackColor", kMember<&CIAnimation::GetBackColor>, "GetBackColor(): 0xRRGGBB"),
-    Row(24, "SetFont", kMember<&CIAnimation::SetFont>, "SetFont(font) or SetFont(face, size)"),
-    Row(25, "GetFont", kMember<&CIAnimation::GetFont>, "GetFont(): its Font"),
-    Row(26, "GetParentWindow", kMember<&CIAnimation::GetParentWindow>, "GetParentWindow(): the window that holds it"),
-    Row(27, "HasAttribute", kMember<&CIAnimation::HasAttribute>, "HasAttribute(constant): 1 or 0"),
-    Row(28, "SetPrivateData", kMember<&CIAnimation::SetPrivateData>, "SetPrivateData(v): keeps any value"),
-    Row(29, "GetPrivateData", kMember<&CIAnimation::GetPrivateData>, "GetPrivateData(): the value kept"),
-    Row(30, "GetXScreen", kMember<&CIAnimation::GetXScreen>, "GetXScreen(x): client to screen"),
-    Row(31, "GetYScreen", kMember<&CIAnimation::GetYScreen>, "GetYScreen(y): client to screen"),
-    Row(32, "GetXWindow", kMember<&CIAnimation::GetXWindow>, "GetXWindow(x): screen to client"),
-    Row(33, "GetYWindow", kMember<&CIAnimation::GetYWindow>, "GetYWindow(y): screen to client"),
-    Row(34, "SetFocus", kMember<&CIAnimation::SetFocus>, "SetFocus(): takes the keyboard"),
-    Row(35, "HasFocus", kMember<&CIAnimation::HasFocus>, "HasFocus(): 1 or 0"),
-    Refused(36, "OnKeyDown"),
-    Refused(37, "OnKeyUp"),
+constexpr auto kMembers = std::to_array<MemberRow>({
     Played<&CFramePlayer::Play>(38, "Play", "Play(loops, loopStart, flags): missing ones stay; loops counts repeats"),
     Played<&CFramePlayer::Stop>(39, "Stop", "Stop(): stays on its frame"),
     Played<&CFramePlayer::Pause>(40, "Pause", "Pause(): until Resume; the time is lost"),
@@ -202,19 +163,14 @@ constexpr MemberRow kRows[] = {
     Played<&CFramePlayer::PrevFrame>(48, "PrevFrame", "PrevFrame(): one against its direction"),
     Played<&CFramePlayer::SetSpeedFactor>(49, "SetSpeedFactor", "SetSpeedFactor(percent): without one, 100"),
     Played<&CFramePlayer::GetSpeedFactor>(50, "GetSpeedFactor", "GetSpeedFactor(): percent"),
-    Constant(52, "NOBORDER", 0xDEB20000, "attribute"),
-    Constant(53, "TABSTOP", 0xDEB00001, "attribute"),
-    Constant(54, "STATICEDGE", 0xDEB10002, "attribute"),
-    Constant(55, "VSCROLL", 0xDEB00003, "attribute"),
-    Constant(56, "HSCROLL", 0xDEB00004, "attribute"),
-    Constant(57, "HIDDEN", 0xDEB20005, "attribute"),
-    Constant(58, "BORDER", 0xDEB00006, "attribute"),
-    Constant(59, "OKF_SHIFT", 0x1, "key state"),
-    Constant(60, "OKF_CONTROL", 0x2, "key state"),
-    Constant(61, "OKF_ALT", 0x4, "key state"),
+});
+
+constexpr auto kConstants = std::to_array<MemberRow>({
     Constant(62, "REVERSE", kPlayReverse, "flag of Play: backwards, from now on"),
     Constant(63, "LOOP_INFINITE", 0xFFFFFFFF, "loops of Play: for ever"),
-};
+});
+
+constexpr auto kRows = JoinRows(CommonMembers<CIAnimation>(1), kMembers, CommonConstants(52), kConstants);
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "base/system_colors.h"
 #include "gfx2d/colour.h"
+#include "ui/keyboard_filter.h"
 #include "ui/window_class.h"
 
 namespace vl {
@@ -10,7 +11,6 @@ namespace {
 
 constexpr uint32_t kCommonBits[] = {kAttrNoBorder, WS_TABSTOP, 0x20000, WS_VSCROLL, WS_HSCROLL, kAttrHidden, WS_BORDER};
 constexpr AttributeFamily kCommonFamily = {0xDEB00000, kCommonBits};
-constexpr size_t kMaxRest = 7;
 constexpr uint32_t kTextColorIndex = 8;
 constexpr uint32_t kBackColorIndex = 5;
 constexpr int kDefaultFontSize = 16;
@@ -26,6 +26,7 @@ CIChildWindow::CIChildWindow(CInterpretor& interpreter, uint32_t classId)
       privateData(&interpreter) {
   privateData.SetInt(0);
   AddFamily(kCommonFamily);
+  KeyboardFilter::Install(interpreter);
 }
 
 CIChildWindow::~CIChildWindow() = default;
@@ -45,7 +46,7 @@ void CIChildWindow::Destroy(bool final) {
   hwnd = 0;
   if (window) {
     Tree().ForgetTarget(window);
-    Tree().Destroy(window);
+    Tree().Destroy(window, final);
   }
   if (parent) parent->RemoveChild(this);
   parent = nullptr;
@@ -62,98 +63,10 @@ void CIChildWindow::SetBackColorRaw(uint32_t colour) {
   if (WindowNode* node = Tree().Find(hwnd)) node->backColour = colour;
 }
 
-// Finds the word and bit of an attribute constant. `known`: the object has the family; a null result then means
-// an index past its table.
-uint32_t* CIChildWindow::AttributeWordOf(uint32_t constant, uint32_t& bit, bool& known) {
-  known = false;
-  for (int32_t f = 0; f < familyCount_; ++f) {
-    const AttributeFamily& family = families_[static_cast<size_t>(f)];
-    if ((constant & 0xFFF00000) != family.id) continue;
-    known = true;
-    const uint32_t index = constant & 0xFFFF;
-    if (index >= family.bits.size()) return nullptr;
-    bit = family.bits[index];
-    switch (constant >> 16 & 0xF) {
-      case kWordStyle:
-        return &style;
-      case kWordExStyle:
-        return &exStyle;
-      case kWordAttrs:
-        return &attrs;
-      case kWordAttrs2:
-        return &attrs2;
-      default:
-        return nullptr;
-    }
-  }
-  return nullptr;
-}
-
-void CIChildWindow::ParseWindowArguments(uint32_t mask, std::vector<CValue*>* rest) {
-  const auto spare = [&](CValue* value) {
-    if (!rest) interpreter.RaiseError(ERR_BAD_ARGUMENT);
-    if (rest->size() >= kMaxRest) interpreter.RaiseError(ERR_TOO_MANY);
-    rest->push_back(value);
-  };
-  bool parentTaken = false;
-  for (int i = 0; i < interpreter.GetArgCount(); ++i) {
-    CValue* value = interpreter.GetArg(i);
-    if (value->IsDefault()) continue;
-    if (value->type == VT_OBJECT) {
-      if ((mask & kArgParent) && value->IsObjectOfClass(CLASS_WINDOW)) {
-        if (parentTaken) interpreter.RaiseError(ERR_BAD_ARGUMENT);
-        parent = static_cast<CIWindow*>(value->data.object);
-        parentTaken = true;
-      } else {
-        spare(value);
-      }
-      continue;
-    }
-    if (value->type == VT_STRING) {
-      if (mask & kArgText) {
-        creationText = value->GetString();
-        mask &= ~static_cast<uint32_t>(kArgText);
-      } else {
-        spare(value);
-      }
-      continue;
-    }
-    const auto number = static_cast<uint32_t>(value->GetInt());
-    uint32_t bit = 0;
-    bool known = false;
-    uint32_t* word = AttributeWordOf(number, bit, known);
-    if (known) {
-      const bool allowed = ((word == &style || word == &exStyle) && (mask & kArgStyles)) ||
-                           (word == &attrs && (mask & kArgAttrs)) || (word == &attrs2 && (mask & kArgAttrs2));
-      if (!word || !allowed) interpreter.RaiseError(ERR_BAD_ARGUMENT);
-      *word |= bit;
-      continue;
-    }
-    struct Place {
-      uint32_t bit;
-      int32_t* field;
-    };
-    const Place positionFirst[] = {{kArgX, &x}, {kArgY, &y}, {kArgWidth, &width}, {kArgHeight, &height}};
-    const Place sizeFirst[] = {{kArgWidth, &width}, {kArgHeight, &height}, {kArgX, &x}, {kArgY, &y}};
-    bool placed = false;
-    for (const Place& place : (mask & kArgSizeFirst) ? sizeFirst : positionFirst) {
-      if (!(mask & place.bit)) continue;
-      *place.field = static_cast<int32_t>(number);
-      mask &= ~place.bit;
-      placed = true;
-      break;
-    }
-    if (!placed) spare(value);
-  }
-  if ((mask & kArgCurrentWindow) && !parent) {
-    if (!interpreter.currentWindow) interpreter.RaiseError(ERR_NO_WINDOW);
-    parent = static_cast<CIWindow*>(interpreter.currentWindow);
-  }
-}
-
-bool CIChildWindow::CreateChild(bool asChild, bool inHostWindow) {
+bool CIChildWindow::CreateChild(uint32_t flags) {
   const WindowHandle parentHandle = parent ? parent->Handle() : 0;
-  if (!asChild || (!parentHandle && !inHostWindow)) style &= ~static_cast<uint32_t>(WS_CHILD);
+  const bool inHostWindow = (flags & kCreateInHost) != 0;
+  if (!(flags & kCreateInParent) || (!parentHandle && !inHostWindow)) style &= ~static_cast<uint32_t>(WS_CHILD);
   if (attrs & kAttrHidden) {
     style &= ~static_cast<uint32_t>(WS_VISIBLE);
   } else {
@@ -162,21 +75,39 @@ bool CIChildWindow::CreateChild(bool asChild, bool inHostWindow) {
   if (attrs & kAttrNoBorder) style &= ~static_cast<uint32_t>(WS_BORDER);
   WindowCreation creation;
   creation.parent = (style & WS_CHILD) ? parentHandle : 0;
+  creation.owner = parentHandle;
   creation.inHostWindow = inHostWindow;
   creation.style = style & ~static_cast<uint32_t>(WS_VISIBLE);
   creation.exStyle = exStyle;
   creation.x = x;
   creation.y = y;
-  creation.width = width;
-  creation.height = height;
-  creation.borders = {borderLeft, borderTop, borderRight, borderBottom};
+  creation.width = OuterWidth();
+  creation.height = OuterHeight();
   creation.text = creationText;
-  hwnd = Tree().Create(creation, this);
+  creation.backColour = backColor;
+  hwnd = Tree().Create(creation, (flags & kCreateLinked) ? this : nullptr);
   if (!hwnd) return false;
-  if (WindowNode* node = Tree().Find(hwnd)) node->backColour = backColor;
+  Tree().Send(hwnd, WM_SETFONT);
   // It comes up at the next refresh, together with its siblings.
   if (style & WS_VISIBLE) SetPendingShow(SW_SHOW);
   return true;
+}
+
+int32_t CIChildWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
+  if (interpreter.terminating || destroyed) return 0;
+  return Tree().DefaultProcedure(window, message, wParam, lParam);
+}
+
+bool CIChildWindow::TakesTab() {
+  return Handle() && (style & WS_TABSTOP) && Tree().IsVisible(hwnd) && Tree().IsEnabled(hwnd);
+}
+
+std::vector<CValue> CIChildWindow::EventArguments(std::initializer_list<int32_t> numbers) {
+  std::vector<CValue> arguments;
+  arguments.reserve(numbers.size() + 1);
+  arguments.push_back(interpreter.MakeValue(static_cast<CIBaseClassImpl*>(this)));
+  for (const int32_t number : numbers) arguments.push_back(interpreter.MakeValue(number));
+  return arguments;
 }
 
 void CIChildWindow::Refresh() {
@@ -192,20 +123,28 @@ void CIChildWindow::Refresh() {
   posFlags = kNothingToDo;
   insertAfter = 0;
   styleDirty = exStyleDirty = false;
+  // What a restored window tells of its old place must not undo what was asked for.
+  const Rect asked{x, y, x + OuterWidth(), y + OuterHeight()};
   if (wasShowPending) {
     for (uint32_t command = 0; command < kShowCommands; ++command) {
       if (pending[command]) Tree().Show(hwnd, command);
     }
+    if (pending[SW_SHOWNORMAL]) {
+      BringUp(HWND_TOPMOST);
+      BringUp(HWND_NOTOPMOST);
+    }
   }
   if (flags != kNothingToDo) {
-    Tree().SetPosition(hwnd, after, x, y, OuterWidth(), OuterHeight(), flags);
+    if (after == HWND_TOP) BringUp(HWND_TOPMOST);
+    Tree().SetPosition(hwnd, after, asked.left, asked.top, asked.Width(), asked.Height(), flags);
+    if (after == HWND_TOP) BringUp(HWND_NOTOPMOST);
   }
-  if (WindowNode* node = Tree().Find(hwnd)) {
-    node->style = style;
-    node->exStyle = exStyle;
-    if (restyled) Tree().Invalidate(hwnd);
-  }
+  if (restyled) Tree().SetStyle(hwnd, style, exStyle);
+  if (flags == kNothingToDo || restyled) Tree().Invalidate(hwnd);
 }
+
+// Through all that is topmost.
+void CIChildWindow::BringUp(int32_t order) { Tree().SetPosition(hwnd, order, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE); }
 
 void CIChildWindow::SetSizeRaw(int32_t w, int32_t h, bool now) {
   width = w;
@@ -224,7 +163,9 @@ void CIChildWindow::RequestOrder(int32_t order, bool now) {
   if (!Handle()) return;
   insertAfter = order;
   if (now) {
-    Tree().SetPosition(hwnd, order, 0, 0, 0, 0, SWP_NOMOVE | SWP_NOSIZE);
+    if (order == HWND_TOP) BringUp(HWND_TOPMOST);
+    BringUp(order);
+    if (order == HWND_TOP) BringUp(HWND_NOTOPMOST);
   } else {
     posFlags &= ~static_cast<uint32_t>(SWP_NOZORDER);
   }
@@ -344,6 +285,7 @@ void CIChildWindow::SetFont() {
   }
   if (!chosen) chosen = new CIFont(interpreter, description);
   ApplyFont(chosen);
+  Tree().Send(hwnd, WM_SETFONT, 0, 1);
   RequestRefresh();
 }
 

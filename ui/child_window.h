@@ -28,6 +28,9 @@ enum AttributeWord : uint32_t { kWordStyle = 0, kWordExStyle = 1, kWordAttrs = 2
 // Bits of `attrs` of the common family.
 enum CommonAttribute : uint32_t { kAttrHidden = 1, kAttrNoBorder = 2 };
 
+// How CreateChild makes the window.
+enum CreateFlag : uint32_t { kCreateInParent = 1, kCreateLinked = 2, kCreateInHost = 0x100 };
+
 // What may come in a constructor's arguments; used up as values arrive.
 enum ArgumentMask : uint32_t {
   kArgX = 0x1,
@@ -39,6 +42,7 @@ enum ArgumentMask : uint32_t {
   kArgStyles = 0x100,
   kArgAttrs = 0x400,
   kArgAttrs2 = 0x800,
+  kControlArguments = 0x400005AF,  // what the controls take
   kArgCurrentWindow = 0x40000000,
   kArgSizeFirst = 0x80000000,
 };
@@ -52,6 +56,11 @@ class CIChildWindow : public CIBaseClassImpl, public CIRefresh, public CIFontCon
   void Destroy(bool final) override;
   bool DependsOn(CIBaseClassImpl* target) override;
   void Refresh() override;
+
+  // CWindowTarget: what a window does that has nothing of its own to do.
+  int32_t WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) override;
+  // Can be reached with Tab.
+  bool TakesTab();
 
   virtual void SetTextColorRaw(uint32_t colour) { textColor = colour; }
   virtual void SetBackColorRaw(uint32_t colour);
@@ -131,8 +140,8 @@ class CIChildWindow : public CIBaseClassImpl, public CIRefresh, public CIFontCon
   // Sorts the constructor's arguments by what they are; what is left over goes to `rest` (at most 7), or is an
   // error without one.
   void ParseWindowArguments(uint32_t mask, std::vector<CValue*>* rest);
-  // False when the window can't be made. `asChild`: it stands in its parent's window.
-  bool CreateChild(bool asChild, bool inHostWindow);
+  // Flags as CreateFlag. False when the window can't be made.
+  bool CreateChild(uint32_t flags);
   uint32_t* AttributeWordOf(uint32_t constant, uint32_t& bit, bool& known);
   void SetPendingShow(uint32_t command) {
     pendingShow[command] = 1;
@@ -146,10 +155,13 @@ class CIChildWindow : public CIBaseClassImpl, public CIRefresh, public CIFontCon
   }
   int32_t OuterWidth() const { return width + borderLeft + borderRight; }
   int32_t OuterHeight() const { return height + borderTop + borderBottom; }
+  // An event of this object: its arguments are the object itself and the numbers.
+  std::vector<CValue> EventArguments(std::initializer_list<int32_t> numbers);
   CValue& Result() { return interpreter.GetResult(); }
 
  private:
   void RequestOrder(int32_t order, bool now);
+  void BringUp(int32_t order);
   uint32_t ColorArgument(uint32_t old);
   Point ClientArgument(int32_t& given);
 

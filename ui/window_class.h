@@ -12,6 +12,8 @@
 
 namespace vl {
 
+class CIScrollBar;
+
 // Bits of `attrs` of the Window's own family.
 enum WindowAttribute : uint32_t {
   kAttrGame = 0x4,
@@ -31,6 +33,9 @@ enum WindowAttribute : uint32_t {
 };
 
 enum class MouseButtonConstant : uint32_t { Left = 0x89AF0001, Middle = 0x89AF0002, Right = 0x89AF0003 };
+
+// Sees the messages of a window before the window does. Sets `handled` to end the message; gives its result.
+using MessageHook = int32_t (*)(CIWindow& window, bool& handled, uint32_t message, uint32_t wParam, int32_t lParam);
 
 class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner {
  public:
@@ -55,9 +60,18 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
 
   // CWindowTarget.
   int32_t WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) override;
+  // A hook may be in the list more than once, and is then called so.
+  void AddMessageHook(MessageHook hook) { hooks_.push_back(hook); }
+  // The first of that address.
+  void RemoveMessageHook(MessageHook hook);
 
   void AddChild(CIChildWindow* child) { children.push_back(child); }
   void RemoveChild(CIChildWindow* child);
+  // Null when no control takes the Tab; Next and Previous start behind `from` and go round.
+  CIChildWindow* FirstTabChild();
+  CIChildWindow* LastTabChild();
+  CIChildWindow* NextTabChild(CIChildWindow* from);
+  CIChildWindow* PreviousTabChild(CIChildWindow* from);
 
   // Members.
   void ForwardToSurface();
@@ -67,6 +81,8 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
   void SetEvent();
   void DoModal();
   void EndModal();
+  void SetIcon();
+  void EnableCloseBox();
   void SetAutoClose();
   void Center();
   void Maximize() { SetPendingShow(SW_SHOWMAXIMIZED); }
@@ -76,18 +92,24 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
   void Restore() { SetPendingShow(SW_RESTORE); }
   void SetMinSize();
   void SetMaxSize();
+  void EnableDropFile();
   void NotOffered() { interpreter.RaiseError(ERR_NOT_OFFERED); }
+  void GetHorizontalScrollBar();
+  void GetVerticalScrollBar();
   void BeginMouseCapture() { Tree().SetCapture(hwnd); }
   void EndMouseCapture() { Tree().SetCapture(0); }
   void HasMouseCapture();
-  void Flash() {}
+  void Flash();
   void GetLeftBorderSize() { Result().SetInt(borderLeft); }
   void GetRightBorderSize() { Result().SetInt(borderRight); }
   void GetTopBorderSize() { Result().SetInt(borderTop); }
   void GetBottomBorderSize() { Result().SetInt(borderBottom); }
+  void SetShape();
 
   std::vector<CIChildWindow*> children;  // in order of creation
   CISurface* surface = nullptr;          // counted; null with NOSURFACE
+  CIScrollBar* horizontalBar = nullptr;  // with HSCROLL; goes with the window
+  CIScrollBar* verticalBar = nullptr;    // with VSCROLL
   bool autoClose = true;
   bool modal = false;
   bool ownsWindow = false;
@@ -117,20 +139,43 @@ class CIWindow : public CIChildWindow, public CSurfaceHost, public CSurfaceOwner
   };
   static size_t EventOfMember(uint16_t memberId);
 
+  // window_class.cpp
   void CreateWindow(int32_t depth, int64_t background, bool inHostWindow);
   void ApplyAttributes(int64_t& background);
+  void LeaveModal();
+  void DropBars(bool final);
+
+  // window_messages.cpp
+  bool IsQuietedByModal(WindowHandle window, uint32_t message, int32_t& answer);
+  int32_t HandleMessage(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam, bool& ended);
+  // Coalesced events are posted as unique.
   void PostWith(Event event, std::initializer_list<int32_t> numbers, bool unique);
   void OnSizeMessage(uint32_t kind, int32_t newWidth, int32_t newHeight);
+  void OnSizing(uint32_t edge);
   void OnMouseButton(uint32_t message, int32_t lParam);
-  void OnCharacter(uint32_t character);
+  void OnDrop(uint32_t id, int32_t lParam);
   void OnSystemClose();
   void OnDestroyMessage();
-  void PaintUpdate(WindowHandle window);
+  void OnPaint();
+  void BecomeActiveSibling();
+  void LetAnotherSiblingBeActive();
+  void ShowCursor();
+
+  // window_input_line.cpp
+  void OnCharacter(uint32_t character);
   void RedrawInput(bool withLine);
+
+  // window_members.cpp and window_pictures.cpp
   void ClampToLimits();
-  void LeaveModal();
+  // The picture that an argument names: a Surface, an element of the image bank, a file. Null when there is none.
+  const cSurface* PictureArgument(int index, CISurface::Picture& picture);
 
   std::array<const BlockRecord*, kEventCount> events_{};
+  std::vector<MessageHook> hooks_;
+  bool hasCursor_ = false;
+  CursorShape cursorShape_ = CursorShape::Arrow;
+  WindowPicture cursorPicture_;  // instead of the shape, unless it has no size
+  uint32_t cursorSerial_ = 0;
   std::string inputText_;
   std::string inputPrompt_;
   bool inputActive_ = false;

@@ -2,6 +2,7 @@
 // controls, its own, and the constants of all three.
 #include "gfx2d/script/surface_class.h"
 #include "gfx2d/script/surface_constants.h"
+#include "ui/common_rows.h"
 #include "ui/window_class.h"
 
 namespace vl {
@@ -19,19 +20,11 @@ constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, 
 constexpr MemberRow OnEvent(uint16_t id, const char* name, const char* help) {
   return {id, name, MemberKind::Event, kMember<&CIWindow::SetEvent>, 0, kGlobal, help};
 }
-// Events that a hosted program isn't offered.
-constexpr MemberRow Refused(uint16_t id, const char* name) {
-  return {id, name, MemberKind::Event, kMember<&CIWindow::KeyEventsNotOffered>, 0, kGlobal, "refused: error 20"};
-}
-// Not in this player yet.
-constexpr MemberRow Missing(uint16_t id, const char* name, const char* help) {
-  return {id, name, MemberKind::Member, nullptr, 0, kGlobal, help};
-}
 constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
   return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 
-constexpr MemberRow kMemberRows[] = {
+constexpr auto kDrawn = std::to_array<MemberRow>({
     Drawn(1, "Write"),
     Drawn(2, "WriteLn"),
     Drawn(3, "MoveTo"),
@@ -97,45 +90,12 @@ constexpr MemberRow kMemberRows[] = {
     Drawn(63, "Unlock"),
     Drawn(64, "GetStringWidth"),
     Drawn(65, "GetStringHeight"),
-    Row(66, "GetX", kMember<&CIWindow::GetX>, "GetX(): left edge of the frame"),
-    Row(67, "GetY", kMember<&CIWindow::GetY>, "GetY(): top edge of the frame"),
-    Row(68, "GetWidth", kMember<&CIWindow::GetWidth>, "GetWidth(): client width"),
-    Row(69, "GetHeight", kMember<&CIWindow::GetHeight>, "GetHeight(): client height"),
-    Row(70, "Show", kMember<&CIWindow::Show>, "Show(now): shows it, at the next refresh or now (1)"),
-    Row(71, "Hide", kMember<&CIWindow::Hide>, "Hide(now): hides it"),
-    Row(72, "IsVisible", kMember<&CIWindow::IsVisible>, "IsVisible(): 1 or 0"),
-    Row(73, "SetPosition", kMember<&CIWindow::SetPosition>, "SetPosition(x, y, now): a missing one stays"),
-    Row(74, "SetSize", kMember<&CIWindow::SetSize>, "SetSize(w, h, now): client size; a missing one stays"),
-    Row(75, "ToBack", kMember<&CIWindow::ToBack>, "ToBack(now): below its siblings"),
-    Row(76, "SetTopMost", kMember<&CIWindow::SetTopMost>, "SetTopMost(now): above all windows"),
-    Row(77, "Enable", kMember<&CIWindow::Enable>, "Enable(): takes input"),
-    Row(78, "Disable", kMember<&CIWindow::Disable>, "Disable(): takes no input"),
-    Row(79, "IsEnabled", kMember<&CIWindow::IsEnabled>, "IsEnabled(): 1 or 0"),
-    Row(80, "SetText", kMember<&CIWindow::SetText>, "SetText(text): the title"),
-    Row(81, "GetText", kMember<&CIWindow::GetText>, "GetText(): the title"),
-    Row(82, "ToFront", kMember<&CIWindow::ToFront>, "ToFront(now): above its siblings"),
-    Row(83, "GetXMouse", kMember<&CIWindow::GetXMouse>, "GetXMouse(): mouse, client coordinates"),
-    Row(84, "GetYMouse", kMember<&CIWindow::GetYMouse>, "GetYMouse(): mouse, client coordinates"),
-    Row(85, "SetColor", kMember<&CIWindow::SetColor>, "SetColor(r, g, b) or SetColor(0xRRGGBB): text and pen colour"),
-    Row(86, "SetBackColor", kMember<&CIWindow::SetBackColor>, "SetBackColor(r, g, b) or SetBackColor(0xRRGGBB)"),
-    Row(87, "GetColor", kMember<&CIWindow::GetColor>, "GetColor(): 0xRRGGBB"),
-    Row(88, "GetBackColor", kMember<&CIWindow::GetBackColor>, "GetBackColor(): 0xRRGGBB"),
-    Row(89, "SetFont", kMember<&CIWindow::SetFont>, "SetFont(font) or SetFont(face, size)"),
-    Row(90, "GetFont", kMember<&CIWindow::GetFont>, "GetFont(): its Font"),
-    Row(91, "GetParentWindow", kMember<&CIWindow::GetParentWindow>, "GetParentWindow(): the window that holds it"),
-    Row(92, "HasAttribute", kMember<&CIWindow::HasAttribute>, "HasAttribute(constant): 1 or 0"),
-    Row(93, "SetPrivateData", kMember<&CIWindow::SetPrivateData>, "SetPrivateData(v): keeps any value"),
-    Row(94, "GetPrivateData", kMember<&CIWindow::GetPrivateData>, "GetPrivateData(): the value kept"),
-    Row(95, "GetXScreen", kMember<&CIWindow::GetXScreen>, "GetXScreen(x): client to screen"),
-    Row(96, "GetYScreen", kMember<&CIWindow::GetYScreen>, "GetYScreen(y): client to screen"),
-    Row(97, "GetXWindow", kMember<&CIWindow::GetXWindow>, "GetXWindow(x): screen to client"),
-    Row(98, "GetYWindow", kMember<&CIWindow::GetYWindow>, "GetYWindow(y): screen to client"),
-    Row(99, "SetFocus", kMember<&CIWindow::SetFocus>, "SetFocus(): takes the keyboard"),
-    Row(100, "HasFocus", kMember<&CIWindow::HasFocus>, "HasFocus(): 1 or 0"),
-    Refused(101, "OnKeyDown"),
-    Refused(102, "OnKeyUp"),
+});
+
+constexpr auto kOwnMembers = std::to_array<MemberRow>({
     Row(103, "GetSurface", kMember<&CIWindow::GetSurface>, "GetSurface(): the surface behind the window"),
-    Row(104, "SetCursor", kMember<&CIWindow::SetCursor>, "SetCursor(number): one of the cursor constants"),
+    Row(104, "SetCursor", kMember<&CIWindow::SetCursor>,
+        "SetCursor(number) or SetCursor(picture, mask colour, x, y): the pointer over it"),
     Row(105, "Input", kMember<&CIWindow::Input>, "Input(prompt): a line that the person types"),
     OnEvent(106, "OnDblClick", "OnDblClick = f: f(window, x, y, button)"),
     OnEvent(107, "OnSetFocus", "OnSetFocus = f: f(window)"),
@@ -148,8 +108,8 @@ constexpr MemberRow kMemberRows[] = {
     OnEvent(114, "OnMaximize", "OnMaximize = f: f(window)"),
     Row(115, "DoModal", kMember<&CIWindow::DoModal>, "DoModal(): keeps other windows quiet; needs FAKECHILD"),
     Row(116, "EndModal", kMember<&CIWindow::EndModal>, "EndModal(): the contrary"),
-    Missing(117, "SetIcon", "SetIcon(surface, size): its icon"),
-    Missing(118, "EnableCloseBox", "EnableCloseBox(flag): the box in the caption"),
+    Row(117, "SetIcon", kMember<&CIWindow::SetIcon>, "SetIcon(surface, size): its icon"),
+    Row(118, "EnableCloseBox", kMember<&CIWindow::EnableCloseBox>, "EnableCloseBox(flag): the box in the caption"),
     Row(119, "SetAutoClose", kMember<&CIWindow::SetAutoClose>, "SetAutoClose(flag): 0 leaves the close to OnClose"),
     Row(120, "Center", kMember<&CIWindow::Center>, "Center(window): onto that window, its parent or the screen"),
     Row(121, "Maximize", kMember<&CIWindow::Maximize>, "Maximize()"),
@@ -159,36 +119,32 @@ constexpr MemberRow kMemberRows[] = {
     Row(125, "Restore", kMember<&CIWindow::Restore>, "Restore()"),
     Row(126, "SetMinSize", kMember<&CIWindow::SetMinSize>, "SetMinSize(w, h): smallest outer size"),
     Row(127, "SetMaxSize", kMember<&CIWindow::SetMaxSize>, "SetMaxSize(w, h): largest outer size"),
-    Missing(128, "EnableDropFile", "EnableDropFile(flag): files may be dropped on it"),
+    Row(128, "EnableDropFile", kMember<&CIWindow::EnableDropFile>, "EnableDropFile(flag): files may be dropped on it"),
     OnEvent(129, "OnDropFile", "OnDropFile = f: f(window, name, x, y)"),
     Row(130, "SetFullScreenMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
     Row(131, "SetWindowedMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
     OnEvent(132, "OnMouseDown", "OnMouseDown = f: f(window, x, y, button)"),
     OnEvent(133, "OnMouseUp", "OnMouseUp = f: f(window, x, y, button)"),
     OnEvent(134, "OnMouseMove", "OnMouseMove = f: f(window, x, y)"),
-    Missing(135, "GetHorizontalScrollBar", "GetHorizontalScrollBar(): of a window made with HSCROLL"),
-    Missing(136, "GetVerticalScrollBar", "GetVerticalScrollBar(): of a window made with VSCROLL"),
+    Row(135, "GetHorizontalScrollBar", kMember<&CIWindow::GetHorizontalScrollBar>,
+        "GetHorizontalScrollBar(): of a window made with HSCROLL"),
+    Row(136, "GetVerticalScrollBar", kMember<&CIWindow::GetVerticalScrollBar>,
+        "GetVerticalScrollBar(): of a window made with VSCROLL"),
     Row(137, "BeginMouseCapture", kMember<&CIWindow::BeginMouseCapture>,
         "BeginMouseCapture(): the mouse is this window's"),
     Row(138, "EndMouseCapture", kMember<&CIWindow::EndMouseCapture>, "EndMouseCapture()"),
     Row(139, "HasMouseCapture", kMember<&CIWindow::HasMouseCapture>, "HasMouseCapture(): 1 or 0"),
-    Missing(140, "Flash", "Flash(flag): draws attention"),
+    Row(140, "Flash", kMember<&CIWindow::Flash>, "Flash(flag): draws attention"),
     Row(141, "GetLeftBorderSize", kMember<&CIWindow::GetLeftBorderSize>, "GetLeftBorderSize(): pixels"),
     Row(142, "GetRightBorderSize", kMember<&CIWindow::GetRightBorderSize>, "GetRightBorderSize(): pixels"),
     Row(143, "GetTopBorderSize", kMember<&CIWindow::GetTopBorderSize>, "GetTopBorderSize(): pixels"),
     Row(144, "GetBottomBorderSize", kMember<&CIWindow::GetBottomBorderSize>, "GetBottomBorderSize(): pixels"),
     OnEvent(145, "OnMouseWheel", "OnMouseWheel = f: f(window, delta)"),
-    Missing(146, "SetShape", "SetShape(surface): cuts the window to the pixels that aren't 0"),
-    Constant(148, "NOBORDER", 0xDEB20000, "attribute"),
-    Constant(149, "TABSTOP", 0xDEB00001, "attribute"),
-    Constant(150, "STATICEDGE", 0xDEB10002, "attribute"),
-    Constant(151, "VSCROLL", 0xDEB00003, "attribute"),
-    Constant(152, "HSCROLL", 0xDEB00004, "attribute"),
-    Constant(153, "HIDDEN", 0xDEB20005, "attribute"),
-    Constant(154, "BORDER", 0xDEB00006, "attribute"),
-    Constant(155, "OKF_SHIFT", 0x1, "key state"),
-    Constant(156, "OKF_CONTROL", 0x2, "key state"),
-    Constant(157, "OKF_ALT", 0x4, "key state"),
+    Row(146, "SetShape", kMember<&CIWindow::SetShape>,
+        "SetShape(surface): cuts the window to the pixels that aren't 0"),
+});
+
+constexpr auto kOwnConstants = std::to_array<MemberRow>({
     Constant(158, "GAME", 0xAAD20000, "attribute"),
     Constant(159, "DIALOG", 0xAAD20001, "attribute"),
     Constant(160, "RESIZABLE", 0xAAD20002, "attribute"),
@@ -217,11 +173,13 @@ constexpr MemberRow kMemberRows[] = {
     Constant(183, "LEFTBUTTON", 0x89AF0001, "mouse button"),
     Constant(184, "MIDDLEBUTTON", 0x89AF0002, "mouse button"),
     Constant(185, "RIGHTBUTTON", 0x89AF0003, "mouse button"),
-};
+});
 
 constexpr uint16_t kFirstSurfaceConstant = 186;
 
-constexpr auto kRows = WithSurfaceConstants(kMemberRows, kFirstSurfaceConstant);
+constexpr auto kRows = WithSurfaceConstants(
+    JoinRows(kDrawn, CommonMembers<CIWindow>(66, kGlobal), kOwnMembers, CommonConstants(148), kOwnConstants),
+    kFirstSurfaceConstant);
 
 }  // namespace
 

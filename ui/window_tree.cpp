@@ -1,37 +1,23 @@
+// WindowTree: the life of windows, their places and states.
 #include "ui/window_tree.h"
 
 #include <algorithm>
 
-#include "base/system_colors.h"
-#include "gfx2d/colour.h"
-#include "gfx2d/present.h"
 #include "interpreter/interpretor.h"
+#include "ui/window_frame.h"
 
 namespace vl {
 
 namespace {
 
-// A flood of platform events must not fill the memory: moves beyond this are dropped.
-constexpr size_t kMaxQueued = 4096;
+constexpr uint32_t kRestored = 0;
+constexpr uint32_t kMinimized = 1;
+constexpr uint32_t kMaximized = 2;
 
-constexpr uint32_t kActivated = 1;
+int ClampSide(int side) { return std::clamp(side, 0, limits::kMaxSurfaceSide); }
 
-uint32_t ButtonMessage(int32_t button, bool down, bool twice) {
-  switch (button) {
-    case kMouseMiddle:
-      return down ? (twice ? WM_MBUTTONDBLCLK : WM_MBUTTONDOWN) : WM_MBUTTONUP;
-    case kMouseRight:
-      return down ? (twice ? WM_RBUTTONDBLCLK : WM_RBUTTONDOWN) : WM_RBUTTONUP;
-    default:
-      return down ? (twice ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN) : WM_LBUTTONUP;
-  }
-}
-
-// wParam of mouse messages: the buttons and keys that are down.
-uint32_t MouseKeys(int32_t mods) {
-  return ((mods & kModLeftButton) ? 1u : 0u) | ((mods & kModRightButton) ? 2u : 0u) | ((mods & kModShift) ? 4u : 0u) |
-         ((mods & kModControl) ? 8u : 0u) | ((mods & kModMiddleButton) ? 16u : 0u);
-}
+// Places far outside stay far outside without leaving what coordinates can hold.
+int ClampPlace(int place) { return std::clamp(place, -4 * limits::kMaxSurfaceSide, 4 * limits::kMaxSurfaceSide); }
 
 }  // namespace
 
@@ -50,277 +36,102 @@ WindowNode* WindowTree::Find(WindowHandle window) {
   return it == nodes_.end() ? nullptr : it->second.get();
 }
 
-// --- Messages ---
-
-bool WindowTree::HasMessage() {
-  TakeEvents(0);
-  if (!queue_.empty()) return true;
-  return std::any_of(nodes_.begin(), nodes_.end(),
-                     [](const auto& entry) { return entry.second->visible && !entry.second->update.IsEmpty(); });
-}
-
-bool WindowTree::Get(CMessage& message) {
-  if (!queue_.empty()) {
-    message = queue_.front();
-    queue_.pop_front();
-    return true;
-  }
-  // Paint comes last: it gathers what all other messages made stale.
-  for (const auto& [handle, node] : nodes_) {
-    if (node->visible && !node->update.IsEmpty()) {
-      message = CMessage{handle, WM_PAINT, 0, 0, services_.clock->nowMs()};
-      return true;
-    }
-  }
-  return false;
-}
-
-void WindowTree::Dispatch(const CMessage& message) {
-  WindowNode* node = Find(message.window);
-  if (!node) return;
-  Send(message.window, message.message, message.wParam, message.lParam);
-  if (message.message == WM_PAINT) {
-    // A target that didn't paint must not be asked for ever.
-    if (WindowNode* painted = Find(message.window)) painted->update = Rect{};
-  }
-}
-
-void WindowTree::WaitForMessage(int timeoutMs) {
-  if (queue_.empty()) TakeEvents(timeoutMs);
-}
-
-void WindowTree::TakeEvents(int timeoutMs) {
-  Event event;
-  while (services_.events->waitEvent(event, timeoutMs)) {
-    Translate(event);
-    timeoutMs = 0;
-  }
-}
-
-void WindowTree::CloseMainWindow() {
-  if (Find(mainWindow)) Send(mainWindow, WM_CLOSE);
-}
-
 int32_t WindowTree::Send(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
   WindowNode* node = Find(window);
-  return node && node->target ? node->target->WindowProcedure(window, message, wParam, lParam) : 0;
+  if (!node) return 0;
+  return node->target ? node->target->WindowProcedure(window, message, wParam, lParam)
+                      : DefaultProcedure(window, message, wParam, lParam);
 }
 
-void WindowTree::Post(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
-  if (queue_.size() >= kMaxQueued) {
-    if (message == WM_MOUSEMOVE) return;
-    const auto move =
-        std::find_if(queue_.begin(), queue_.end(), [](const CMessage& m) { return m.message == WM_MOUSEMOVE; });
-    if (move == queue_.end()) return;
-    queue_.erase(move);
-  }
-  queue_.push_back({window, message, wParam, lParam, services_.clock->nowMs()});
-}
+// --- Life ---
 
-WindowHandle WindowTree::OfNative(NativeWindow native) {
-  for (const WindowHandle top : topLevels_) {
-    if (nodes_[top]->native == native) return top;
-  }
-  // Events without a window are for the one in front.
-  if (native == 0 && !topLevels_.empty()) return topLevels_.front();
-  return 0;
+int WindowTree::DepthOf(WindowHandle window) {
+  int depth = 0;
+  for (WindowNode* node = Find(window); node; node = Find(node->parent)) ++depth;
+  return depth;
 }
-
-void WindowTree::Translate(const Event& event) {
-  if (event.type == EventType::HostStop) {
-    // In this order: the window goes, as a person would see it, then the walk ends.
-    CloseMainWindow();
-    param_.stop.store(true);
-    return;
-  }
-  const WindowHandle window = OfNative(event.window);
-  WindowNode* node = Find(window);
-  if (!node) return;
-  switch (event.type) {
-    case EventType::MouseMove:
-    case EventType::MouseDown:
-    case EventType::MouseUp:
-    case EventType::MouseWheel:
-      TranslateMouse(event);
-      return;
-    case EventType::KeyDown:
-      Post(focus_ ? focus_ : window, WM_KEYDOWN, static_cast<uint32_t>(event.code));
-      return;
-    case EventType::KeyUp:
-      Post(focus_ ? focus_ : window, WM_KEYUP, static_cast<uint32_t>(event.code));
-      return;
-    case EventType::Char:
-      Post(focus_ ? focus_ : window, WM_CHAR, static_cast<uint32_t>(event.ch) & 0xFF);
-      return;
-    case EventType::Close:
-      Post(window, WM_SYSCOMMAND, SC_CLOSE);
-      return;
-    case EventType::Resize:
-      if (event.x > 0 && event.y > 0) {
-        node->width = event.x;
-        node->height = event.y;
-        node->minimized = false;
-        Post(window, WM_SIZE, node->maximized ? 2 : 0, MakeLParam(event.x, event.y));
-        Invalidate(window);
-      }
-      return;
-    case EventType::Move:
-      node->x = event.x - node->borders.left;
-      node->y = event.y - node->borders.top;
-      Post(window, WM_MOVE, 0, MakeLParam(event.x, event.y));
-      return;
-    case EventType::Focus:
-      Activate(window);
-      SetFocus(focus_ && TopLevel(focus_) == window ? focus_ : window);
-      return;
-    case EventType::Blur:
-      if (focus_ && TopLevel(focus_) == window) {
-        Post(focus_, WM_KILLFOCUS);
-        focus_ = 0;
-      }
-      Post(window, WM_ACTIVATE, 0);
-      return;
-    case EventType::Expose:
-      Invalidate(window);
-      return;
-    case EventType::Minimize:
-      node->minimized = true;
-      Post(window, WM_SYSCOMMAND, SC_MINIMIZE);
-      return;
-    case EventType::Maximize:
-      node->maximized = true;
-      Post(window, WM_SYSCOMMAND, SC_MAXIMIZE);
-      return;
-    case EventType::Restore:
-      node->minimized = node->maximized = false;
-      return;
-    case EventType::DropFile:
-      Post(window, WM_DROPFILES, event.id, MakeLParam(event.x, event.y));
-      return;
-    default:
-      return;
-  }
-}
-
-void WindowTree::TranslateMouse(const Event& event) {
-  WindowHandle window = OfNative(event.window);
-  const Point origin = ClientOrigin(window);
-  mouse_ = {origin.x + event.x, origin.y + event.y};
-  int x = event.x;
-  int y = event.y;
-  if (Find(capture_)) {
-    const Point captured = ClientOrigin(capture_);
-    x = mouse_.x - captured.x;
-    y = mouse_.y - captured.y;
-    window = capture_;
-  } else {
-    window = HitTest(window, x, y);
-  }
-  const uint32_t keys = MouseKeys(event.mods);
-  switch (event.type) {
-    case EventType::MouseMove:
-      Post(window, WM_MOUSEMOVE, keys, MakeLParam(x, y));
-      return;
-    case EventType::MouseDown:
-      Post(window, WM_MOUSEACTIVATE);
-      if (focus_ != window && IsEnabled(window)) SetFocus(window);
-      Post(window, ButtonMessage(event.code, true, event.ch == 2), keys, MakeLParam(x, y));
-      return;
-    case EventType::MouseUp:
-      Post(window, ButtonMessage(event.code, false, false), keys, MakeLParam(x, y));
-      return;
-    default:
-      Post(focus_ ? focus_ : window, WM_MOUSEWHEEL, static_cast<uint32_t>(event.code) << 16 | keys, MakeLParam(x, y));
-      return;
-  }
-}
-
-WindowHandle WindowTree::HitTest(WindowHandle window, int& x, int& y) {
-  WindowNode* node = Find(window);
-  for (bool deeper = node != nullptr; deeper;) {
-    deeper = false;
-    for (const WindowHandle child : node->children) {
-      WindowNode* c = Find(child);
-      const Rect client{c->x + c->borders.left, c->y + c->borders.top, c->x + c->borders.left + c->width,
-                        c->y + c->borders.top + c->height};
-      if (!c->visible || !c->enabled || !client.Contains(x, y)) continue;
-      x -= client.left;
-      y -= client.top;
-      node = c;
-      deeper = true;
-      break;
-    }
-  }
-  return node ? node->handle : 0;
-}
-
-// --- Windows ---
 
 WindowHandle WindowTree::Create(const WindowCreation& creation, CWindowTarget* target) {
-  auto node = std::make_unique<WindowNode>();
-  node->handle = next_++;
-  node->target = target;
-  node->style = creation.style;
-  node->exStyle = creation.exStyle;
-  node->x = creation.x;
-  node->y = creation.y;
-  node->width = std::clamp(creation.width, 0, limits::kMaxSurfaceSide);
-  node->height = std::clamp(creation.height, 0, limits::kMaxSurfaceSide);
-  node->borders = creation.borders;
-  node->text = creation.text;
-  const WindowHandle handle = node->handle;
+  auto made = std::make_unique<WindowNode>();
+  WindowNode& node = *made;
+  node.handle = next_++;
+  node.target = target;
+  node.style = creation.style;
+  node.exStyle = creation.exStyle;
+  node.x = ClampPlace(creation.x);
+  node.y = ClampPlace(creation.y);
+  if (!creation.inHostWindow) node.borders = FrameBorders(node.style, node.exStyle, false);
+  node.width = ClampSide(creation.width - node.borders.left - node.borders.right - node.BarWidth(SB_VERT));
+  node.height = ClampSide(creation.height - node.borders.top - node.borders.bottom - node.BarWidth(SB_HORZ));
+  node.text = creation.text;
+  node.backColour = creation.backColour;
+  node.bars[SB_HORZ].maximum = node.bars[SB_VERT].maximum = 100;
   if (creation.inHostWindow) {
-    node->native = services_.windows->hostWindow();
-    node->isHost = true;
-    if (!node->native) return 0;
-    topLevels_.insert(topLevels_.begin(), handle);
+    node.native = services_.windows->hostWindow();
+    node.isHost = true;
+    if (!node.native) return 0;
+    topLevels_.insert(topLevels_.begin(), node.handle);
   } else if (WindowNode* parent = Find(creation.parent)) {
-    node->parent = creation.parent;
-    parent->children.insert(parent->children.begin(), handle);
+    if (DepthOf(creation.parent) >= limits::kMaxWindowNesting) return 0;
+    node.parent = creation.parent;
+    node.drawsFrame = true;
+    parent->children.insert(parent->children.begin(), node.handle);
   } else {
+    // A frame without a caption is none of the desktop's.
+    node.drawsFrame = !HasCaption(node.style);
+    const Size size = node.PictureSize();
     WindowDescription description;
-    description.x = node->x + node->borders.left;
-    description.y = node->y + node->borders.top;
-    description.width = node->width;
-    description.height = node->height;
-    description.caption = (node->style & WS_CAPTION) == WS_CAPTION;
-    description.resizable = (node->style & WS_THICKFRAME) != 0;
-    description.title = node->text;
-    node->native = services_.windows->createWindow(description);
-    if (!node->native) return 0;
-    topLevels_.insert(topLevels_.begin(), handle);
+    description.x = node.x + (node.drawsFrame ? 0 : node.borders.left);
+    description.y = node.y + (node.drawsFrame ? 0 : node.borders.top);
+    description.width = size.width;
+    description.height = size.height;
+    description.caption = !node.drawsFrame;
+    description.resizable = description.caption && (node.style & WS_THICKFRAME) != 0;
+    description.tool = (node.exStyle & WS_EX_TOOLWINDOW) != 0;
+    description.title = node.text;
+    if (WindowNode* owner = Find(TopLevel(creation.owner))) description.owner = owner->native;
+    node.native = services_.windows->createWindow(description);
+    if (!node.native) return 0;
+    topLevels_.insert(topLevels_.begin(), node.handle);
   }
-  nodes_.emplace(handle, std::move(node));
-  return handle;
+  nodes_.emplace(node.handle, std::move(made));
+  return node.handle;
 }
 
-void WindowTree::Destroy(WindowHandle window) {
+void WindowTree::Destroy(WindowHandle window, bool quietly) {
   WindowNode* node = Find(window);
   if (!node) return;
   while ((node = Find(window)) && !node->children.empty()) {
     const WindowHandle child = node->children.front();
-    Destroy(child);
+    // What lies under it goes too, so nothing needs to be shown there.
+    Destroy(child, true);
     // A child whose destruction was refused half way must not hold this loop.
     if ((node = Find(window))) std::erase(node->children, child);
   }
   Send(window, WM_DESTROY);
   node = Find(window);
   if (!node) return;
+  if (track_.window == window) track_ = Track{};
   if (focus_ == window) focus_ = 0;
-  if (capture_ == window) capture_ = 0;
-  if (active_ == window) active_ = 0;
+  if (capture_ == window) SetCapture(0);
   if (mainWindow == window) mainWindow = 0;
   std::erase(modalStack, window);
   std::erase(topLevels_, window);
-  std::erase_if(queue_, [&](const CMessage& m) { return m.window == window; });
+  std::erase_if(queue_, [&](const Queued& q) { return !q.isEvent && q.message.window == window; });
+  std::erase_if(timers_, [&](const Timer& t) { return t.window == window; });
   const WindowHandle parentHandle = node->parent;
-  if (WindowNode* parent = Find(parentHandle)) {
-    std::erase(parent->children, window);
-    parent->update = Rect{0, 0, parent->width, parent->height};
-  }
+  const Rect outer = OuterBox(*node);
+  const bool wasVisible = node->visible;
   if (node->native && !node->isHost) services_.windows->destroyWindow(node->native);
+  if (WindowNode* parent = Find(parentHandle)) std::erase(parent->children, window);
+  DropPictures(*node);
   nodes_.erase(window);
-  if (!active_ && !topLevels_.empty()) active_ = topLevels_.front();
+  if (quietly) {
+    if (active_ == window) active_ = 0;
+    return;
+  }
+  if (wasVisible) DamageParent(parentHandle, outer);
+  if (active_ == window) ActivateAnother(window);
 }
 
 void WindowTree::ForgetTarget(WindowHandle window) {
@@ -333,6 +144,25 @@ WindowHandle WindowTree::TopLevel(WindowHandle window) {
   return node ? node->handle : 0;
 }
 
+bool WindowTree::IsInside(WindowHandle window, WindowHandle of) {
+  for (WindowNode* node = Find(window); node; node = Find(node->parent)) {
+    if (node->handle == of) return true;
+  }
+  return false;
+}
+
+// --- Places ---
+
+Rect WindowTree::OuterBox(const WindowNode& node) const {
+  const Size outer = node.Outer();
+  return {node.x, node.y, node.x + outer.width, node.y + outer.height};
+}
+
+Point WindowTree::PictureOrigin(const WindowNode& top) const {
+  if (top.drawsFrame) return {top.x, top.y};
+  return {top.x + top.borders.left, top.y + top.borders.top};
+}
+
 Point WindowTree::ClientOrigin(WindowHandle window) {
   Point origin;
   for (WindowNode* node = Find(window); node; node = Find(node->parent)) {
@@ -342,48 +172,41 @@ Point WindowTree::ClientOrigin(WindowHandle window) {
   return origin;
 }
 
-void WindowTree::Show(WindowHandle window, uint32_t command) {
+void WindowTree::Place(WindowHandle window, const Rect& outer, uint32_t kind, bool tellPlatform) {
   WindowNode* node = Find(window);
   if (!node) return;
-  const bool wasVisible = node->visible;
-  node->visible = command != SW_HIDE;
-  if (command == SW_MINIMIZE) node->minimized = true;
-  if (command == SW_SHOWMAXIMIZED) node->maximized = true;
-  if (command == SW_RESTORE || command == SW_SHOWNORMAL) node->minimized = node->maximized = false;
-  if (node->native && !node->isHost) {
-    ShowState state = ShowState::Normal;
-    if (!node->visible) {
-      state = ShowState::Hidden;
-    } else if (node->minimized) {
-      state = ShowState::Minimized;
-    } else if (node->maximized) {
-      state = ShowState::Maximized;
-    }
-    services_.windows->showWindow(node->native, state);
+  const Rect before = OuterBox(*node);
+  const int x = ClampPlace(outer.left);
+  const int y = ClampPlace(outer.top);
+  const int w = ClampSide(outer.Width() - node->borders.left - node->borders.right - node->BarWidth(SB_VERT));
+  const int h = ClampSide(outer.Height() - node->borders.top - node->borders.bottom - node->BarWidth(SB_HORZ));
+  const bool moved = node->x != x || node->y != y;
+  const bool sized = node->width != w || node->height != h;
+  node->x = x;
+  node->y = y;
+  node->width = w;
+  node->height = h;
+  if (sized) node->frameDirty = true;
+  if (tellPlatform && node->native && !node->isHost) {
+    const Point at = PictureOrigin(*node);
+    const Size size = node->PictureSize();
+    if (moved) services_.windows->moveWindow(node->native, at.x, at.y);
+    if (sized) services_.windows->resizeWindow(node->native, size.width, size.height);
   }
-  if (node->visible != wasVisible) {
-    Send(window, WM_SHOWWINDOW, node->visible ? 1 : 0);
+  if (moved) {
+    Send(window, WM_MOVE, 0, MakeLParam(x + node->borders.left, y + node->borders.top));
     node = Find(window);
-    if (!node) return;
   }
-  if (node->visible) {
-    Invalidate(window);
-  } else if (WindowNode* parent = Find(node->parent)) {
-    Invalidate(parent->handle);
+  if (node && (sized || kind != kRestored)) {
+    Send(window, WM_SIZE, kind, MakeLParam(node->width, node->height));
+    node = Find(window);
   }
-}
-
-void WindowTree::RaiseInParent(WindowNode& node, int insertAfter) {
-  WindowNode* parent = Find(node.parent);
-  auto& siblings = parent ? parent->children : topLevels_;
-  std::erase(siblings, node.handle);
-  if (insertAfter == HWND_BOTTOM) {
-    siblings.push_back(node.handle);
-  } else {
-    siblings.insert(siblings.begin(), node.handle);
-    if (node.native && !node.isHost) services_.windows->raiseWindow(node.native);
+  if (!node || (!moved && !sized) || !node->visible) return;
+  if (sized) Invalidate(window);
+  if (node->parent) {
+    DamageParent(node->parent, before);
+    DamageOuter(*node);
   }
-  if (parent) Invalidate(parent->handle);
 }
 
 void WindowTree::SetPosition(WindowHandle window, int insertAfter, int x, int y, int width, int height,
@@ -391,51 +214,180 @@ void WindowTree::SetPosition(WindowHandle window, int insertAfter, int x, int y,
   WindowNode* node = Find(window);
   if (!node) return;
   if (!(flags & SWP_NOZORDER)) RaiseInParent(*node, insertAfter);
-  bool moved = false;
-  bool sized = false;
-  if (!(flags & SWP_NOMOVE)) {
-    moved = node->x != x || node->y != y;
-    node->x = x;
-    node->y = y;
-    if (node->native && !node->isHost) {
-      services_.windows->moveWindow(node->native, x + node->borders.left, y + node->borders.top);
+  Rect outer = OuterBox(*node);
+  if (!(flags & SWP_NOMOVE)) outer = {x, y, x + outer.Width(), y + outer.Height()};
+  if (!(flags & SWP_NOSIZE)) {
+    outer.right = outer.left + std::clamp(width, 0, 2 * limits::kMaxSurfaceSide);
+    outer.bottom = outer.top + std::clamp(height, 0, 2 * limits::kMaxSurfaceSide);
+  }
+  Place(window, outer, kRestored, true);
+  node = Find(window);
+  const bool activates = !(flags & (SWP_NOACTIVATE | SWP_NOZORDER)) && insertAfter != HWND_BOTTOM;
+  // Only among the windows of the run: nothing is taken from other programs of the desktop.
+  if (node && activates && !node->parent && node->visible && active_) ActivateTop(window, false);
+}
+
+// Topmost windows stay in front of the others.
+void WindowTree::RaiseInParent(WindowNode& node, int insertAfter) {
+  WindowNode* parent = Find(node.parent);
+  auto& siblings = parent ? parent->children : topLevels_;
+  if (!parent && (insertAfter == HWND_TOPMOST || insertAfter == HWND_NOTOPMOST)) {
+    node.topMost = insertAfter == HWND_TOPMOST;
+    if (node.native && !node.isHost) services_.windows->setTopMost(node.native, node.topMost);
+  }
+  std::erase(siblings, node.handle);
+  if (insertAfter == HWND_BOTTOM) {
+    if (node.topMost) {
+      node.topMost = false;
+      if (node.native && !node.isHost) services_.windows->setTopMost(node.native, false);
+    }
+    siblings.push_back(node.handle);
+    if (node.native && !node.isHost) services_.windows->lowerWindow(node.native);
+  } else {
+    auto at = siblings.begin();
+    while (!node.topMost && at != siblings.end() && Find(*at)->topMost) ++at;
+    siblings.insert(at, node.handle);
+    // Only while the run has the keyboard: nothing is taken from other programs of the desktop.
+    if (node.native && !node.isHost && node.visible && active_) services_.windows->raiseWindow(node.native);
+  }
+  if (parent && node.visible) DamageOuter(node);
+}
+
+// --- States ---
+
+void WindowTree::ShowNative(WindowNode& node) {
+  if (!node.native || node.isHost) return;
+  ShowState state = ShowState::Normal;
+  if (!node.visible) {
+    state = ShowState::Hidden;
+  } else if (node.minimized) {
+    state = ShowState::Minimized;
+  } else if (node.maximized) {
+    state = ShowState::Maximized;
+  }
+  services_.windows->showWindow(node.native, state);
+}
+
+void WindowTree::ChangeState(WindowHandle window, bool minimized, bool maximized) {
+  WindowNode* node = Find(window);
+  if (!node || (node->minimized == minimized && node->maximized == maximized)) return;
+  if (!node->minimized && !node->maximized) node->normal = OuterBox(*node);
+  const bool wasChildIcon = node->parent && node->minimized;
+  const Rect before = OuterBox(*node);
+  node->minimized = minimized;
+  node->maximized = maximized;
+  node->frameDirty = true;
+  if (node->visible) ShowNative(*node);
+  if (node->isHost) return;
+  if (minimized) {
+    if (WindowNode* parent = Find(node->parent)) {
+      int slot = 0;
+      for (const WindowHandle sibling : parent->children) {
+        if (sibling != window && Find(sibling)->minimized) ++slot;
+      }
+      const int columns = std::max(1, parent->width / kMinimizedWidth);
+      const int high = node->borders.top + node->borders.bottom;
+      const Point at{slot % columns * kMinimizedWidth, parent->height - (slot / columns + 1) * high};
+      Place(window, {at.x, at.y, at.x + kMinimizedWidth, at.y + high}, kMinimized, false);
+    } else {
+      Send(window, WM_SIZE, kMinimized, MakeLParam(node->width, node->height));
+    }
+    return;
+  }
+  if (maximized) {
+    const Rect& b = node->borders;
+    Rect client;
+    if (WindowNode* parent = Find(node->parent)) {
+      client = {0, b.top - b.left, parent->width, parent->height};
+    } else {
+      client = MaximizedClient(Screen(), node->drawsFrame ? 0 : b.top - b.left);
+    }
+    Place(window, {client.left - b.left, client.top - b.top, client.right + b.right, client.bottom + b.bottom},
+          kMaximized, false);
+    return;
+  }
+  Place(window, wasChildIcon || node->normal != before ? node->normal : before, kRestored, false);
+}
+
+void WindowTree::Show(WindowHandle window, uint32_t command) {
+  WindowNode* node = Find(window);
+  if (!node) return;
+  constexpr uint32_t kShowNoActivate = 4;
+  constexpr uint32_t kShowUnchangedNoActivate = 8;
+  const bool wasVisible = node->visible;
+  node->visible = command != SW_HIDE;
+  bool activates = node->visible && command != kShowNoActivate && command != kShowUnchangedNoActivate;
+  if (!node->visible && wasVisible) DamageParent(node->parent, OuterBox(*node));
+  bool minimized = node->minimized;
+  bool maximized = node->maximized;
+  switch (command) {
+    case SW_SHOWMINIMIZED:
+    case SW_MINIMIZE:
+    case SW_SHOWMINNOACTIVE:
+      minimized = true;
+      activates = false;
+      break;
+    case SW_SHOWMAXIMIZED:
+      minimized = false;
+      maximized = true;
+      break;
+    case SW_SHOWNORMAL:
+    case kShowNoActivate:
+    case SW_RESTORE:
+      // What was maximised before it was minimised is so again.
+      if (!minimized) maximized = false;
+      minimized = false;
+      break;
+    default:
+      break;
+  }
+  const bool stateChanges = minimized != node->minimized || maximized != node->maximized;
+  if (node->visible != wasVisible) {
+    if (!stateChanges) ShowNative(*node);
+    Send(window, WM_SHOWWINDOW, node->visible ? 1 : 0);
+  }
+  if (stateChanges) ChangeState(window, minimized, maximized);
+  node = Find(window);
+  if (!node) return;
+  if (node->visible && !wasVisible) {
+    Invalidate(window);
+    DamageOuter(*node);
+  }
+  if (activates && !node->parent) {
+    ActivateTop(window, false);
+  } else if (!node->visible || node->minimized) {
+    if (!node->parent && active_ == window) {
+      ActivateAnother(window);
+    } else if (node->parent && IsInside(focus_, window)) {
+      SetFocus(node->parent);
     }
   }
-  if (!(flags & SWP_NOSIZE)) {
-    const int newWidth = std::clamp(width - node->borders.left - node->borders.right, 0, limits::kMaxSurfaceSide);
-    const int newHeight = std::clamp(height - node->borders.top - node->borders.bottom, 0, limits::kMaxSurfaceSide);
-    sized = newWidth != node->width || newHeight != node->height;
-    node->width = newWidth;
-    node->height = newHeight;
-    if (node->native && !node->isHost) services_.windows->resizeWindow(node->native, newWidth, newHeight);
-  }
-  if (moved) {
-    Send(window, WM_MOVE, 0, MakeLParam(node->x + node->borders.left, node->y + node->borders.top));
-    node = Find(window);
-  }
-  if (node && sized) {
-    Send(window, WM_SIZE, 0, MakeLParam(node->width, node->height));
-    node = Find(window);
-  }
-  if (node && (moved || sized)) Invalidate(node->parent ? node->parent : window);
+}
+
+void WindowTree::SetStyle(WindowHandle window, uint32_t style, uint32_t exStyle) {
+  WindowNode* node = Find(window);
+  if (!node || (node->style == style && node->exStyle == exStyle)) return;
+  const Rect outer = OuterBox(*node);
+  node->style = style;
+  node->exStyle = exStyle;
+  node->frameDirty = true;
+  if (node->drawsFrame) node->borders = FrameBorders(style, exStyle, false);
+  Place(window, outer, kRestored, false);
 }
 
 void WindowTree::SetText(WindowHandle window, const std::string& text) {
   WindowNode* node = Find(window);
-  if (!node) return;
+  if (!node || node->text == text) return;
   node->text = text;
   if (node->native) services_.windows->setTitle(node->native, text);
-}
-
-void WindowTree::SetCursor(WindowHandle window, CursorShape shape) {
-  WindowNode* node = Find(window);
-  if (!node) return;
-  node->cursor = shape;
-  if (node->native) services_.windows->setCursor(node->native, shape);
+  if (node->drawsFrame && HasCaption(node->style)) RedrawFrame(window);
 }
 
 void WindowTree::Enable(WindowHandle window, bool enabled) {
-  if (WindowNode* node = Find(window)) node->enabled = enabled;
+  WindowNode* node = Find(window);
+  if (!node || node->enabled == enabled) return;
+  node->enabled = enabled;
+  Send(window, WM_ENABLE, enabled ? 1 : 0);
 }
 
 bool WindowTree::IsEnabled(WindowHandle window) {
@@ -452,192 +404,48 @@ bool WindowTree::IsVisible(WindowHandle window) {
   return true;
 }
 
-Rect WindowTree::BordersFor(uint32_t style) const {
-  WindowDescription description;
-  description.caption = (style & WS_CAPTION) == WS_CAPTION;
-  description.resizable = (style & WS_THICKFRAME) != 0;
-  return services_.windows->frameBorders(description);
+void WindowTree::SetSizeLimits(WindowHandle window, Size least, Size most) {
+  WindowNode* node = Find(window);
+  if (!node || !node->native || node->isHost) return;
+  const Size outer = node->Outer();
+  const Size picture = node->PictureSize();
+  const auto inner = [](int limit, int frame) { return limit > 0 ? std::max(1, limit - frame) : 0; };
+  const int across = outer.width - picture.width;
+  const int down = outer.height - picture.height;
+  services_.windows->setSizeLimits(node->native, {inner(least.width, across), inner(least.height, down)},
+                                   {inner(most.width, across), inner(most.height, down)});
 }
 
-void WindowTree::Activate(WindowHandle window) {
-  if (active_ == window) return;
-  if (active_) Post(active_, WM_ACTIVATE, 0);
-  active_ = window;
-  std::erase(topLevels_, window);
-  topLevels_.insert(topLevels_.begin(), window);
-  Post(window, WM_ACTIVATE, kActivated);
+void WindowTree::EnableClose(WindowHandle window, bool enabled) {
+  WindowNode* node = Find(window);
+  if (!node) return;
+  node->closeEnabled = enabled;
+  if (node->native && !node->isHost) services_.windows->enableClose(node->native, enabled);
+  RedrawFrame(window);
 }
 
-void WindowTree::SetFocus(WindowHandle window) {
-  if (focus_ == window || !Find(window)) return;
-  if (focus_) Post(focus_, WM_KILLFOCUS);
-  focus_ = window;
+void WindowTree::AcceptDrops(WindowHandle window, bool accepted) {
+  WindowNode* node = Find(window);
+  if (!node) return;
+  node->acceptsDrops = accepted;
+  bool any = false;
   const WindowHandle top = TopLevel(window);
-  if (top != active_) Activate(top);
-  Post(window, WM_SETFOCUS);
+  for (const auto& [handle, other] : nodes_) any = any || (other->acceptsDrops && TopLevel(handle) == top);
+  services_.windows->acceptDrops(Find(top)->native, any);
 }
 
-// --- Painting ---
-
-void WindowTree::Invalidate(WindowHandle window) {
+void WindowTree::Flash(WindowHandle window, bool flashing) {
   WindowNode* node = Find(window);
-  if (node && node->visible) node->update = Rect{0, 0, node->width, node->height};
+  if (node && node->native && !node->isHost) services_.windows->flashWindow(node->native, flashing);
 }
 
-void WindowTree::EnsurePicture(WindowNode& top) {
-  if (top.pictureWidth == top.width && top.pictureHeight == top.height) return;
-  top.picture.assign(static_cast<size_t>(top.width) * static_cast<size_t>(top.height),
-                     SwapRedBlue(top.backColour) & 0xFFFFFF);
-  top.pictureWidth = top.width;
-  top.pictureHeight = top.height;
-}
-
-bool WindowTree::VisibleBox(WindowHandle window, WindowHandle& top, Point& offset, Rect& box) {
+void WindowTree::SetIcon(WindowHandle window, const WindowPicture& picture) {
   WindowNode* node = Find(window);
-  if (!node) return false;
-  box = Rect{0, 0, node->width, node->height};
-  offset = Point{};
-  for (; node; node = Find(node->parent)) {
-    if (!node->visible) return false;
-    top = node->handle;
-    if (!node->parent) break;
-    const int dx = node->x + node->borders.left;
-    const int dy = node->y + node->borders.top;
-    offset.x += dx;
-    offset.y += dy;
-    const WindowNode* parent = Find(node->parent);
-    // The box in client coordinates of the first window, cut by each parent's client area.
-    box = box.Intersect(Rect{-offset.x, -offset.y, parent->width - offset.x, parent->height - offset.y});
-  }
-  return !box.IsEmpty();
-}
-
-void WindowTree::Paint(WindowHandle window, const cSurface& surface, std::span<const Rect> dirty) {
-  WindowHandle topHandle = 0;
-  Point offset;
-  Rect visible;
-  if (!VisibleBox(window, topHandle, offset, visible)) return;
-  WindowNode& top = *Find(topHandle);
-  WindowNode& node = *Find(window);
-  EnsurePicture(top);
-  visible = visible.Intersect(Rect{0, 0, surface.impl->width, surface.impl->height});
-  std::vector<Rect> shown;
-  for (const Rect& rect : dirty) {
-    const Rect box = rect.Intersect(visible);
-    if (box.IsEmpty()) continue;
-    const Rect target{box.left + offset.x, box.top + offset.y, box.right + offset.x, box.bottom + offset.y};
-    SurfaceToWords(*surface.impl, box,
-                   top.picture.data() + static_cast<ptrdiff_t>(target.top) * top.pictureWidth + target.left,
-                   top.pictureWidth);
-    shown.push_back(target);
-    // Children lie over what was painted.
-    RepaintBelow(node, box);
-  }
-  if (shown.empty()) return;
-  RepaintAbove(node);
-  Present(top, shown);
-}
-
-void WindowTree::PaintBackground(WindowHandle window, std::span<const Rect> dirty) {
-  WindowHandle topHandle = 0;
-  Point offset;
-  Rect visible;
-  if (!VisibleBox(window, topHandle, offset, visible)) return;
-  WindowNode& top = *Find(topHandle);
-  WindowNode& node = *Find(window);
-  EnsurePicture(top);
-  const uint32_t colour = SwapRedBlue(node.backColour) & 0xFFFFFF;
-  std::vector<Rect> shown;
-  for (const Rect& rect : dirty) {
-    const Rect box = rect.Intersect(visible);
-    if (box.IsEmpty()) continue;
-    for (int y = box.top; y < box.bottom; ++y) {
-      uint32_t* line = top.picture.data() + static_cast<ptrdiff_t>(y + offset.y) * top.pictureWidth + offset.x;
-      std::fill(line + box.left, line + box.right, colour);
-    }
-    shown.push_back({box.left + offset.x, box.top + offset.y, box.right + offset.x, box.bottom + offset.y});
-    RepaintBelow(node, box);
-  }
-  if (shown.empty()) return;
-  RepaintAbove(node);
-  Present(top, shown);
-}
-
-void WindowTree::RepaintBelow(WindowNode& node, const Rect& box) {
-  for (auto it = node.children.rbegin(); it != node.children.rend(); ++it) {
-    WindowNode* child = Find(*it);
-    if (!child->visible) continue;
-    const int dx = child->x + child->borders.left;
-    const int dy = child->y + child->borders.top;
-    const Rect covered = box.Intersect(Rect{dx, dy, dx + child->width, dy + child->height});
-    if (!covered.IsEmpty()) Invalidate(child->handle);
-  }
-}
-
-// Siblings above the window, and above its parents, lie over what was painted.
-void WindowTree::RepaintAbove(WindowNode& painted) {
-  for (WindowNode* node = &painted; node->parent; node = Find(node->parent)) {
-    for (const WindowHandle sibling : Find(node->parent)->children) {
-      if (sibling == node->handle) break;
-      Invalidate(sibling);
-    }
-  }
-}
-
-void WindowTree::Present(WindowNode& top, std::span<const Rect> dirty) {
-  services_.windows->present(top.native, top.picture.data(), top.pictureWidth, top.pictureHeight, top.pictureWidth,
-                             dirty);
-}
-
-// --- Capture ---
-
-namespace {
-
-constexpr uint32_t kDesktopColor = 1;
-
-// Copies what both pictures have of `from`, which lies at (x, y) of `to`.
-void CopyPicture(const std::vector<uint32_t>& from, Size fromSize, int x, int y, CapturedPicture& to) {
-  const Rect box =
-      Rect{x, y, x + fromSize.width, y + fromSize.height}.Intersect(Rect{0, 0, to.size.width, to.size.height});
-  for (int line = box.top; line < box.bottom; ++line) {
-    const uint32_t* source = from.data() + ptrdiff_t{line - y} * fromSize.width + (box.left - x);
-    std::copy_n(source, box.Width(), to.words.data() + ptrdiff_t{line} * to.size.width + box.left);
-  }
-}
-
-bool MakePicture(CapturedPicture& picture, int width, int height, uint32_t colour) {
-  if (width < 1 || height < 1) return false;
-  picture.size = {width, height};
-  picture.words.assign(static_cast<size_t>(width) * static_cast<size_t>(height), colour);
-  return true;
-}
-
-}  // namespace
-
-bool WindowTree::CaptureClient(WindowHandle window, CapturedPicture& picture) {
-  WindowHandle topHandle = 0;
-  Point offset;
-  Rect visible;
-  if (!VisibleBox(window, topHandle, offset, visible)) return false;
-  WindowNode& top = *Find(topHandle);
-  const WindowNode& node = *Find(window);
-  EnsurePicture(top);
-  if (!MakePicture(picture, node.width, node.height, SwapRedBlue(node.backColour))) return false;
-  CopyPicture(top.picture, {top.pictureWidth, top.pictureHeight}, -offset.x, -offset.y, picture);
-  return true;
-}
-
-bool WindowTree::CaptureScreen(CapturedPicture& picture) {
-  const ScreenInfo screen = Screen();
-  if (!MakePicture(picture, screen.width, screen.height, SwapRedBlue(SystemColor(kDesktopColor)))) return false;
-  for (auto it = topLevels_.rbegin(); it != topLevels_.rend(); ++it) {
-    WindowNode& top = *Find(*it);
-    if (!top.visible || top.minimized) continue;
-    EnsurePicture(top);
-    const Point origin = ClientOrigin(top.handle);
-    CopyPicture(top.picture, {top.pictureWidth, top.pictureHeight}, origin.x, origin.y, picture);
-  }
-  return true;
+  if (!node) return;
+  constexpr int kSmallIcon = 16;
+  if (picture.width == kSmallIcon) node->icon = picture;
+  if (node->native && !node->isHost) services_.windows->setIcon(node->native, picture);
+  RedrawFrame(window);
 }
 
 }  // namespace vl

@@ -106,7 +106,7 @@ void CISurface::Construct() {
     Picture picture;
     const cSurfaceImpl* prototype =
         CGraphics::Of(interpreter).library.FindPrototype(CGraphics::Of(interpreter).screenDepth, 1, 0);
-    if (!prototype || !FindPicture(*name, flags, *prototype, picture) || !BecomePicture(picture)) {
+    if (!prototype || !FindPicture(interpreter, *name, flags, *prototype, picture) || !BecomePicture(picture)) {
       interpreter.RaiseError(ERR_NOT_MADE, kNoArgument, "the picture isn't there or can't be read");
     }
     ResetState();

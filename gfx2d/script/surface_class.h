@@ -63,6 +63,16 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   void SpriteBoxChanged(const Rect& box) override;
   void RequestSpriteRefresh() override;
 
+  // Pictures, in surface_images.cpp: one that a bank keeps, or one read for the moment.
+  struct Picture {
+    cSurface own;
+    const cSurface* pixels = nullptr;
+  };
+  // Finds an element of the image bank, a file or the bytes of a Binary. `prototype` tells the depth and palette in
+  // which files are read. False when there is none or it can't be read.
+  static bool FindPicture(CInterpretor& interpreter, const CValue& source, uint32_t flags,
+                          const cSurfaceImpl& prototype, Picture& picture);
+
   CSurfaceHost* parentWindow = nullptr;
   cSurface surface;
   int32_t width = 0;
@@ -155,16 +165,8 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
   uint32_t ColourOr(int i, uint32_t ifMissing) const;
   void BoxArguments(Rect& box) const;
   std::vector<Point> CornerArguments();
-  // Pictures, in surface_images.cpp: one that a bank keeps, or one read for the moment.
-  struct Picture {
-    cSurface own;
-    const cSurface* pixels = nullptr;
-  };
   // A number of the flag family joins `flags` and is no argument.
   static bool TakeFlag(int32_t number, uint32_t& flags);
-  // Finds an element of the image bank, a file or the bytes of a Binary. `prototype` tells the depth and palette in
-  // which files are read. False when there is none or it can't be read.
-  bool FindPicture(const CValue& source, uint32_t flags, const cSurfaceImpl& prototype, Picture& picture);
   // The surface becomes the picture, size and depth included.
   bool BecomePicture(Picture& picture);
   // Brings a box of the picture here; the boxes are the arguments from `first` on. False when it shows nothing.

@@ -44,7 +44,7 @@ inline constexpr SurfaceConstant kSurfaceConstants[] = {
 
 // A table's own rows with the constants behind them, numbered from `firstId`.
 template <size_t N>
-constexpr auto WithSurfaceConstants(const MemberRow (&own)[N], uint16_t firstId) {
+constexpr auto WithSurfaceConstants(const std::array<MemberRow, N>& own, uint16_t firstId) {
   std::array<MemberRow, N + std::size(kSurfaceConstants)> rows{};
   size_t n = 0;
   for (const MemberRow& row : own) rows[n++] = row;

@@ -32,7 +32,8 @@ bool CISurface::TakeFlag(int32_t number, uint32_t& flags) {
   return true;
 }
 
-bool CISurface::FindPicture(const CValue& source, uint32_t flags, const cSurfaceImpl& prototype, Picture& picture) {
+bool CISurface::FindPicture(CInterpretor& interpreter, const CValue& source, uint32_t flags,
+                            const cSurfaceImpl& prototype, Picture& picture) {
   CGraphics& graphics = CGraphics::Of(interpreter);
   std::unique_ptr<CStream> stream;
   if (source.type == VT_OBJECT) {
@@ -84,7 +85,7 @@ void CISurface::LoadImage() {
   }
   if (count == 1 || count == 3) interpreter.RaiseError(ERR_ARGUMENT_COUNT);
   Picture picture;
-  if (!FindPicture(*interpreter.GetArg(0), flags, *surface.impl, picture)) {
+  if (!FindPicture(interpreter, *interpreter.GetArg(0), flags, *surface.impl, picture)) {
     interpreter.RaiseError(ERR_NOT_MADE, kNoArgument, "the picture isn't there or can't be read");
   }
   if (count == 0 && HasFlag(flags, kAutoSize) && !parentWindow) {

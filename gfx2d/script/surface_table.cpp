@@ -11,7 +11,7 @@ constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, 
   return {id, name, MemberKind::Member, function, 0, 0, help};
 }
 
-constexpr MemberRow kMemberRows[] = {
+constexpr auto kMemberRows = std::to_array<MemberRow>({
     Row(1, "Write", kMember<&CISurface::Write>, "Write(...): its arguments as one text at the pen"),
     Row(2, "WriteLn", kMember<&CISurface::WriteLn>, "WriteLn(...): a line for each argument"),
     Row(3, "MoveTo", kMember<&CISurface::MoveTo>, "MoveTo(x, y): the pen"),
@@ -90,7 +90,7 @@ constexpr MemberRow kMemberRows[] = {
     Row(63, "Unlock", kMember<&CISurface::Unlock>, "Unlock()"),
     Row(64, "GetStringWidth", kMember<&CISurface::GetStringWidth>, "GetStringWidth(text): in the screen's points"),
     Row(65, "GetStringHeight", kMember<&CISurface::GetStringHeight>, "GetStringHeight(text): in the screen's points"),
-};
+});
 
 constexpr uint16_t kFirstConstant = 67;
 

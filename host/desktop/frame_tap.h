@@ -41,7 +41,18 @@ class FrameTap final : public WindowSystem {
   std::optional<std::pair<int, int>> clientOrigin(NativeWindow window) override { return inner_.clientOrigin(window); }
   void setTitle(NativeWindow window, std::string_view title) override { inner_.setTitle(window, title); }
   void setCursor(NativeWindow window, CursorShape shape) override { inner_.setCursor(window, shape); }
-  Rect frameBorders(const WindowDescription& description) override { return inner_.frameBorders(description); }
+  void lowerWindow(NativeWindow window) override { inner_.lowerWindow(window); }
+  void setTopMost(NativeWindow window, bool topMost) override { inner_.setTopMost(window, topMost); }
+  void setCursorPicture(NativeWindow window, const WindowPicture& picture) override {
+    inner_.setCursorPicture(window, picture);
+  }
+  void setIcon(NativeWindow window, const WindowPicture& picture) override { inner_.setIcon(window, picture); }
+  void setShape(NativeWindow window, const std::vector<Rect>* boxes) override { inner_.setShape(window, boxes); }
+  void setSizeLimits(NativeWindow window, Size least, Size most) override { inner_.setSizeLimits(window, least, most); }
+  void enableClose(NativeWindow window, bool enabled) override { inner_.enableClose(window, enabled); }
+  void acceptDrops(NativeWindow window, bool accepted) override { inner_.acceptDrops(window, accepted); }
+  void flashWindow(NativeWindow window, bool flashing) override { inner_.flashWindow(window, flashing); }
+  void captureMouse(NativeWindow window, bool captured) override { inner_.captureMouse(window, captured); }
   void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                std::span<const Rect> dirty) override;
   void showMessage(std::string_view title, std::string_view text) override { inner_.showMessage(title, text); }

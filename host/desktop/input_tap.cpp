@@ -56,6 +56,21 @@ bool ToEvent(const vl_input_event& input, Event& event) {
     case VL_INPUT_JOYSTICK_HAT:
       event.type = EventType::JoystickHat;
       return true;
+    case VL_INPUT_MINIMIZE:
+      event.type = EventType::Minimize;
+      return true;
+    case VL_INPUT_MAXIMIZE:
+      event.type = EventType::Maximize;
+      return true;
+    case VL_INPUT_RESTORE:
+      event.type = EventType::Restore;
+      return true;
+    case VL_INPUT_MOVE:
+      event.type = EventType::Move;
+      return true;
+    case VL_INPUT_DISPLAY:
+      event.type = EventType::DisplayChange;
+      return true;
     default:
       return false;
   }
@@ -121,6 +136,21 @@ bool FromEvent(const Event& event, vl_input_event& input) {
       return true;
     case EventType::JoystickHat:
       input.type = VL_INPUT_JOYSTICK_HAT;
+      return true;
+    case EventType::Minimize:
+      input.type = VL_INPUT_MINIMIZE;
+      return true;
+    case EventType::Maximize:
+      input.type = VL_INPUT_MAXIMIZE;
+      return true;
+    case EventType::Restore:
+      input.type = VL_INPUT_RESTORE;
+      return true;
+    case EventType::Move:
+      input.type = VL_INPUT_MOVE;
+      return true;
+    case EventType::DisplayChange:
+      input.type = VL_INPUT_DISPLAY;
       return true;
     default:
       return false;

@@ -5,9 +5,9 @@
 #include "gfx2d/script/graphics.h"
 #include "input/game_input_library.h"
 #include "input/setup_dialog.h"
-#include "input/setup_frame.h"
 #include "interpreter/interpretor.h"
 #include "platform/device_queue.h"
+#include "ui/window_frame.h"
 #include "ui/window_tree.h"
 
 namespace vl {
@@ -18,7 +18,7 @@ constexpr int kDepth = 32;
 // Longest sleep of the loop: joysticks and the run's stop must not wait longer.
 constexpr int kSliceMs = 50;
 constexpr int kFontHeight = -11;
-constexpr int kBold = 700;
+constexpr uint32_t kFrame = WS_CAPTION | WS_SYSMENU;
 
 // What other windows are told while the dialog is open: to paint, and what became of them; no input.
 bool IsInput(uint32_t message) {
@@ -34,7 +34,8 @@ class SetupWindow final : public CWindowTarget {
       : interpreter_(interpreter), tree_(WindowTree::Of(interpreter)), dialog_(dialog) {}
   ~SetupWindow() override {
     tree_.ForgetTarget(handle_);
-    tree_.Destroy(handle_);
+    // A run that is stopped leaves its last picture as it is.
+    tree_.Destroy(handle_, interpreter_.param.stop.load(std::memory_order_relaxed));
     if (tree_.Find(capture_)) tree_.SetCapture(capture_);
   }
 
@@ -45,7 +46,7 @@ class SetupWindow final : public CWindowTarget {
 
  private:
   void Place(uint32_t owner, WindowCreation& creation);
-  const WindowNode* HostOf(uint32_t owner);
+  const WindowNode* HostOf(uint32_t owner, Size outer);
   void Paint();
   void Serve();
 
@@ -54,44 +55,41 @@ class SetupWindow final : public CWindowTarget {
   SetupDialog& dialog_;
   WindowHandle handle_ = 0;
   WindowHandle capture_ = 0;  // of the program
-  bool isFramed_ = false;     // draws its own frame
-  Size size_ = SetupDialog::kSize;
   cSurface picture_;
-  cSurface framed_;
   std::shared_ptr<TextFont> font_;
 };
 
 // The host's window that the owner stands in, when the dialog fits there.
-const WindowNode* SetupWindow::HostOf(uint32_t owner) {
+const WindowNode* SetupWindow::HostOf(uint32_t owner, Size outer) {
   const WindowNode* node = tree_.Find(owner);
   while (node && node->parent) node = tree_.Find(node->parent);
-  const bool fits =
-      node && node->isHost && node->visible && node->width >= kFramedSetup.width && node->height >= kFramedSetup.height;
+  const bool fits = node && node->isHost && node->visible && node->width >= outer.width && node->height >= outer.height;
   return fits ? node : nullptr;
 }
 
 void SetupWindow::Place(uint32_t owner, WindowCreation& creation) {
-  if (const WindowNode* host = HostOf(owner)) {
-    isFramed_ = true;
-    size_ = kFramedSetup;
-    creation.style = WS_CHILD | WS_CLIPSIBLINGS;
+  constexpr Size kSize = SetupDialog::kSize;
+  const Rect borders = FrameBorders(WS_CHILD | kFrame, WS_EX_DLGMODALFRAME, false);
+  const Size outer = {kSize.width + borders.left + borders.right, kSize.height + borders.top + borders.bottom};
+  Rect around;
+  if (const WindowNode* host = HostOf(owner, outer)) {
+    creation.style = WS_CHILD | WS_CLIPSIBLINGS | kFrame;
     creation.parent = host->handle;
-    creation.x = (host->width - size_.width) / 2;
-    creation.y = (host->height - size_.height) / 2;
+    around = {0, 0, host->width, host->height};
   } else {
-    creation.style = WS_POPUP | WS_CAPTION | WS_SYSMENU;
-    creation.borders = tree_.BordersFor(creation.style);
+    creation.style = WS_POPUP | kFrame;
     const ScreenInfo screen = tree_.Screen();
-    Rect around = {0, 0, screen.width, screen.height};
+    around = {0, 0, screen.width, screen.height};
     if (const WindowNode* node = tree_.Find(owner)) {
       const Point origin = tree_.ClientOrigin(owner);
       around = {origin.x, origin.y, origin.x + node->width, origin.y + node->height};
     }
-    creation.x = std::max(around.left + (around.Width() - size_.width) / 2 - creation.borders.left, 0);
-    creation.y = std::max(around.top + (around.Height() - size_.height) / 2 - creation.borders.top, 0);
   }
-  creation.width = size_.width;
-  creation.height = size_.height;
+  creation.exStyle = WS_EX_DLGMODALFRAME;
+  creation.x = std::max(around.left + (around.Width() - outer.width) / 2, 0);
+  creation.y = std::max(around.top + (around.Height() - outer.height) / 2, 0);
+  creation.width = outer.width;
+  creation.height = outer.height;
 }
 
 bool SetupWindow::Open(uint32_t owner, const char* title) {
@@ -105,29 +103,21 @@ bool SetupWindow::Open(uint32_t owner, const char* title) {
   FontDescription description;
   description.height = kFontHeight;
   font_ = interpreter_.services.text->openFont(description);
-  if (isFramed_) {
-    if (!framed_.Create(size_.width, size_.height, prototype)) return false;
-    description.weight = kBold;
-    PaintSetupFrame(framed_, *interpreter_.services.text->openFont(description), title);
-  }
   handle_ = tree_.Create(creation, this);
   if (!handle_) return false;
   capture_ = tree_.Capture();
   tree_.SetCapture(0);
   tree_.Show(handle_, SW_SHOWNORMAL);
   tree_.SetFocus(handle_);
+  tree_.Send(handle_, WM_NCACTIVATE, 1);
   Paint();
   return true;
 }
 
 void SetupWindow::Paint() {
   dialog_.Paint(picture_, *font_);
-  const Rect whole = {0, 0, size_.width, size_.height};
-  if (isFramed_) {
-    picture_.Blit(framed_, kSetupClient.x, kSetupClient.y, 0, 0, SetupDialog::kSize.width, SetupDialog::kSize.height,
-                  0);
-  }
-  tree_.Paint(handle_, isFramed_ ? framed_ : picture_, {&whole, 1});
+  const Rect whole = {0, 0, SetupDialog::kSize.width, SetupDialog::kSize.height};
+  tree_.Paint(handle_, picture_, {&whole, 1});
 }
 
 void SetupWindow::Run() {
@@ -155,9 +145,9 @@ void SetupWindow::Serve() {
   tree_.Dispatch(message);
 }
 
-int32_t SetupWindow::WindowProcedure(WindowHandle, uint32_t message, uint32_t wParam, int32_t lParam) {
-  const int x = LowSigned(lParam) - (isFramed_ ? kSetupClient.x : 0);
-  const int y = HighSigned(lParam) - (isFramed_ ? kSetupClient.y : 0);
+int32_t SetupWindow::WindowProcedure(WindowHandle window, uint32_t message, uint32_t wParam, int32_t lParam) {
+  const int x = LowSigned(lParam);
+  const int y = HighSigned(lParam);
   const auto buttonOf = [message](uint32_t left) {
     // Down, up and double click of the left, the right and the middle button.
     constexpr int32_t kButtons[] = {kMouseLeft, kMouseRight, kMouseMiddle};
@@ -178,11 +168,6 @@ int32_t SetupWindow::WindowProcedure(WindowHandle, uint32_t message, uint32_t wP
       dialog_.Char(static_cast<uint8_t>(wParam));
       return 0;
     case WM_LBUTTONDOWN:
-      if (isFramed_ && kSetupCloseBox.Contains(LowSigned(lParam), HighSigned(lParam))) {
-        dialog_.Close();
-        return 0;
-      }
-      [[fallthrough]];
     case WM_RBUTTONDOWN:
     case WM_MBUTTONDOWN:
       dialog_.MouseDown(buttonOf(WM_LBUTTONDOWN), x, y, false);
@@ -204,10 +189,11 @@ int32_t SetupWindow::WindowProcedure(WindowHandle, uint32_t message, uint32_t wP
       dialog_.Wheel(static_cast<int16_t>(wParam >> 16));
       return 0;
     case WM_SYSCOMMAND:
-      if ((wParam & 0xFFF0) == SC_CLOSE) dialog_.Close();
+      if ((wParam & 0xFFF0) != SC_CLOSE) return tree_.DefaultProcedure(window, message, wParam, lParam);
+      dialog_.Close();
       return 0;
     default:
-      return 0;
+      return tree_.DefaultProcedure(window, message, wParam, lParam);
   }
 }
 

@@ -50,6 +50,7 @@ bool HeadlessPlatform::Router::waitEvent(Event& event, int timeoutMs) {
   if (!platform_.queue_.waitEvent(event, timeoutMs)) return false;
   if (event.window == 0 && event.type != EventType::HostStop) event.window = platform_.inputWindow();
   if (event.type == EventType::Resize) platform_.windows_.resizeWindow(event.window, event.x, event.y);
+  if (event.type == EventType::DisplayChange) platform_.windows_.SetScreen({event.x, event.y}, event.code);
   return true;
 }
 

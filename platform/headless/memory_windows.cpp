@@ -49,6 +49,8 @@ NativeWindow MemoryWindows::createWindow(const WindowDescription& d) {
   window.caption = d.caption;
   window.resizable = d.resizable;
   window.owner = d.owner;
+  window.topMost = d.topMost;
+  window.tool = d.tool;
   window.lastRaised = ++raises_;
   return id;
 }
@@ -65,10 +67,16 @@ void MemoryWindows::destroyWindow(NativeWindow window) {
 }
 
 void MemoryWindows::showWindow(NativeWindow window, ShowState state) {
-  if (MemoryWindow* w = Get(window)) {
-    w->state = state;
-    w->lastRaised = ++raises_;
+  MemoryWindow* w = Get(window);
+  if (!w) return;
+  if (state == ShowState::Maximized && w->state != ShowState::Maximized) {
+    w->normalClient = w->client;
+    w->client = MaximizedClient(screen_, w->caption ? kCaptionHeight : 0);
+  } else if (state == ShowState::Normal && w->state == ShowState::Maximized) {
+    w->client = w->normalClient;
   }
+  w->state = state;
+  w->lastRaised = ++raises_;
 }
 
 void MemoryWindows::moveWindow(NativeWindow window, int x, int y) {
@@ -88,7 +96,62 @@ void MemoryWindows::setTitle(NativeWindow window, std::string_view title) {
 }
 
 void MemoryWindows::setCursor(NativeWindow window, CursorShape shape) {
-  if (MemoryWindow* w = Get(window)) w->cursor = shape;
+  if (MemoryWindow* w = Get(window)) {
+    w->cursor = shape;
+    w->cursorPicture = {};
+  }
+}
+
+void MemoryWindows::setCursorPicture(NativeWindow window, const WindowPicture& picture) {
+  if (MemoryWindow* w = Get(window)) w->cursorPicture = picture;
+}
+
+void MemoryWindows::lowerWindow(NativeWindow window) {
+  if (MemoryWindow* w = Get(window)) w->lastRaised = 0;
+}
+
+void MemoryWindows::setTopMost(NativeWindow window, bool topMost) {
+  if (MemoryWindow* w = Get(window)) w->topMost = topMost;
+}
+
+void MemoryWindows::setIcon(NativeWindow window, const WindowPicture& picture) {
+  if (MemoryWindow* w = Get(window)) w->icon = picture;
+}
+
+void MemoryWindows::setShape(NativeWindow window, const std::vector<Rect>* boxes) {
+  MemoryWindow* w = Get(window);
+  if (!w) return;
+  w->isShaped = boxes != nullptr;
+  w->shape = boxes ? *boxes : std::vector<Rect>();
+}
+
+void MemoryWindows::setSizeLimits(NativeWindow window, Size least, Size most) {
+  if (MemoryWindow* w = Get(window)) {
+    w->leastSize = least;
+    w->mostSize = most;
+  }
+}
+
+void MemoryWindows::enableClose(NativeWindow window, bool enabled) {
+  if (MemoryWindow* w = Get(window)) w->closeEnabled = enabled;
+}
+
+void MemoryWindows::acceptDrops(NativeWindow window, bool accepted) {
+  if (MemoryWindow* w = Get(window)) w->acceptsDrops = accepted;
+}
+
+void MemoryWindows::flashWindow(NativeWindow window, bool flashing) {
+  if (MemoryWindow* w = Get(window)) w->flashing = flashing;
+}
+
+void MemoryWindows::captureMouse(NativeWindow window, bool captured) {
+  if (MemoryWindow* w = Get(window)) w->mouseCaptured = captured;
+}
+
+void MemoryWindows::SetScreen(Size size, int depth) {
+  screen_.width = ClampSide(size.width);
+  screen_.height = ClampSide(size.height);
+  if (depth > 0) screen_.depth = depth;
 }
 
 void MemoryWindows::present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,

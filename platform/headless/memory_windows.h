@@ -1,6 +1,6 @@
 // MemoryWindows: top-level windows that live in memory, for tests and for runs without a display.
 //
-// The screen is 1024 x 768 x 32. A window keeps its last presented picture; what the program did with it can
+// The screen is 1024 x 768 x 32 at first. A window keeps its last presented picture; what the program did with it can
 // be read back. Window numbers are never used twice.
 #pragma once
 
@@ -24,6 +24,19 @@ struct MemoryWindow {
   bool caption = true;
   bool resizable = false;
   NativeWindow owner = 0;
+  bool topMost = false;
+  bool tool = false;
+  bool closeEnabled = true;
+  bool acceptsDrops = false;
+  bool flashing = false;
+  bool mouseCaptured = false;
+  bool isShaped = false;
+  std::vector<Rect> shape;  // valid when isShaped
+  Size leastSize;           // 0: no limit
+  Size mostSize;
+  WindowPicture icon;           // the last one given
+  WindowPicture cursorPicture;  // instead of `cursor`, unless it has no size
+  Rect normalClient;            // where it goes back to from the maximised state
   // The last picture: 0x00RRGGBB words, line after line; empty before the first present.
   std::vector<uint32_t> pixels;
   int pixelWidth = 0;
@@ -41,11 +54,13 @@ class MemoryWindows final : public WindowSystem {
  public:
   static constexpr int kScreenWidth = 1024;
   static constexpr int kScreenHeight = 768;
+  // Of the frame that a desktop would put above a maximised window.
+  static constexpr int kCaptionHeight = 19;
 
   // `hostSize` is the size of the window that the host lends; attachHost false: there is none.
   MemoryWindows(Size hostSize, bool attachHost);
 
-  ScreenInfo screen() override { return {kScreenWidth, kScreenHeight, 32, 96}; }
+  ScreenInfo screen() override { return screen_; }
   NativeWindow hostWindow() override { return host_; }
   Size hostSize() override;
   NativeWindow createWindow(const WindowDescription& description) override;
@@ -57,11 +72,22 @@ class MemoryWindows final : public WindowSystem {
   std::optional<std::pair<int, int>> clientOrigin(NativeWindow window) override;
   void setTitle(NativeWindow window, std::string_view title) override;
   void setCursor(NativeWindow window, CursorShape shape) override;
-  Rect frameBorders(const WindowDescription& description) override { return classicFrameBorders(description); }
+  void lowerWindow(NativeWindow window) override;
+  void setTopMost(NativeWindow window, bool topMost) override;
+  void setCursorPicture(NativeWindow window, const WindowPicture& picture) override;
+  void setIcon(NativeWindow window, const WindowPicture& picture) override;
+  void setShape(NativeWindow window, const std::vector<Rect>* boxes) override;
+  void setSizeLimits(NativeWindow window, Size least, Size most) override;
+  void enableClose(NativeWindow window, bool enabled) override;
+  void acceptDrops(NativeWindow window, bool accepted) override;
+  void flashWindow(NativeWindow window, bool flashing) override;
+  void captureMouse(NativeWindow window, bool captured) override;
   void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                std::span<const Rect> dirty) override;
   void showMessage(std::string_view title, std::string_view text) override;
 
+  // The display's mode has changed.
+  void SetScreen(Size size, int depth);
   // Null when there is none of that number (any more).
   const MemoryWindow* Find(NativeWindow window) const;
   const std::map<NativeWindow, MemoryWindow>& Windows() const { return windows_; }
@@ -75,6 +101,7 @@ class MemoryWindows final : public WindowSystem {
   NativeWindow host_ = 0;
   NativeWindow next_ = 1;
   uint32_t raises_ = 0;
+  ScreenInfo screen_{kScreenWidth, kScreenHeight, 32, 96, {}};
 };
 
 }  // namespace vl

@@ -10,6 +10,7 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_hints.h"
 #include "platform/sdl/sdl_input_devices.h"
 #include "platform/sdl/sdl_joysticks.h"
 #include "platform/sdl/sdl_keys.h"
@@ -111,6 +112,7 @@ struct SdlPlatform::Parts {
   }
   void PushMouse(Event event);
   void TellHostSize(Size size);
+  void TellScreen();
   void TranslateKey(const SDL_KeyboardEvent& e);
   void TranslateText(const SDL_TextInputEvent& e);
   void TranslateMouse(const SDL_Event& e);
@@ -157,11 +159,7 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
   }
   SDL_EventState(SDL_DROPTEXT, SDL_DISABLE);
   parts->wakeEvent = SDL_RegisterEvents(1);
-  SDL_DisplayMode mode{};
-  if (SDL_GetDesktopDisplayMode(0, &mode) == 0) {
-    parts->screen.width = mode.w;
-    parts->screen.height = mode.h;
-  }
+  parts->screen = CurrentScreen();
   parts->MakeMailbox(options.size);
   parts->windows.SetScaling(options.scaling);
   if (options.attachHost) {
@@ -318,6 +316,8 @@ HostPicture SdlPlatform::hostPicture() {
 void SdlPlatform::Parts::Translate(const SDL_Event& e) {
   switch (e.type) {
     case SDL_QUIT:
+      // The run may be over, with only its error to be seen.
+      if (windows.Find(kPanelWindow)) Offer(MakeEvent(EventType::Close, kPanelWindow));
       queue->Push(MakeEvent(EventType::HostStop, 0));
       break;
     case SDL_KEYDOWN:
@@ -336,6 +336,9 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
     case SDL_WINDOWEVENT:
       TranslateWindow(e.window);
       break;
+    case SDL_DISPLAYEVENT:
+      TellScreen();
+      break;
     case SDL_DROPFILE:
       DropFile(e.drop);
       break;
@@ -343,6 +346,19 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
       joysticks.Handle(e);
       break;
   }
+}
+
+void SdlPlatform::Parts::TellScreen() {
+  const ScreenInfo now = CurrentScreen();
+  const bool changed = now.width != screen.width || now.height != screen.height;
+  screen = now;
+  mailbox->ReportScreen(screen);
+  if (!changed) return;
+  Event event = MakeEvent(EventType::DisplayChange, 0);
+  event.x = screen.width;
+  event.y = screen.height;
+  event.code = screen.depth;
+  queue->Push(event);
 }
 
 void SdlPlatform::Parts::TranslateKey(const SDL_KeyboardEvent& e) {
@@ -453,11 +469,14 @@ void SdlPlatform::Parts::TranslateWindow(const SDL_WindowEvent& e) {
         TellHostSize({e.data1, e.data2});
         return;
       }
+      // The answer to an older wish of the program must not undo its newer one.
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Resize;
       event.x = e.data1;
       event.y = e.data2;
       break;
     case SDL_WINDOWEVENT_MOVED:
+      if (mailbox->IsPlacePending(window)) return;
       event.type = EventType::Move;
       event.x = e.data1;
       event.y = e.data2;
@@ -501,6 +520,10 @@ void SdlPlatform::Parts::DropFile(const SDL_DropEvent& e) {
   const std::unique_ptr<char, decltype(&SDL_free)> path(e.file, SDL_free);
   const NativeWindow window = windows.WindowOf(e.windowID);
   if (window == 0 || !path) return;
+  if (options.listener && !windows.AcceptsDrops(window)) {
+    options.listener->OnDrop(path.get());
+    return;
+  }
   Event event = MakeEvent(EventType::DropFile, window);
   SDL_GetMouseState(&event.x, &event.y);
   queue->PushWithBlob(event, path.get());

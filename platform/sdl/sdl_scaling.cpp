@@ -123,7 +123,9 @@ void SdlWindows::KeepOnly(NativeWindow id) {
   window.texture.reset();
   window.enlarged.reset();
   window.cursor = CursorShape::Arrow;
-  if (mouseWindow_ == id) UseCursor(window.cursor);
+  window.acceptsDrops = false;
+  window.cursorPicture.reset();
+  if (mouseWindow_ == id) UseCursor(window);
   Draw(window);
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/sdl/sdl_hints.h"
 #include "platform/text/code_page.h"
 
 namespace vl {
@@ -48,9 +49,10 @@ bool IsDrawnByProcessor(SDL_Renderer* renderer) {
 
 }  // namespace
 
-SDL_Renderer* SdlWindows::CreateRenderer(SDL_Window* window) {
+// For a renderer of the graphics card SDL makes a window anew, and forgets that it can be cut.
+SDL_Renderer* SdlWindows::CreateRenderer(SDL_Window* window, bool isCut) {
   // A person's own choice of a driver stands.
-  if (!isProcessorFaster_ || SDL_GetHint(SDL_HINT_RENDER_DRIVER)) {
+  if (!isCut && (!isProcessorFaster_ || SDL_GetHint(SDL_HINT_RENDER_DRIVER))) {
     SDL_Renderer* const made = SDL_CreateRenderer(window, -1, 0);
     if (made && (SDL_GetHint(SDL_HINT_RENDER_DRIVER) || !IsDrawnByProcessor(made))) return made;
     if (made) SDL_DestroyRenderer(made);
@@ -66,15 +68,56 @@ bool SdlWindows::Create(NativeWindow id, const WindowDescription& d, const std::
   if (!d.caption) flags |= SDL_WINDOW_BORDERLESS;
   if (d.resizable) flags |= SDL_WINDOW_RESIZABLE;
   if (d.topMost) flags |= SDL_WINDOW_ALWAYS_ON_TOP;
+  if (d.tool) flags |= SDL_WINDOW_UTILITY | SDL_WINDOW_SKIP_TASKBAR;
   Window made;
   made.window.reset(SDL_CreateWindow(title.c_str(), d.x, d.y, std::max(d.width, 1), std::max(d.height, 1), flags));
-  if (made.window) made.renderer.reset(CreateRenderer(made.window.get()));
+  if (SDL_Window* const owner = Find(d.owner); owner && made.window) SDL_SetWindowModalFor(made.window.get(), owner);
+  if (made.window) made.renderer.reset(CreateRenderer(made.window.get(), false));
   if (!made.renderer) {
     reason = SDL_GetError();
     return false;
   }
   windows_[id] = std::move(made);
   return true;
+}
+
+// SDL cuts only windows that were made for it, so the window is made anew.
+void SdlWindows::Reshape(Window& window) {
+  SDL_Window* sdl = window.window.get();
+  Size size;
+  SDL_GetWindowSize(sdl, &size.width, &size.height);
+  if (!SDL_IsShapedWindow(sdl)) {
+    if (!window.shape) return;
+    int x = 0;
+    int y = 0;
+    SDL_GetWindowPosition(sdl, &x, &y);
+    const Uint32 flags = SDL_GetWindowFlags(sdl);
+    const std::string title = SDL_GetWindowTitle(sdl);
+    Window shaped;
+    shaped.window.reset(SDL_CreateShapedWindow(title.c_str(), Uint32(x), Uint32(y), Uint32(size.width),
+                                               Uint32(size.height), SDL_WINDOW_HIDDEN));
+    if (shaped.window) shaped.renderer.reset(CreateRenderer(shaped.window.get(), true));
+    if (!shaped.renderer) return;
+    shaped.shape = window.shape;
+    shaped.cursor = window.cursor;
+    shaped.cursorPicture = std::move(window.cursorPicture);
+    window.texture.reset();
+    window.enlarged.reset();
+    window.overlay.reset();
+    window.renderer.reset();
+    window = std::move(shaped);
+    sdl = window.window.get();
+    SDL_SetWindowPosition(sdl, x, y);
+    if (flags & SDL_WINDOW_ALWAYS_ON_TOP) SDL_SetWindowAlwaysOnTop(sdl, SDL_TRUE);
+    if (flags & SDL_WINDOW_SHOWN) SDL_ShowWindow(sdl);
+    window.needsPicture = true;
+  }
+  const std::vector<Rect> whole = {{0, 0, size.width, size.height}};
+  const SdlSurface mask = MaskOf(window.shape ? *window.shape : whole, size);
+  SDL_WindowShapeMode mode{};
+  mode.mode = ShapeModeBinarizeAlpha;
+  mode.parameters.binarizationCutoff = 128;
+  if (mask) SDL_SetWindowShape(sdl, mask.get(), &mode);
 }
 
 std::vector<NativeWindow> SdlWindows::Apply(WindowMailbox& mailbox) {
@@ -94,16 +137,33 @@ std::vector<NativeWindow> SdlWindows::Apply(WindowMailbox& mailbox) {
     const auto found = windows_.find(change.window);
     if (found == windows_.end()) continue;
     Window& window = found->second;
-    SDL_Window* const sdl = window.window.get();
+    SDL_Window* sdl = window.window.get();
     if (change.title && !change.create) SDL_SetWindowTitle(sdl, title.c_str());
     if (change.size) SDL_SetWindowSize(sdl, change.size->width, change.size->height);
     if (change.position) SDL_SetWindowPosition(sdl, change.position->first, change.position->second);
+    if (change.acceptsDrops) window.acceptsDrops = *change.acceptsDrops;
+    if (change.shape) window.shape = std::move(*change.shape);
+    if (change.shape || (change.size && window.shape)) Reshape(window);
+    sdl = window.window.get();
+    if (window.needsPicture) {
+      window.needsPicture = false;
+      mailbox.ShowAgain(change.window);
+    }
+    ApplyHints(sdl, change);
     if (change.state) ApplyState(window, *change.state);
     if (change.raise) SDL_RaiseWindow(sdl);
     if (change.cursor) {
       window.cursor = *change.cursor;
-      if (mouseWindow_ == change.window) UseCursor(window.cursor);
+      window.cursorPicture.reset();
     }
+    if (change.cursorPicture) {
+      const WindowPicture& picture = *change.cursorPicture;
+      const SdlSurface pixels = SurfaceOf(picture);
+      const int hotX = std::clamp(picture.hotX, 0, std::max(picture.width - 1, 0));
+      const int hotY = std::clamp(picture.hotY, 0, std::max(picture.height - 1, 0));
+      window.cursorPicture.reset(pixels ? SDL_CreateColorCursor(pixels.get(), hotX, hotY) : nullptr);
+    }
+    if ((change.cursor || change.cursorPicture) && mouseWindow_ == change.window) UseCursor(window);
   }
   return failed;
 }
@@ -177,10 +237,16 @@ void SdlWindows::EnterMouse(NativeWindow id) {
   const auto found = windows_.find(id);
   if (found == windows_.end()) return;
   mouseWindow_ = id;
-  UseCursor(found->second.cursor);
+  UseCursor(found->second);
 }
 
-void SdlWindows::UseCursor(CursorShape shape) {
+void SdlWindows::UseCursor(const Window& window) {
+  const CursorShape shape = window.cursor;
+  if (window.cursorPicture) {
+    SDL_SetCursor(window.cursorPicture.get());
+    SDL_ShowCursor(SDL_ENABLE);
+    return;
+  }
   if (shape == CursorShape::None) {
     SDL_ShowCursor(SDL_DISABLE);
     return;
@@ -201,6 +267,11 @@ NativeWindow SdlWindows::WindowOf(Uint32 sdlId) const {
 SDL_Window* SdlWindows::Find(NativeWindow id) const {
   const auto found = windows_.find(id);
   return found == windows_.end() ? nullptr : found->second.window.get();
+}
+
+bool SdlWindows::AcceptsDrops(NativeWindow id) const {
+  const auto found = windows_.find(id);
+  return found != windows_.end() && found->second.acceptsDrops;
 }
 
 Size SdlWindows::SizeOf(NativeWindow id) const {

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/sdl/picture_view.h"
@@ -41,6 +42,8 @@ class SdlWindows {
   // 0 for a window that is not ours.
   NativeWindow WindowOf(Uint32 sdlId) const;
   SDL_Window* Find(NativeWindow window) const;
+  // Files that are dropped on it are the program's.
+  bool AcceptsDrops(NativeWindow window) const;
   // The window's own size, which the picture may not have yet.
   Size SizeOf(NativeWindow window) const;
 
@@ -76,9 +79,14 @@ class SdlWindows {
     std::unique_ptr<SDL_Texture, Delete> overlay;
     SDL_Rect overlayPlace{};
     bool isHost = false;
+    bool acceptsDrops = false;
     CursorShape cursor = CursorShape::Arrow;
+    std::unique_ptr<SDL_Cursor, Delete> cursorPicture;  // instead of the shape
+    std::optional<std::vector<Rect>> shape;
+    bool needsPicture = false;  // it was made anew
   };
-  SDL_Renderer* CreateRenderer(SDL_Window* window);
+  SDL_Renderer* CreateRenderer(SDL_Window* window, bool isCut);
+  void Reshape(Window& window);
   void ApplyState(Window& window, ShowState state);
   void Upload(Window& window, const WindowFrame& frame);
   void Draw(Window& window);
@@ -87,7 +95,7 @@ class SdlWindows {
   bool IsScaled(const Window& window) const;
   Rect PlaceOf(const Window& window) const;
   Scaling ScalingOf(const Window& window) const;
-  void UseCursor(CursorShape shape);
+  void UseCursor(const Window& window);
 
   std::map<NativeWindow, Window> windows_;
   std::map<CursorShape, std::unique_ptr<SDL_Cursor, Delete>> cursors_;

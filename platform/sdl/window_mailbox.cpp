@@ -91,8 +91,71 @@ void WindowMailbox::resizeWindow(NativeWindow window, int width, int height) {
   if (window == hostWindow_ && window != 0) hostSize_ = size;
 }
 
+ScreenInfo WindowMailbox::screen() {
+  const std::lock_guard lock(mutex_);
+  return screen_;
+}
+
+void WindowMailbox::ReportScreen(const ScreenInfo& screen) {
+  const std::lock_guard lock(mutex_);
+  screen_ = screen;
+}
+
 void WindowMailbox::raiseWindow(NativeWindow window) {
-  Note(window, [&](WindowChange& change) { change.raise = true; });
+  Note(window, [&](WindowChange& change) {
+    change.raise = true;
+    change.lower = false;
+  });
+}
+
+void WindowMailbox::lowerWindow(NativeWindow window) {
+  Note(window, [&](WindowChange& change) {
+    change.lower = true;
+    change.raise = false;
+  });
+}
+
+void WindowMailbox::setTopMost(NativeWindow window, bool topMost) {
+  Note(window, [&](WindowChange& change) { change.topMost = topMost; });
+}
+
+void WindowMailbox::setCursorPicture(NativeWindow window, const WindowPicture& picture) {
+  Note(window, [&](WindowChange& change) {
+    change.cursorPicture = picture;
+    change.cursor.reset();
+  });
+}
+
+void WindowMailbox::setIcon(NativeWindow window, const WindowPicture& picture) {
+  Note(window, [&](WindowChange& change) {
+    // One picture serves the desktop, the larger one.
+    if (!change.icon || picture.width >= change.icon->width) change.icon = picture;
+  });
+}
+
+void WindowMailbox::setShape(NativeWindow window, const std::vector<Rect>* boxes) {
+  Note(window,
+       [&](WindowChange& change) { change.shape = boxes ? std::optional<std::vector<Rect>>(*boxes) : std::nullopt; });
+}
+
+void WindowMailbox::setSizeLimits(NativeWindow window, Size least, Size most) {
+  Note(window, [&](WindowChange& change) { change.limits = std::pair(least, most); });
+}
+
+void WindowMailbox::enableClose(NativeWindow window, bool enabled) {
+  Note(window, [&](WindowChange& change) { change.closeEnabled = enabled; });
+}
+
+void WindowMailbox::acceptDrops(NativeWindow window, bool accepted) {
+  Note(window, [&](WindowChange& change) { change.acceptsDrops = accepted; });
+}
+
+void WindowMailbox::flashWindow(NativeWindow window, bool flashing) {
+  Note(window, [&](WindowChange& change) { change.flashing = flashing; });
+}
+
+void WindowMailbox::captureMouse(NativeWindow window, bool captured) {
+  Note(window, [&](WindowChange& change) { change.captured = captured; });
 }
 
 void WindowMailbox::setTitle(NativeWindow window, std::string_view title) {
@@ -100,7 +163,10 @@ void WindowMailbox::setTitle(NativeWindow window, std::string_view title) {
 }
 
 void WindowMailbox::setCursor(NativeWindow window, CursorShape shape) {
-  Note(window, [&](WindowChange& change) { change.cursor = shape; });
+  Note(window, [&](WindowChange& change) {
+    change.cursor = shape;
+    change.cursorPicture.reset();
+  });
 }
 
 void WindowMailbox::present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
@@ -181,6 +247,19 @@ void WindowMailbox::TakeFrames(const std::function<void(NativeWindow window, con
     show(window, entry.frame);
     entry.frame.dirty = {};
   }
+}
+
+bool WindowMailbox::IsPlacePending(NativeWindow window) {
+  const std::lock_guard lock(mutex_);
+  const auto found = windows_.find(window);
+  return found != windows_.end() && (found->second.change.size || found->second.change.position);
+}
+
+void WindowMailbox::ShowAgain(NativeWindow window) {
+  const std::lock_guard lock(mutex_);
+  const auto found = windows_.find(window);
+  if (found != windows_.end())
+    found->second.frame.dirty = {0, 0, found->second.frame.width, found->second.frame.height};
 }
 
 bool WindowMailbox::LookAtFrame(NativeWindow window, const std::function<void(const WindowFrame& frame)>& look) {

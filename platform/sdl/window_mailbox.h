@@ -28,6 +28,16 @@ struct WindowChange {
   std::optional<std::pair<int, int>> position;
   std::optional<Size> size;
   std::optional<CursorShape> cursor;
+  std::optional<WindowPicture> cursorPicture;  // instead of `cursor`, of which one has a value at most
+  std::optional<WindowPicture> icon;
+  std::optional<std::optional<std::vector<Rect>>> shape;  // without boxes: all of the window again
+  std::optional<std::pair<Size, Size>> limits;            // of the client area
+  std::optional<bool> topMost;
+  std::optional<bool> closeEnabled;
+  std::optional<bool> acceptsDrops;
+  std::optional<bool> flashing;
+  std::optional<bool> captured;
+  bool lower = false;
 };
 
 struct WindowMessage {
@@ -50,7 +60,7 @@ class WindowMailbox final : public WindowSystem {
   WindowMailbox(const ScreenInfo& screen, NativeWindow hostWindow, Size hostSize, std::function<void()> wake);
 
   // The interpreter's side.
-  ScreenInfo screen() override { return screen_; }
+  ScreenInfo screen() override;
   NativeWindow hostWindow() override { return hostWindow_; }
   Size hostSize() override;
   NativeWindow createWindow(const WindowDescription& description) override;
@@ -61,7 +71,16 @@ class WindowMailbox final : public WindowSystem {
   void raiseWindow(NativeWindow window) override;
   void setTitle(NativeWindow window, std::string_view title) override;
   void setCursor(NativeWindow window, CursorShape shape) override;
-  Rect frameBorders(const WindowDescription& description) override { return classicFrameBorders(description); }
+  void lowerWindow(NativeWindow window) override;
+  void setTopMost(NativeWindow window, bool topMost) override;
+  void setCursorPicture(NativeWindow window, const WindowPicture& picture) override;
+  void setIcon(NativeWindow window, const WindowPicture& picture) override;
+  void setShape(NativeWindow window, const std::vector<Rect>* boxes) override;
+  void setSizeLimits(NativeWindow window, Size least, Size most) override;
+  void enableClose(NativeWindow window, bool enabled) override;
+  void acceptDrops(NativeWindow window, bool accepted) override;
+  void flashWindow(NativeWindow window, bool flashing) override;
+  void captureMouse(NativeWindow window, bool captured) override;
   void present(NativeWindow window, const uint32_t* pixels, int width, int height, int pitch,
                std::span<const Rect> dirty) override;
   void showMessage(std::string_view title, std::string_view text) override;
@@ -70,11 +89,17 @@ class WindowMailbox final : public WindowSystem {
   // In the order in which the windows were made; the caller applies all of them.
   std::vector<WindowChange> TakeChanges();
   std::vector<WindowMessage> TakeMessages();
+  // The display's mode has changed.
+  void ReportScreen(const ScreenInfo& screen);
   // The person changed the size of the host's window.
   void ReportHostSize(Size size);
   // Calls show(window, frame) for each picture with something to show, which is then counted as shown. The box
   // is locked meanwhile.
   void TakeFrames(const std::function<void(NativeWindow window, const WindowFrame& frame)>& show);
+  // The program asked for another place or size, and nobody has taken that yet.
+  bool IsPlacePending(NativeWindow window);
+  // All of a window's newest picture is to be shown once more.
+  void ShowAgain(NativeWindow window);
   // Calls look(frame) with the newest picture of a window; false when it has none.
   bool LookAtFrame(NativeWindow window, const std::function<void(const WindowFrame& frame)>& look);
 
@@ -89,7 +114,7 @@ class WindowMailbox final : public WindowSystem {
   // True when the host must be woken; the caller does so once the box is unlocked.
   bool MarkWoken();
 
-  const ScreenInfo screen_;
+  ScreenInfo screen_;
   const NativeWindow hostWindow_;
   const std::function<void()> wake_;
   std::mutex mutex_;

@@ -48,6 +48,44 @@ TEST(WindowMailbox, KeepsTheNewestOfEachWindow) {
   EXPECT_EQ(box.hostSize(), (Size{100, 90}));
 }
 
+TEST(WindowMailbox, WhatAWindowIsLikeIsKeptUntilItIsTaken) {
+  WindowMailbox box({800, 600, 32, 96}, 1, {640, 480}, [] {});
+  const NativeWindow w = box.createWindow({});
+  box.TakeChanges();
+  EXPECT_FALSE(box.IsPlacePending(w));
+  box.resizeWindow(w, 5, 6);
+  EXPECT_TRUE(box.IsPlacePending(w));
+  WindowPicture small;
+  small.width = small.height = 16;
+  WindowPicture big = small;
+  big.width = big.height = 32;
+  box.setIcon(w, big);
+  box.setIcon(w, small);
+  const std::vector<Rect> boxes = {{1, 2, 3, 4}};
+  box.setShape(w, &boxes);
+  box.setCursor(w, CursorShape::Wait);
+  box.setCursorPicture(w, small);
+  box.raiseWindow(w);
+  box.lowerWindow(w);
+  box.setTopMost(w, true);
+  box.setSizeLimits(w, {1, 2}, {3, 4});
+  auto changes = box.TakeChanges();
+  ASSERT_EQ(changes.size(), 1u);
+  EXPECT_FALSE(box.IsPlacePending(w));
+  EXPECT_EQ(changes[0].icon->width, 32) << "the larger one serves the desktop";
+  EXPECT_EQ(**changes[0].shape, boxes);
+  EXPECT_FALSE(changes[0].cursor);
+  EXPECT_EQ(changes[0].cursorPicture->width, 16);
+  EXPECT_TRUE(changes[0].lower);
+  EXPECT_FALSE(changes[0].raise);
+  EXPECT_EQ(changes[0].topMost, true);
+  EXPECT_EQ(changes[0].limits, std::pair(Size{1, 2}, Size{3, 4}));
+  box.setShape(w, nullptr);
+  changes = box.TakeChanges();
+  ASSERT_TRUE(changes[0].shape);
+  EXPECT_FALSE(*changes[0].shape) << "all of the window again";
+}
+
 TEST(WindowMailbox, FramesGatherWhatChanged) {
   WindowMailbox box({}, 1, {4, 2}, [] {});
   const uint32_t picture[] = {1, 2, 3, 4, 5, 6, 7, 8};
@@ -252,11 +290,12 @@ class KeepsKeys final : public SdlListener {
     wasOnFrame = onFrame;
     return event.type == EventType::KeyDown && event.code == kKeyF1;
   }
-  void OnDrop(const std::string&) override {}
+  void OnDrop(const std::string& path) override { dropped = path; }
   void OnMessage(const std::string& title, const std::string& text) override { message = title + "|" + text; }
   void OnPumped() override {}
   bool wasOnFrame = false;
   std::string message;
+  std::string dropped;
 };
 
 TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
@@ -314,6 +353,21 @@ TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
   services.windows->showMessage("a", "b");
   platform->pumpHost(0);
   EXPECT_EQ(listener.message, "a|b");
+
+  // A dropped file is the program's only when it takes files.
+  const auto drop = [&] {
+    SDL_Event e{};
+    e.type = SDL_DROPFILE;
+    e.drop.windowID = id;
+    e.drop.file = SDL_strdup("/games/a.vlp");
+    SDL_PushEvent(&e);
+    return next().type;
+  };
+  EXPECT_EQ(drop(), EventType::None);
+  EXPECT_EQ(listener.dropped, "/games/a.vlp");
+  services.windows->acceptDrops(services.windows->hostWindow(), true);
+  next();
+  EXPECT_EQ(drop(), EventType::DropFile);
 
   // A second run begins with nothing of the first.
   services.windows->createWindow({});
