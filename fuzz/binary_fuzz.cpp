@@ -7,10 +7,10 @@
 namespace {
 
 constexpr const char* kMembers[] = {
-    "AllocateData", "FreeData", "ReSizeData", "GetDataSize", "GetWord",   "GetLong",     "GetByte",
-    "GetChar",      "GetDouble", "GetFloat",  "GetString",   "SetWord",   "SetLong",     "SetByte",
-    "SetChar",      "SetDouble", "SetFloat",  "SetString",   "MoveData",  "CopyData",    "GetStringSize",
-    "IsEqual",      "Find",      "SaveData",  "LoadData",    "SetByteOrdering"};
+    "AllocateData", "FreeData",  "ReSizeData", "GetDataSize", "GetWord",        "GetLong",  "GetByte",
+    "GetChar",      "GetDouble", "GetFloat",   "GetString",   "SetWord",        "SetLong",  "SetByte",
+    "SetChar",      "SetDouble", "SetFloat",   "SetString",   "MoveData",       "CopyData", "GetStringSize",
+    "IsEqual",      "Find",      "SaveData",   "LoadData",    "SetByteOrdering"};
 
 // Mostly small, and the limits now and then.
 std::string ArgumentOf(int low, int high) {
@@ -36,7 +36,8 @@ std::string ArgumentOf(int low, int high) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   constexpr size_t kCall = 7;
-  std::string text = "Function E() { }\nOnError = E;\nt = Disk.CreateTemporaryFile();\na = New Binary();\nb = New Binary();\n";
+  std::string text =
+      "Function E() { }\nOnError = E;\nt = Disk.CreateTemporaryFile();\na = New Binary();\nb = New Binary();\n";
   for (size_t at = 0; at + kCall <= size && at < 60 * kCall; at += kCall) {
     const uint8_t* call = data + at;
     const int count = call[0] >> 6;

@@ -87,7 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         break;
       default:
         JoinPath(SplitPath(path));
-        if (files.GetFullPath(path, &result) && (!result.starts_with(kDriveRoot) || result.size() > kMaxPathBytes)) abort();
+        if (files.GetFullPath(path, &result) && (!result.starts_with(kDriveRoot) || result.size() > kMaxPathBytes))
+          abort();
         break;
     }
     last = path;

@@ -1,4 +1,5 @@
 // The POSIX back end: the thread-safe queue, the confined folder, addresses that may be opened.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_file_system.h"
+#include "platform/posix/posix_serial.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/run_files.h"
 
@@ -91,6 +93,38 @@ TEST(ThreadedQueue, AFloodOfAJoystickEndsWhereItIs) {
   }
   EXPECT_EQ(last, (std::map<int32_t, int32_t>{{0, 19998}, {1, 19999}}));
   EXPECT_EQ(buttons, 2u);
+}
+
+TEST(PosixSerial, APortIsADeviceThatThePersonNames) {
+  const int far = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+  ASSERT_GE(far, 0);
+  ASSERT_EQ(grantpt(far), 0);
+  ASSERT_EQ(unlockpt(far), 0);
+  setenv("VORLANE_COM7", ptsname(far), 1);
+  setenv("VORLANE_COM8", "/dev/null", 1);
+  PosixSerialPorts ports;
+  EXPECT_EQ(ports.open("COM8"), nullptr) << "no terminal";
+  EXPECT_EQ(ports.open(ptsname(far)), nullptr) << "a program names no device";
+  const auto port = ports.open("com7");
+  ASSERT_NE(port, nullptr);
+  if (getuid() != 0) {
+    EXPECT_EQ(ports.open("COM7"), nullptr) << "not shared";
+  }
+  char bytes[8] = {};
+  EXPECT_EQ(port->read(bytes, sizeof bytes), 0) << "nothing yet";
+  ASSERT_EQ(write(far, "\r\n\x03x", 4), 4);
+  EXPECT_EQ(port->read(bytes, sizeof bytes), 4);
+  EXPECT_EQ(std::string(bytes, 4), "\r\n\x03x") << "the line changes no byte";
+  EXPECT_EQ(port->write("\n\0y", 3), 3);
+  EXPECT_EQ(read(far, bytes, sizeof bytes), 3);
+  EXPECT_EQ(std::string(bytes, 3), std::string("\n\0y", 3));
+  EXPECT_TRUE(port->setRate(19200));
+  EXPECT_EQ(port->rate(), 19200u);
+  EXPECT_FALSE(port->setRate(14400));
+  close(far);
+  EXPECT_EQ(port->write("x", 1), -1) << "the other end is gone";
+  unsetenv("VORLANE_COM7");
+  unsetenv("VORLANE_COM8");
 }
 
 class Folder : public ::testing::Test {
