@@ -106,29 +106,27 @@ bool RunFiles::FindBelow(std::string_view relative, std::string* actual, FileSta
 }
 
 RunFiles::Found RunFiles::Find(const std::string& full) {
-  Found found;
-  found.full = full;
-  const std::string folded = FoldName(full);
-  if (const auto it = own_.find(folded); it != own_.end()) {
-    found.kind = Found::OwnFile;
-    found.full = it->second.full;
+  const auto asSpelled = [&](const std::string& path) {
+    Found found;
+    found.full = path;
+    const std::string folded = FoldName(path);
+    std::string relative;
+    FileStatus result;
+    if (const auto it = own_.find(folded); it != own_.end()) {
+      found.kind = Found::OwnFile;
+      found.full = it->second.full;
+    } else if (IsFolder(folded)) {
+      found.kind = Found::Folder;
+    } else if (Below(path, kHomeFolder, &relative) && FindBelow(relative, &found.below, &result)) {
+      found.kind = result.isFolder ? Found::Folder : Found::BelowFile;
+    }
     return found;
-  }
-  if (IsFolder(folded)) {
-    found.kind = Found::Folder;
-    return found;
-  }
-  std::string relative;
-  FileStatus result;
-  if (Below(full, kHomeFolder, &relative) && FindBelow(relative, &found.below, &result)) {
-    found.kind = result.isFolder ? Found::Folder : Found::BelowFile;
-    return found;
-  }
-  if (full.find('~') != std::string::npos) {
-    const std::string spelled = Spelled(full);
-    if (FoldName(spelled) != folded && spelled.find('~') == std::string::npos) return Find(spelled);
-  }
-  return found;
+  };
+  Found found = asSpelled(full);
+  if (found.kind != Found::Nothing || full.find('~') == std::string::npos) return found;
+  // Short names stand for the long ones.
+  const std::string spelled = Spelled(full);
+  return FoldName(spelled) == FoldName(full) ? found : asSpelled(spelled);
 }
 
 bool RunFiles::FindFull(std::string_view path, Found& found) {
