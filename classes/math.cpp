@@ -188,7 +188,7 @@ constexpr uint16_t kSetRandom = 21;
 
 constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help,
                            NumberFunction onNumbers = nullptr) {
-  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help, id != kSetRandom, onNumbers};
+  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help, nullptr, id != kSetRandom, onNumbers};
 }
 
 bool IsNumber(const CValue& v) { return v.type <= VT_FLOAT; }

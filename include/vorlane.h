@@ -121,6 +121,13 @@ void vl_clear_parameters(vl_player* player);
 /* Of the host's window, UTF-8. */
 void vl_set_title(vl_player* player, const char* title);
 
+/* A folder, UTF-8, that keeps the files which the program makes; it then may make any. NULL: they go with the run, and
+ * the program reaches only those that the run made for it. It is made when it isn't there. Before vl_run. */
+void vl_set_saves_folder(vl_player* player, const char* path);
+/* A folder, UTF-8, for the documents that the program prints, one PDF file each. NULL: there is no printer. Before
+ * vl_run. */
+void vl_set_print_folder(vl_player* player, const char* path);
+
 /* Recorded input, in ms of the program's clock. Headless players with a virtual clock only; before vl_run. */
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
 

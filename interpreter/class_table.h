@@ -35,6 +35,7 @@ struct MemberRow {
   uint32_t value = 0;                 // constants
   uint8_t globalKind = 0;             // token kind under which the bare name is known, or 0
   const char* help = "";              // one line: arguments and meaning
+  const char* text = nullptr;         // of a constant that is a text
   bool gives = false;                 // always leaves a result when it doesn't fail
   NumberFunction onNumbers = nullptr;
 };

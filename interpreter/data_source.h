@@ -23,6 +23,8 @@ class CByteSource {
  public:
   virtual ~CByteSource() = default;
   virtual std::span<const uint8_t> Bytes() const = 0;
+  // Takes over a copy. False when the memory is spent.
+  virtual bool SetBytes(std::span<const uint8_t> bytes) = 0;
 };
 
 }  // namespace vl

@@ -22,6 +22,7 @@
 #include "interpreter/message_source.h"
 #include "interpreter/thread_param.h"
 #include "interpreter/token_infos.h"
+#include "platform/run_files.h"
 #include "platform/services.h"
 
 namespace vl {
@@ -51,6 +52,15 @@ class CTimed {
  public:
   virtual ~CTimed() = default;
   virtual void Step(uint32_t nowMs) = 0;
+};
+
+// Something that comes due by the clock. It is told from the dispatch of messages, at most once for all the time that
+// passed without one.
+class CAlarm {
+ public:
+  virtual ~CAlarm() = default;
+  virtual void Ring() = 0;
+  uint32_t dueMs = 0;  // on the run's clock
 };
 
 // Told of the window that has become the active one.
@@ -126,8 +136,10 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // An element of the application: by name, or by index in the current part's bank of that type. Null for other
   // values and when there is none. `mustBeTyped` leaves the sources out.
   CElement* GetElement(const CValue& value, uint32_t type, bool mustBeTyped);
-  // Error 129 unless the run itself made that file.
+  // Error 129 unless the run itself made that file, or may make any.
   void RequireOwnFile(std::string_view path);
+  // The result of a member that gives names: an array of texts.
+  void SetResultNames(const std::vector<std::string>& names);
 
   // --- Objects (objects.cpp) ---
   void DeleteObject(CIBaseClassImpl* object);
@@ -169,6 +181,9 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void RemoveMessageFilter(CIBaseMessages* filter);
   uint32_t AddTimed(CTimed* object);
   void RemoveTimed(uint32_t node);
+  // The alarm stays the caller's and must be removed before it goes.
+  void AddAlarm(CAlarm* alarm) { alarms_.push_back(alarm); }
+  void RemoveAlarm(CAlarm* alarm) { std::erase(alarms_, alarm); }
   // Work of other subsystems at each poll (video, network, downloads).
   void AddPoll(std::function<void()> poll) { polls_.push_back(std::move(poll)); }
   void Poll();
@@ -217,6 +232,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   Services services;
   const ClassRegistry& registry;
   KeywordTables keywordTables;
+  // The drive where none is handed in.
+  std::unique_ptr<RunFiles> ownDisk;
   MemoryBudget budget;
   CVariablePool variablePool;
   CVariablePool framePool;
@@ -435,6 +452,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Tick();
   void WatchForStop();
   void StepTimed(uint32_t nowMs);
+  void RingAlarms();
   bool FilterAndDispatch();
   bool RunProgram(bool& restart);
   void Prepare(bool attach);
@@ -470,6 +488,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::vector<Text> literals_;
   CVariable noVariable_;  // what a name's token refers to before its first look-up
   std::vector<std::function<void()>> polls_;
+  std::vector<CAlarm*> alarms_;
 };
 
 // A runtime object that holds its own text: String.

@@ -4,6 +4,18 @@
 
 namespace vl {
 
+namespace {
+
+void SetConstant(CValue& slot, const MemberRow& row) {
+  if (row.text) {
+    slot.SetString(row.text);
+  } else {
+    slot.SetInt(static_cast<int32_t>(row.value));
+  }
+}
+
+}  // namespace
+
 CValue* CInterpretor::GetArg(int i) {
   if (i < GetArgCount()) return &Arg(i);
   return &defaultValue;
@@ -131,7 +143,7 @@ void CInterpretor::CallClassMember(CIBaseClassImpl* object) {
     }
   }
   if (row && row->kind == MemberKind::Constant) {
-    slot.SetInt(static_cast<int32_t>(row->value));
+    SetConstant(slot, *row);
     return;
   }
   RaiseError(ERR_UNKNOWN_MEMBER, kNoArgument,
@@ -149,7 +161,7 @@ void CInterpretor::ClassConstant(uint16_t classKind) {
     RaiseError(ERR_UNKNOWN_MEMBER, kNoArgument, std::string(info->name) + "." + NameOf(token) + " isn't a constant");
   }
   readCursor = TokenNext(token);
-  values[sp]->SetInt(static_cast<int32_t>(row->value));
+  SetConstant(*values[sp], *row);
 }
 
 const CIClassInfo& CInterpretor::RequireTexts() {

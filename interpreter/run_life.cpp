@@ -19,6 +19,10 @@ CInterpretor::CInterpretor(CThreadParam& param, const Services& services, const 
       defaultValue(this),
       noVariable_(this) {
   keywords = &keywordTables;
+  if (!this->services.disk) {
+    ownDisk = std::make_unique<RunFiles>(services.files);
+    this->services.disk = ownDisk.get();
+  }
   constexpr size_t kArguments = limits::kArgumentLevels * limits::kArgumentsPerLevel;
   args.reserve(kArguments);
   while (args.size() < kArguments) {
@@ -281,10 +285,9 @@ void CInterpretor::Reset() {
   graveyard_.clear();
   scopeDepth = 0;
   scopeBlocks.clear();
-  if (services.files) {
-    for (const std::string& file : tempFiles) services.files->remove(file);
-  }
+  for (const std::string& file : tempFiles) services.disk->remove(file);
   tempFiles.clear();
+  services.disk->SetCurrentFolder(kHomeFolder);
   literals_.clear();
   polls_.clear();
   downloads.reset();

@@ -61,7 +61,18 @@ void CInterpretor::StepTimed(uint32_t nowMs) {
   lastMovement = nowMs;
 }
 
+// An alarm's work may end it or others, so each is looked for anew.
+void CInterpretor::RingAlarms() {
+  const uint32_t now = NowMs();
+  for (size_t i = 0; i < alarms_.size();) {
+    CAlarm* const alarm = alarms_[i];
+    if (static_cast<int32_t>(now - alarm->dueMs) >= 0) alarm->Ring();
+    if (i < alarms_.size() && alarms_[i] == alarm) ++i;
+  }
+}
+
 void CInterpretor::Poll() {
+  RingAlarms();
   for (const auto& poll : polls_) poll();
 }
 
@@ -109,6 +120,9 @@ void CInterpretor::Wait(uint32_t ms) {
       };
       if (needsRefresh && autoRefresh) until(lastRefresh, refreshInterval);
       if (animatedCount > 0) until(lastMovement, movementInterval);
+      for (const CAlarm* alarm : alarms_) {
+        slice = std::min(slice, static_cast<uint32_t>(std::max(static_cast<int32_t>(alarm->dueMs - now), 1)));
+      }
       messages->WaitForMessage(static_cast<int>(std::max(slice, 1u)));
     }
     Poll();

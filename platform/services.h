@@ -14,7 +14,11 @@
 
 namespace vl {
 
+class Clipboard;
 class DeviceQueue;
+class Printers;
+class RunFiles;
+class SerialPorts;
 
 struct Services {
   Clock* clock = nullptr;
@@ -22,9 +26,13 @@ struct Services {
   WindowSystem* windows = nullptr;
   TextEngine* text = nullptr;
   FileSystem* files = nullptr;
+  RunFiles* disk = nullptr;  // the run's drive, over `files`; back ends leave it null
   Environment* environment = nullptr;
   Transfers* transfers = nullptr;
-  InputDevices* input = nullptr;   // the back end's
+  InputDevices* input = nullptr;  // the back end's
+  Clipboard* clipboard = nullptr;
+  Printers* printers = nullptr;
+  SerialPorts* serialPorts = nullptr;
   DeviceQueue* devices = nullptr;  // the run's, over `events`; back ends leave it null
 };
 

@@ -4,6 +4,8 @@
 #include <cstdlib>
 
 #include "host/desktop/start_picture.h"
+#include "platform/drive_paths.h"
+#include "platform/posix/user_folder.h"
 
 namespace vl {
 
@@ -215,9 +217,19 @@ bool Player::SendInput(const vl_input_event& input) {
 
 bool Player::Start() {
   if (running_ || (!files_ && control.url.empty())) return false;
+  kept_.reset();
+  if (!savesFolder.empty()) {
+    if (!MakeFolder(savesFolder)) return false;
+    kept_ = std::make_unique<PosixFileSystem>(savesFolder);
+    if (!kept_->IsOpen()) return false;
+  }
   std::string reason;
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
+  printers_ = printFolder.empty() ? nullptr : std::make_unique<PdfPrinters>(printFolder);
+  services.printers = printers_.get();
+  if (!services.clipboard) services.clipboard = &clipboard_;
+  if (!IsVirtual()) services.serialPorts = &serialPorts_;
   tap_ = std::make_unique<FrameTap>(*services.windows, !sdl_ || options_.detached || onFrame);
   services.windows = tap_.get();
   ShowStartPicture(*tap_);
@@ -256,11 +268,15 @@ bool Player::Start() {
     services.events = inputTap_.get();
   }
   run_ = std::make_unique<Run>(services, options_.keep_globals != 0);
+  if (kept_) run_->keptFiles = kept_.get();
   run_->param.path = application_;
+  // One from the network has no place on the drive.
+  if (baseUrl_.empty()) {
+    run_->param.sourceName = std::string(kHomeFolder).append(1, '\\').append(application_);
+  }
   run_->param.detached = options_.detached != 0;
   run_->param.parameters = control.params;
   run_->param.baseUrl = baseUrl_;
-  run_->param.sourceName = control.sourceName;
   // A picture of the time before the program belongs to a host that shows one.
   if (!IsVirtual()) {
     run_->param.startDelayMs = control.StartDelayMs(MonotonicMs());

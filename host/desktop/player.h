@@ -23,9 +23,11 @@
 #include "platform/memory_files.h"
 #include "platform/posix/curl_transfers.h"
 #include "platform/posix/deep_thread.h"
+#include "platform/posix/pdf_printers.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
+#include "platform/posix/posix_serial.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -67,6 +69,8 @@ class Player {
 
   CVorlane control;
   std::string commandLine;
+  std::string savesFolder;  // empty: files go with the run
+  std::string printFolder;  // empty: no printer
 
   RunResult result = RunResult::Ended;
   std::string error;
@@ -88,6 +92,10 @@ class Player {
   PosixFontFinder fonts_;
   std::unique_ptr<FreeTypeTextEngine> text_;
   std::unique_ptr<FileSystem> files_;
+  std::unique_ptr<PosixFileSystem> kept_;
+  std::unique_ptr<PdfPrinters> printers_;
+  PosixSerialPorts serialPorts_;
+  MemoryClipboard clipboard_;
   MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
   std::string application_;                  // path in files_
   bool isByUrl_ = true;                      // nothing else was given

@@ -142,6 +142,26 @@ void vl_set_title(vl_player* player, const char* title) {
       0);
 }
 
+void vl_set_saves_folder(vl_player* player, const char* path) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.savesFolder = path ? path : "";
+        return 0;
+      },
+      0);
+}
+
+void vl_set_print_folder(vl_player* player, const char* path) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.printFolder = path ? path : "";
+        return 0;
+      },
+      0);
+}
+
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event) {
   if (!player || !IsKnown(event)) return 0;
   return Guard([&] { return static_cast<int>(player->player.ScriptInput(at_ms, *event)); }, 0);

@@ -21,6 +21,8 @@ Services HeadlessPlatform::services() {
   s.files = options_.files;
   s.environment = &environment_;
   s.input = &inputDevices_;
+  s.clipboard = &clipboard_;
+  s.serialPorts = &serialPorts_;
   return s;
 }
 

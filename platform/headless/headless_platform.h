@@ -10,6 +10,8 @@
 #include <vector>
 
 #include "platform/environment.h"
+#include "platform/headless/memory_clipboard.h"
+#include "platform/headless/memory_serial.h"
 #include "platform/headless/memory_windows.h"
 #include "platform/headless/scripted_queue.h"
 #include "platform/headless/virtual_clock.h"
@@ -76,6 +78,7 @@ class HeadlessPlatform {
   MemoryWindows& windows() { return windows_; }
   HeadlessEnvironment& environment() { return environment_; }
   HeadlessInputDevices& inputDevices() { return inputDevices_; }
+  MemoryClipboard& clipboard() { return clipboard_; }
 
  private:
   // Hands out scripted events; those without a window get theirs as late as this.
@@ -96,6 +99,8 @@ class HeadlessPlatform {
   MemoryWindows windows_;
   HeadlessEnvironment environment_;
   HeadlessInputDevices inputDevices_;
+  MemoryClipboard clipboard_;
+  MemorySerialPorts serialPorts_;
   Router router_;
 };
 

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tools/player/saves.h"
 #include "tools/png_file.h"
 
 namespace vl {
@@ -65,7 +66,9 @@ int PlaySession::Run() {
     status = player_ ? kExitOk : MakePlayer();
     if (status == kExitOk) status = Load();
     if (status != kExitOk) return status;
-    if (!Play()) break;
+    const bool isAgain = Play();
+    saves_.Close();
+    if (!isAgain) break;
     isFirst_ = false;
   }
   RememberView();
@@ -192,6 +195,15 @@ int PlaySession::Load() {
           static_cast<FrameFolder*>(frames)->Take(atMs, pixels, width, height);
         },
         &frames_);
+  }
+  vl_set_print_folder(player, command_.printFolder.empty() ? nullptr : command_.printFolder.c_str());
+  if (command_.keepFiles) {
+    std::string error;
+    if (!saves_.Open(path_, error)) {
+      PrintError(error);
+      return kExitUsage;
+    }
+    vl_set_saves_folder(player, saves_.FilesFolder().c_str());
   }
   RememberApplication();
   if (ready && vl_run(player)) return kExitOk;
