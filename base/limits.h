@@ -20,6 +20,8 @@ inline constexpr int kMaxCallDepth = 4000;
 inline constexpr int kMaxNesting = 1000;
 // Evaluations in progress (parentheses, arguments, subscripts), over all calls.
 inline constexpr int kMaxEvaluationDepth = 32000;
+// Slots of the evaluation stack (2 MB): a dozen for each of kMaxCallDepth calls.
+inline constexpr size_t kMaxValues = 65536;
 // Stack of the interpreter's thread: kMaxCallDepth calls of a few nested expressions each, with sanitizers.
 inline constexpr size_t kThreadStackBytes = size_t{256} << 20;
 // Levels of the argument bank and arguments a level; both are part of the language.

@@ -44,6 +44,12 @@ bool CIBinary::Allocate(int64_t size, int64_t keep) {
   return true;
 }
 
+bool CIBinary::SetBytes(std::span<const uint8_t> bytes) {
+  if (!Allocate(static_cast<int64_t>(bytes.size()))) return false;
+  if (!bytes.empty()) std::memcpy(data_.get(), bytes.data(), bytes.size());
+  return true;
+}
+
 bool CIBinary::LoadFrom(CStream& stream) {
   const int64_t length = stream.GetLength();
   const int32_t from = interpreter.GetArgInt(1);
@@ -86,18 +92,19 @@ void CIBinary::SaveData() {
   const bool append = number(1, 0) != 0;
   const int64_t offset = std::clamp<int64_t>(number(3, 0), 0, size_ - 1);
   const int64_t length = std::clamp<int64_t>(number(4, size_), 0, size_ - offset);
+  RunFiles& disk = *interpreter.services.disk;
   std::string filePath;
-  std::unique_ptr<File> file;
-  if (interpreter.app && interpreter.app->PathOfFile(path.StringView(), &filePath)) {
-    FileSystem& files = *interpreter.services.files;
-    if (append) file = files.open(filePath, FileMode::ReadWrite);
-    if (!file) file = files.open(filePath, FileMode::Create);
-  }
-  bool saved = file != nullptr;
+  bool saved = disk.GetFullPath(path.StringView(), &filePath);
   if (saved) {
-    const int64_t at = std::clamp<int64_t>(number(2, 0), 0, file->size());
-    saved =
-        file->seek(at) && file->write(data_.get() + offset, static_cast<size_t>(length)) == static_cast<size_t>(length);
+    std::unique_ptr<File> file;
+    const std::span bytes(data_.get() + offset, static_cast<size_t>(length));
+    if (append) file = disk.open(filePath, FileMode::ReadWrite);
+    if (file) {
+      const int64_t at = std::clamp<int64_t>(number(2, 0), 0, file->size());
+      saved = file->seek(at) && file->write(bytes.data(), bytes.size()) == bytes.size();
+    } else {
+      saved = disk.replace(filePath, bytes);
+    }
   }
   interpreter.GetResult().SetInt(saved);
 }

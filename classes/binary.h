@@ -22,6 +22,13 @@ class CIBinary : public CIBaseClassImpl, public CByteSource {
   std::span<const uint8_t> Bytes() const override { return {data_.get(), static_cast<size_t>(size_)}; }
   std::span<uint8_t> WritableBytes() override { return {data_.get(), static_cast<size_t>(size_)}; }
   bool ResizeBytes(int64_t size) override { return Allocate(size, size); }
+  bool SetBytes(std::span<const uint8_t> bytes) override;
+  uint8_t* Data() { return data_.get(); }
+  int32_t ByteOrder() const { return byteOrder_; }
+  // Of a block that came from elsewhere; a number that is no order counts as the machine's.
+  void SetByteOrderOf(uint32_t order) {
+    byteOrder_ = order >= 1 && order <= 3 ? static_cast<int32_t>(order) : kMachineOrder;
+  }
   // A block of `size` bytes, 0 to 2^31 - 1; the first `keep` bytes of the old one stay, the rest is 0. False, and
   // unchanged, when the memory is spent.
   bool Allocate(int64_t size, int64_t keep = 0);

@@ -13,6 +13,13 @@ extern const ClassTable kProcessClass;
 extern const ClassTable kBankClass;
 extern const ClassTable kBinaryClass;
 extern const ClassTable kPointArrayClass;
+extern const ClassTable kFileClass;
+extern const ClassTable kDiskClass;
+extern const ClassTable kIniClass;
+extern const ClassTable kRegistryClass;
+extern const ClassTable kSharedLibraryClass;
+extern const ClassTable kTimerClass;
+extern const ClassTable kSerialClass;
 
 void RegisterCoreClasses(ClassRegistry& registry);
 

@@ -183,34 +183,82 @@ void CIMath::GetDegree() { interpreter.GetResult().SetFloat(Required(0) * 180.0 
 
 namespace {
 
-constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help};
+// The one member without a result.
+constexpr uint16_t kSetRandom = 21;
+
+constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help,
+                           NumberFunction onNumbers = nullptr) {
+  return {id, name, MemberKind::Member, function, 0, CLASS_MATH, help, nullptr, id != kSetRandom, onNumbers};
 }
 
+bool IsNumber(const CValue& v) { return v.type <= VT_FLOAT; }
+double RealOf(const CValue& v) { return v.type == VT_FLOAT ? v.data.real : v.data.integer; }
+void Put(CValue& result, double v) {
+  result.type = VT_FLOAT;
+  result.data.real = v;
+}
+
+bool AbsOfNumber(const CValue* a, int count, CValue& result) {
+  if (count < 1 || !IsNumber(a[0])) return false;
+  if (a[0].type == VT_FLOAT) {
+    Put(result, std::fabs(a[0].data.real));
+  } else {
+    const int32_t v = a[0].data.integer;
+    result.type = VT_INTEGER;
+    result.data.integer = v < 0 ? static_cast<int32_t>(0u - Wrap(v)) : v;
+  }
+  return true;
+}
+
+// The smaller or the larger of two, as it is.
+template <bool IsMax>
+bool ChoiceOfNumbers(const CValue* a, int count, CValue& result) {
+  if (count < 2 || !IsNumber(a[0]) || !IsNumber(a[1])) return false;
+  const bool first = (RealOf(a[1]) < RealOf(a[0])) == IsMax;
+  result.type = a[first ? 0 : 1].type;
+  result.data = a[first ? 0 : 1].data;
+  return true;
+}
+
+template <double (*F)(double)>
+bool RealOfNumber(const CValue* a, int count, CValue& result) {
+  if (count < 1 || !IsNumber(a[0])) return false;
+  Put(result, F(RealOf(a[0])));
+  return true;
+}
+
+double SquareRoot(double v) { return std::sqrt(v); }
+double RoundDown(double v) { return std::floor(v); }
+double RoundUp(double v) { return std::ceil(v); }
+
 constexpr MemberRow kRows[] = {
-    Global(1, "Abs", kMember<&CIMath::Abs>, "Abs(v): absolute value, of the type of v; a text counts as a float"),
+    Global(1, "Abs", kMember<&CIMath::Abs>, "Abs(v): absolute value, of the type of v; a text counts as a float",
+           AbsOfNumber),
     Global(2, "Asin", kMember<&CIMath::Asin>, "Asin(x): arc sine in radians of x limited to -1 to 1"),
     Global(3, "Atan", kMember<&CIMath::Atan>, "Atan(x): arc tangent in radians"),
-    Global(4, "Ceil", kMember<&CIMath::Ceil>, "Ceil(x): smallest whole number not below x, as a float"),
+    Global(4, "Ceil", kMember<&CIMath::Ceil>, "Ceil(x): smallest whole number not below x, as a float",
+           RealOfNumber<RoundUp>),
     Global(5, "Cos", kMember<&CIMath::Cos>, "Cos(x): cosine of x radians, exact at the quarter turns"),
     Global(6, "Exp", kMember<&CIMath::Exp>, "Exp(x): e to the power of x"),
-    Global(7, "Floor", kMember<&CIMath::Floor>, "Floor(x): largest whole number not above x, as a float"),
+    Global(7, "Floor", kMember<&CIMath::Floor>, "Floor(x): largest whole number not above x, as a float",
+           RealOfNumber<RoundDown>),
     Global(8, "Log", kMember<&CIMath::Log>, "Log(x): natural logarithm"),
-    Global(9, "Max", kMember<&CIMath::Max>, "Max(a, b): the larger value, with its type"),
-    Global(10, "Min", kMember<&CIMath::Min>, "Min(a, b): the smaller value, with its type"),
+    Global(9, "Max", kMember<&CIMath::Max>, "Max(a, b): the larger value, with its type", ChoiceOfNumbers<true>),
+    Global(10, "Min", kMember<&CIMath::Min>, "Min(a, b): the smaller value, with its type", ChoiceOfNumbers<false>),
     Global(11, "Pow", kMember<&CIMath::Pow>, "Pow(a, b): a to the power of b"),
     Global(12, "Random", kMember<&CIMath::Random>,
            "Random(n): integer from 0 towards n; without n a float from 0 to 1"),
     Global(13, "Round", kMember<&CIMath::Round>, "Round(x): whole part of x, plus 1 when the fraction is 0.5 or more"),
     Global(14, "Sin", kMember<&CIMath::Sin>, "Sin(x): sine of x radians, exact at the quarter turns"),
-    Global(15, "Sqrt", kMember<&CIMath::Sqrt>, "Sqrt(x): square root"),
+    Global(15, "Sqrt", kMember<&CIMath::Sqrt>, "Sqrt(x): square root", RealOfNumber<SquareRoot>),
     Global(16, "Tan", kMember<&CIMath::Tan>, "Tan(x): tangent of x radians"),
     Global(17, "Pi", kMember<&CIMath::Pi>, "Pi(): 3.141592653589793"),
     Global(18, "Acos", kMember<&CIMath::Acos>, "Acos(x): arc cosine in radians"),
     Global(19, "IsFloatFinite", kMember<&CIMath::IsFloatFinite>,
            "IsFloatFinite(x): 1 unless x is infinite or no number"),
     Global(20, "IsNotAFloatNumber", kMember<&CIMath::IsNotAFloatNumber>, "IsNotAFloatNumber(x): 1 when x is no number"),
-    Global(21, "SetRandom", kMember<&CIMath::SetRandom>, "SetRandom(seed): starts the random sequence of that seed"),
+    Global(kSetRandom, "SetRandom", kMember<&CIMath::SetRandom>,
+           "SetRandom(seed): starts the random sequence of that seed"),
     Global(22, "GetRadian", kMember<&CIMath::GetRadian>, "GetRadian(d): degrees to radians"),
     Global(23, "GetDegree", kMember<&CIMath::GetDegree>, "GetDegree(r): radians to degrees"),
     Global(24, "Atan2", kMember<&CIMath::Atan2>, "Atan2(a, b): arc tangent of a / b in the right quadrant"),

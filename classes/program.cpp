@@ -210,23 +210,11 @@ void CIProgram::GetApplicationDirectory() {
   Result(environment ? interpreter.services.environment->applicationDirectory() : "");
 }
 
-void CIProgram::ResultNames(const std::vector<std::string>& names) {
-  CArrayStore* store = interpreter.NewArray();
-  CValue& result = interpreter.GetResult();
-  result.SetArray(store);
-  CValue name(&interpreter);
-  for (size_t i = 0; i < names.size(); ++i) {
-    const auto subscript = static_cast<int32_t>(i);
-    name.SetString(names[i]);
-    store->Store(store->Address(&subscript, 1), name);
-  }
-}
-
 void CIProgram::GetParamList() {
   std::vector<std::string> names;
   for (const auto& [name, value] : interpreter.param.parameters) names.push_back(name);
   names.emplace_back();
-  ResultNames(names);
+  interpreter.SetResultNames(names);
 }
 
 void CIProgram::GetParamValue() {
@@ -251,7 +239,7 @@ void CIProgram::GetBankList() {
       }
     }
   }
-  ResultNames(names);
+  interpreter.SetResultNames(names);
 }
 
 void CIProgram::GetObjectList() {
@@ -259,7 +247,7 @@ void CIProgram::GetObjectList() {
   if (interpreter.app) {
     for (const auto& part : interpreter.app->parts) names.push_back(part->name);
   }
-  ResultNames(names);
+  interpreter.SetResultNames(names);
 }
 
 void CIProgram::GetDefaultGameInput() {
@@ -278,9 +266,17 @@ void CIProgram::DisableDirectSound3D() {
 
 namespace {
 
+// Whether a member always leaves a result: all but those that only do something.
+constexpr bool Gives(uint16_t id) {
+  for (const uint16_t silent : {1, 4, 5, 12, 15, 16, 27, 28, 30, 31, 42, 43, 44, 45, 47, 58}) {
+    if (id == silent) return false;
+  }
+  return true;
+}
+
 constexpr MemberRow Global(uint16_t id, const char* name, MemberFunction function, const char* help,
                            MemberKind kind = MemberKind::Member) {
-  return {id, name, kind, function, 0, CLASS_PROGRAM, help};
+  return {id, name, kind, function, 0, CLASS_PROGRAM, help, nullptr, Gives(id)};
 }
 
 constexpr MemberRow kRows[] = {

@@ -70,7 +70,6 @@ class CIProgram : public CIBaseClassImpl {
 
  private:
   void Result(std::string_view text) { interpreter.GetResult().SetString(text); }
-  void ResultNames(const std::vector<std::string>& names);
   bool ReleaseFlag() const;
   ErrorHook hook_;
 };

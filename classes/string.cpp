@@ -173,7 +173,7 @@ void CIString::Replace() {
 namespace {
 
 constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
+  return {id, name, MemberKind::Member, function, 0, 0, help, nullptr, true};
 }
 
 constexpr MemberRow kRows[] = {

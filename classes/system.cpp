@@ -54,6 +54,30 @@ class CISystem : public CIBaseClassImpl {
   explicit CISystem(CInterpretor& interpreter) : CIBaseClassImpl(interpreter, CLASS_SYSTEM, Listing::Listed) {}
 
   void GetByteOrdering() { Result(2); }
+  void DownloadFile() {
+    const CValue* url = interpreter.GetArg(0);
+    if (!url || url->type != VT_STRING) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+    const std::string address(url->StringView());
+    const bool inBackground = interpreter.GetArgInt(1) == 1;
+    CDownloads* const downloads = Downloads();
+    Result(downloads ? downloads->DownloadFile(address, inBackground) : std::string());
+  }
+  void OnDownload() {
+    const BlockRecord* function = interpreter.GetEventFunction();
+    if (CDownloads* const downloads = Downloads()) downloads->onDownload = function;
+  }
+  void StopFileDownload() {
+    const CValue* url = interpreter.GetArg(0);
+    if (!url || url->type != VT_STRING) interpreter.RaiseError(ERR_BAD_ARGUMENT);
+    if (interpreter.downloads) interpreter.downloads->StopFileDownload(std::string(url->StringView()));
+  }
+  // Null in a build without them.
+  CDownloads* Downloads() {
+    if (!interpreter.downloads && interpreter.registry.makeDownloads) {
+      interpreter.downloads = interpreter.registry.makeDownloads(interpreter);
+    }
+    return interpreter.downloads.get();
+  }
   void GetOS() { Result(SystemOf(Machine().systemVersion())); }
   void GetOSRelease() { Result(Machine().systemVersion().major); }
   void GetOSSubRelease() { Result(Machine().systemVersion().minor); }
@@ -151,9 +175,12 @@ constexpr MemberRow kRows[] = {
         "IsGradientCaptionEnabled(): 1 or 0"),
     Row(31, "ParseEnvironmentString", kMember<&CISystem::NotOffered>, "refused: error 20"),
     Row(32, "GetEnvironmentVariable", kMember<&CISystem::NotOffered>, "refused: error 20"),
-    {33, "DownloadFile", MemberKind::Member, nullptr, 0, 0, "DownloadFile(...): fetches a file"},
-    {34, "OnDownload", MemberKind::Event, nullptr, 0, CLASS_SYSTEM, "OnDownload = f: a download changed its state"},
-    {35, "StopFileDownload", MemberKind::Member, nullptr, 0, 0, "StopFileDownload(...): ends a download"},
+    Row(33, "DownloadFile", kMember<&CISystem::DownloadFile>,
+        "DownloadFile(url, inBackground): path of the local file, empty when it failed"),
+    {34, "OnDownload", MemberKind::Event, kMember<&CISystem::OnDownload>, 0, CLASS_SYSTEM,
+     "OnDownload = f: f(url, path, done, total, status), in bytes"},
+    Row(35, "StopFileDownload", kMember<&CISystem::StopFileDownload>,
+        "StopFileDownload(url): of one in the background"),
     Constant(37, "BIG_ENDIAN", 1, "byte order"),
     Constant(38, "LITTLE_ENDIAN", 2, "byte order"),
     Constant(39, "PDP_ENDIAN", 3, "byte order"),

@@ -43,10 +43,10 @@ RunResult Run::Execute() {
     if (services_.windows) services_.windows->showMessage(title, text);
   };
   try {
-    // What the program writes is its own and goes with it.
-    RunFiles files(services_.files);
+    // What the program writes is its own.
+    RunFiles files(services_.files, keptFiles);
     Services services = services_;
-    services.files = &files;
+    services.files = services.disk = &files;
     DeviceQueue devices(*services.events, services.windows, services.input);
     services.events = services.devices = &devices;
     CInterpretor interpreter(param, services, PlayerClasses());

@@ -26,6 +26,8 @@ class Run {
   void Stop() { param.stop.store(true); }
 
   CThreadParam param;
+  // Where the files that the program makes outlive the run; null when they go with it. Outlives this.
+  FileSystem* keptFiles = nullptr;
   std::string error;        // "TITLE: TEXT" of the error box
   std::string errorDetail;  // source:line:column and an explanation, or why the file can't be read
   std::string globals;      // JSON, with keepGlobals

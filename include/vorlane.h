@@ -51,9 +51,10 @@ typedef struct vl_options {
   int32_t keep_globals; /* 1: vl_globals() works after the run */
   int32_t keep_input;   /* 1: vl_recorded_input() works after the run */
   /* Of the desktop back end. */
-  int32_t scaling;     /* vl_scaling */
-  int32_t full_screen; /* 1: begins so */
-  int32_t shell;       /* 1: the player's own keys, menu and error box; see vl_take_request */
+  int32_t scaling;      /* vl_scaling */
+  int32_t full_screen;  /* 1: begins so */
+  int32_t shell;        /* 1: the player's own keys, menu and error box; see vl_take_request */
+  int32_t plain_walker; /* 1: runs without preparing the program; slower, for tests of the other way */
   /* Of the headless back end, whose network otherwise lies in memory. */
   int32_t real_network; /* 1: that of the machine */
 } vl_options;
@@ -109,6 +110,10 @@ void vl_destroy(vl_player* player);
  * in memory with a name; vl_add_file puts further files beside the latter. They are copied. 0 on failure. */
 int vl_set_file(vl_player* player, const char* path);
 int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size);
+/* An address: file, http, https or ftp, or a path; a relative one counts from document_url, which may be NULL. It is
+ * fetched at each vl_run, on the caller's thread. Statuses of 400 and above are failures. The parameters "Src" and
+ * "URLVLPSource" set it too, when no other application is set. */
+int vl_set_url(vl_player* player, const char* url, const char* document_url);
 int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size);
 /* A parameter as the page would give it; later ones of the same name count after earlier ones. */
 int vl_set_parameter(vl_player* player, const char* name, const char* value);
@@ -122,6 +127,13 @@ int vl_set_origin(vl_player* player, const char* host);
 void vl_clear_parameters(vl_player* player);
 /* Of the host's window, UTF-8. */
 void vl_set_title(vl_player* player, const char* title);
+
+/* A folder, UTF-8, that keeps the files which the program makes; it then may make any. NULL: they go with the run, and
+ * the program reaches only those that the run made for it. It is made when it isn't there. Before vl_run. */
+void vl_set_saves_folder(vl_player* player, const char* path);
+/* A folder, UTF-8, for the documents that the program prints, one PDF file each. NULL: there is no printer. Before
+ * vl_run. */
+void vl_set_print_folder(vl_player* player, const char* path);
 
 /* Recorded input, in ms of the program's clock. Headless players with a virtual clock only; before vl_run. */
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);

@@ -38,6 +38,7 @@ uint32_t CInterpretor::EvaluateArguments() {
 CIBaseObjectVar* CInterpretor::NewFrame() {
   auto* fresh = new CIBaseObjectVar(*this, CIBaseClassImpl::Listing::None);
   fresh->refCount = 1;
+  fresh->isCallFrame = true;
   return fresh;
 }
 
@@ -71,7 +72,7 @@ void CInterpretor::CallFunction(const BlockRecord& block, CIBaseObjectVar& newTh
     CIBaseObjectVar& object;
     CIBaseObjectVar* frame;
     ~Held() {
-      frame->variables.Clear(i.variablePool);
+      frame->variables.Clear(i.framePool);
       i.freeFrames_.push_back(frame);
       i.Unpin(&object);
     }
@@ -105,7 +106,7 @@ void CInterpretor::RunFunction(const BlockRecord& block, CIBaseObjectVar& newFra
     ~Scope() {
       --i.callDepth;
       // Everything of the function's levels goes at once.
-      i.frame->variables.RemoveFromLevel(depth + 1, i.variablePool);
+      i.frame->variables.RemoveFromLevel(depth + 1, i.PoolOf(*i.frame));
       i.scopeDepth = depth;
       i.frame = frame;
       i.thisObject = thisObject;

@@ -8,6 +8,8 @@ CIBaseClassImpl::CIBaseClassImpl(CInterpretor& interpreter, uint32_t classId, Li
     : interpreter(interpreter), classId(static_cast<uint8_t>(classId)) {
   if (static_cast<void*>(&interpreter) == static_cast<void*>(this)) return;  // the interpreter itself
   if (classId) classInfo = interpreter.ClassInfo(classId);
+  // A call's frame is no object that a program could see.
+  if (!classId && listing == Listing::None) return;
   number = interpreter.nextObjectNumber;
   interpreter.nextObjectNumber += 64;
   if (interpreter.nextObjectNumber == 0) interpreter.nextObjectNumber = 64;
@@ -37,11 +39,11 @@ void CIBaseClassImpl::Create() {
 bool CIBaseClassImpl::IsKept() const { return refCount > 0 || (classId && FactsOfClass(classId).kept); }
 
 CIBaseObjectVar::~CIBaseObjectVar() {
-  if (static_cast<void*>(&interpreter) != static_cast<void*>(this)) variables.Clear(interpreter.variablePool);
+  if (static_cast<void*>(&interpreter) != static_cast<void*>(this)) variables.Clear(interpreter.PoolOf(*this));
 }
 
 void CIBaseObjectVar::Destroy(bool final) {
-  variables.Clear(interpreter.variablePool);
+  variables.Clear(interpreter.PoolOf(*this));
   CIBaseClassImpl::Destroy(final);
 }
 

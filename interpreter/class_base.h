@@ -74,6 +74,7 @@ class CIBaseObjectVar : public CIBaseClassImpl {
   void Destroy(bool final) override;
 
   CVarTable variables;
+  bool isCallFrame = false;  // its variables come from a pool of their own
 };
 
 // An object that draws. The pass that calls Refresh runs in the order that RefreshAll gives.

@@ -14,12 +14,18 @@
 
 namespace vl {
 
+class CDownloads;
+
 class CInterpretor;
 class CIBaseClassImpl;
+class CValue;
 
 enum class MemberKind : uint8_t { Member, Event, Constant };
 
 using MemberFunction = void (*)(CIBaseClassImpl& object);
+// A member of a fixed object that needs nothing but its arguments, on numbers. False, with nothing done, for anything
+// else: then the member itself runs. The result owns nothing.
+using NumberFunction = bool (*)(const CValue* arguments, int count, CValue& result);
 
 struct MemberRow {
   uint16_t id = 0;
@@ -29,6 +35,9 @@ struct MemberRow {
   uint32_t value = 0;                 // constants
   uint8_t globalKind = 0;             // token kind under which the bare name is known, or 0
   const char* help = "";              // one line: arguments and meaning
+  const char* text = nullptr;         // of a constant that is a text
+  bool gives = false;                 // always leaves a result when it doesn't fail
+  NumberFunction onNumbers = nullptr;
 };
 
 struct ClassTable {
@@ -63,6 +72,8 @@ struct ClassRegistry {
   void (*attachWindow)(CInterpretor& interpreter) = nullptr;
   // Makes the GameInput object of an application that starts with one; null in a build without game input.
   CIBaseClassImpl* (*makeDefaultGameInput)(CInterpretor& interpreter) = nullptr;
+  // Makes what System downloads with; null in a build without a network.
+  std::unique_ptr<CDownloads> (*makeDownloads)(CInterpretor& interpreter) = nullptr;
   // Makes the window tree's message queue; null in a build without windows.
   std::unique_ptr<CMessageSource> (*makeMessageSource)(CInterpretor& interpreter) = nullptr;
 

@@ -26,6 +26,8 @@ class CByteSource {
   virtual std::span<uint8_t> WritableBytes() = 0;
   // Bytes that come anew are 0. False, and unchanged, when the memory is spent.
   virtual bool ResizeBytes(int64_t size) = 0;
+  // Takes over a copy. False when the memory is spent.
+  virtual bool SetBytes(std::span<const uint8_t> bytes) = 0;
 };
 
 }  // namespace vl

@@ -1,4 +1,5 @@
 // The event queue: calls of script functions that wait for the walker.
+#include "interpreter/executor/executor.h"
 #include "interpreter/interpretor.h"
 
 namespace vl {
@@ -67,7 +68,11 @@ void CInterpretor::FireEvent() {
   values[sp]->ForgetTarget();
   CValue result(this);
   result.SetInt(0);
-  RunFunction(*event->function, *this, *thisObject, result);
+  if (executor_) {
+    executor_->RunEvent(*event->function);
+  } else {
+    RunFunction(*event->function, *this, *thisObject, result);
+  }
 }
 
 }  // namespace vl

@@ -1,20 +1,23 @@
 // The expression walker: primaries, reductions, variables, elements and assignment.
 //
 // Two parallel stacks: `values` and `ops`, with the common top `sp`. Precedence is the operator's token kind.
+#include <cstdlib>
+
 #include "base/limits.h"
 #include "interpreter/interpretor.h"
 
 namespace vl {
 
+void CInterpretor::FreeStore::operator()(CValue* store) const { std::free(store); }
+
 void CInterpretor::GrowValues() {
   constexpr size_t kStep = 100;
-  const size_t size = valueStore.size() + kStep;
+  const size_t size = valuePointers.size() + kStep;
+  if (size > limits::kMaxValues) RaiseError(ERR_MEMORY, kNoArgument, "evaluation nested too deeply");
   if (!budget.Take(kStep * (sizeof(CValue) + sizeof(CValue*)))) RaiseError(ERR_MEMORY);
-  valueStore.reserve(size);
   valuePointers.reserve(size);
-  while (valueStore.size() < size) {
-    valueStore.push_back(std::make_unique<CValue>(this));
-    valuePointers.push_back(valueStore.back().get());
+  while (valuePointers.size() < size) {
+    valuePointers.push_back(new (&valueStore_[valuePointers.size()]) CValue(this));
   }
   opStore.resize(size, 0);
   ops = opStore.data();

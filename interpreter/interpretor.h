@@ -17,10 +17,12 @@
 #include "base/memory_budget.h"
 #include "interpreter/array_store.h"
 #include "interpreter/class_base.h"
+#include "interpreter/downloads.h"
 #include "interpreter/index_list.h"
 #include "interpreter/message_source.h"
 #include "interpreter/thread_param.h"
 #include "interpreter/token_infos.h"
+#include "platform/run_files.h"
 #include "platform/services.h"
 
 namespace vl {
@@ -28,6 +30,8 @@ namespace vl {
 class CAppFile;
 class CAppPart;
 class CElement;
+class CExecutor;
+class CITextHolder;
 
 // What the error hook needs of the Program object: a copy of the last caught error and the OnError function.
 struct ErrorHook {
@@ -48,6 +52,15 @@ class CTimed {
  public:
   virtual ~CTimed() = default;
   virtual void Step(uint32_t nowMs) = 0;
+};
+
+// Something that comes due by the clock. It is told from the dispatch of messages, at most once for all the time that
+// passed without one.
+class CAlarm {
+ public:
+  virtual ~CAlarm() = default;
+  virtual void Ring() = 0;
+  uint32_t dueMs = 0;  // on the run's clock
 };
 
 // Told of the window that has become the active one.
@@ -126,8 +139,10 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // An element of the application: by name, or by index in the current part's bank of that type. Null for other
   // values and when there is none. `mustBeTyped` leaves the sources out.
   CElement* GetElement(const CValue& value, uint32_t type, bool mustBeTyped);
-  // Error 129 unless the run itself made that file.
+  // Error 129 unless the run itself made that file, or may make any.
   void RequireOwnFile(std::string_view path);
+  // The result of a member that gives names: an array of texts.
+  void SetResultNames(const std::vector<std::string>& names);
 
   // --- Objects (objects.cpp) ---
   void DeleteObject(CIBaseClassImpl* object);
@@ -169,9 +184,13 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void RemoveMessageFilter(CIBaseMessages* filter);
   uint32_t AddTimed(CTimed* object);
   void RemoveTimed(uint32_t node);
+  // The alarm stays the caller's and must be removed before it goes.
+  void AddAlarm(CAlarm* alarm) { alarms_.push_back(alarm); }
+  void RemoveAlarm(CAlarm* alarm) { std::erase(alarms_, alarm); }
   // Work of other subsystems at each poll (video, network, downloads).
   void AddPoll(std::function<PollNeed()> poll) { polls_.push_back(std::move(poll)); }
   void Poll();
+  // A file of the run's own: its members may write it, and it goes with the run.
   void AddTempFile(std::string path) { tempFiles.push_back(std::move(path)); }
 
   // --- Strings of conversions ---
@@ -183,21 +202,44 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void StatementWalk(Token start, CValue* result);
   // Calls a function from the run loop or a member: arguments are in the bank already.
   uint32_t EvaluateArguments();
+  // A late write through a reference to a variable that has died meets the same cell however calls keep theirs.
+  CVariablePool& PoolOf(const CIBaseObjectVar& object) { return object.isCallFrame ? framePool : variablePool; }
   // A new variable, which holds the integer 0.
   CVariable* AddVariable(CIBaseObjectVar& object, uint32_t nameId, int32_t level) {
-    CVariable* variable = object.variables.Add(nameId, level, variablePool);
+    CVariable* variable = object.variables.Add(nameId, level, PoolOf(object));
     if (!variable) RaiseError(ERR_MEMORY);
     variable->SetInt(0);
     return variable;
   }
+
+  // --- What the executor shares with the walker ---
+  // Whether the program runs from instructions, not by the walk over its tokens.
+  bool IsPrepared() const { return executor_ != nullptr; }
+  // Whether the evaluation slots hold what the walk would leave in them.
+  bool KeepsSlots() const;
+  // Runs an operator on values[sp] and values[sp + 1].
+  void Reduce(uint32_t op);
+  CArrayStore& ArrayOf(CValue& variable);
+  // An object of a class, with the arguments of New in the bank.
+  void MakeClassObject(uint16_t classKind);
+  // Members of texts: error 11 where there are none; a String for one call, and its return.
+  const CIClassInfo& RequireTexts();
+  CIBaseClassImpl* TakeText(CITextHolder*& holder);
+  void GiveText(CIBaseClassImpl* object, CITextHolder* holder) { freeTexts_.push_back({object, holder}); }
+  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
+  void SetPart(int32_t number);
+  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
 
   // --- State ---
   CThreadParam& param;
   Services services;
   const ClassRegistry& registry;
   KeywordTables keywordTables;
+  // The drive where none is handed in.
+  std::unique_ptr<RunFiles> ownDisk;
   MemoryBudget budget;
   CVariablePool variablePool;
+  CVariablePool framePool;
   CElementPool elementPool;
 
   std::unique_ptr<CAppFile> app;
@@ -220,8 +262,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CValue defaultValue;  // handed out for an absent argument
   uint16_t currentMember = 0;
 
-  // Evaluation stack.
-  std::vector<std::unique_ptr<CValue>> valueStore;
+  // Evaluation stack. Its slots lie in one piece and never move; the walker's assignments swap their pointers.
   CValue** values = nullptr;
   std::vector<CValue*> valuePointers;
   std::vector<uint32_t> opStore;
@@ -277,16 +318,20 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   std::unique_ptr<CSubsystem> graphics;
   std::unique_ptr<CSubsystem> network;
   std::unique_ptr<CMessageSource> messages;  // of the window tree; never null
+  std::unique_ptr<CDownloads> downloads;     // of System; null before it is asked for
   // Subsystems that live as long as the run keep their state here, by class module.
   std::function<void()> redrawOverlays;  // GroupBox and StaticText at the end of a refresh
   uint64_t tickLimit = 0;                // stop after that many ticks; 0: none
   uint64_t ticks = 0;
 
  private:
+  static constexpr uint32_t kPumpIntervalMs = 50;
+  friend class CExecutor;
+  friend class CCodeCompiler;
+
   // Evaluation.
   void Primary();
   void PrimarySlow(uint16_t kind);
-  void Reduce(uint32_t op);
   void Assignment();
   void Conditional();
   void PrimaryName();
@@ -323,7 +368,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void ClassConstant(uint16_t classKind);
   uint32_t ResolveMember(const CIClassInfo& info, Token token);
   uint32_t ReadSubscripts(int32_t* subscripts);
-  CArrayStore& ArrayOf(CValue& variable);
   void StoreNewArray(CIBaseObjectVar& object, Token token, int32_t level, CValue& left, const CValue& right);
   void SkipSubscriptsOfUnknown();
   void NewObject();
@@ -336,7 +380,6 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // The call proper: arguments are in the bank at `argDepth`.
   void RunFunction(const BlockRecord& block, CIBaseObjectVar& newFrame, CIBaseObjectVar& newThis, CValue& result);
   void BindParameters();
-  void SetPart(int32_t number);
   CIBaseObjectVar* TakeFrame() {
     if (freeFrames_.empty()) return NewFrame();
     CIBaseObjectVar* used = freeFrames_.back();
@@ -345,13 +388,16 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   }
   CIBaseObjectVar* NewFrame();
   const BlockRecord& FunctionOf(Token token, CIBaseObjectVar& object);
-  [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
   [[noreturn]] void RaiseTooManyCalls();
   void GrowValues();
-  const std::string& NameOf(Token token) const { return namePool->Name(TokenNameId(token)); }
+  void NeedValues(uint32_t count) {
+    while (count > valueLimit_) GrowValues();
+  }
   // Runs a member or constructor; a CIError goes to the error hook, which may swallow it.
   template <typename F>
   void Guarded(CIBaseClassImpl& object, F&& run);
+  // A member whose arguments are in the bank.
+  void RunMember(CIBaseClassImpl& object, const MemberRow& row);
   // True when the program takes the error over.
   bool TakeOver(const CIError& error);
 
@@ -380,13 +426,28 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
     scopeBlocks[depth] = &block;
   }
   void PopScope() {
-    frame->variables.RemoveFromLevel(scopeDepth, variablePool);
+    frame->variables.RemoveFromLevel(scopeDepth, PoolOf(*frame));
     --scopeDepth;
   }
   // Behind a brace.
   void GoBehind(uint32_t offset) { readCursor = At(offset) + kJumpRecord; }
 
   // Run loop.
+  // True when a tick has only moved the clock, as nothing was due: then it has been done.
+  bool IsTickQuiet() {
+    if ((tickLimit && ticks + 1 > tickLimit) || !eventsEnabled || nextEvent || pendingError != -1 ||
+        animatedCount > 0 || needsRefresh || newsSinceCollection > collectionThreshold ||
+        param.stop.load(std::memory_order_relaxed)) {
+      return false;
+    }
+    const uint32_t now = services.clock->tickAndNow();
+    if (now - lastPump <= kPumpIntervalMs) {
+      if (tickLimit) ++ticks;
+      return true;
+    }
+    lateTick_ = true;
+    return false;
+  }
   void Housekeeping() {
     if (nextEvent && eventsEnabled && inEvent == 0) FireEvent();
     if (--tickCountdown < 0 || pendingError != -1 || param.stop.load(std::memory_order_relaxed)) SlowHousekeeping();
@@ -395,12 +456,14 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void Tick();
   void WatchForStop();
   void StepTimed(uint32_t nowMs);
+  void RingAlarms();
   bool FilterAndDispatch();
   bool RunProgram(bool& restart);
   void Prepare(bool attach);
   void LoadClasses(const std::vector<uint32_t>& ids);
   void EnterFunctions();
   void PrepareNames();
+  void PrepareExecutor();
   bool MarkDependants(CIBaseClassImpl* object);
 
   static constexpr size_t kTemporaries = 256;
@@ -409,9 +472,20 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t valueLimit_ = 0;
   int32_t quietStatements_ = 0;
   uint32_t lastStopCheck_ = 0;
+  bool lateTick_ = false;  // the clock has moved for the tick that comes
   std::array<std::unique_ptr<CIClassInfo>, kClassCount + 1> classInfo_;
   std::vector<CIBaseObjectVar*> freeFrames_;
-  std::vector<CIBaseClassImpl*> freeStrings_;  // String temporaries that wait for the next member of a text
+  // String temporaries that wait for the next member of a text.
+  struct FreeText {
+    CIBaseClassImpl* object;
+    CITextHolder* holder;
+  };
+  std::vector<FreeText> freeTexts_;
+  struct FreeStore {
+    void operator()(CValue* store) const;
+  };
+  std::unique_ptr<CValue[], FreeStore> valueStore_;  // limits::kMaxValues slots, of which valueLimit_ are made
+  std::unique_ptr<CExecutor> executor_;              // null: the walker runs the program
   CIndexList<CArrayStore> arrays_;
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;
@@ -419,6 +493,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   CVariable noVariable_;  // what a name's token refers to before its first look-up
   std::vector<std::function<PollNeed()>> polls_;
   PollNeed pollNeed_ = PollNeed::None;  // of the last poll
+  std::vector<CAlarm*> alarms_;
 };
 
 // A runtime object that holds its own text: String.

@@ -1,7 +1,20 @@
 // Member access: script objects, classes, texts, constants, and the arguments and results of members.
+#include "interpreter/executor/executor.h"
 #include "interpreter/interpretor.h"
 
 namespace vl {
+
+namespace {
+
+void SetConstant(CValue& slot, const MemberRow& row) {
+  if (row.text) {
+    slot.SetString(row.text);
+  } else {
+    slot.SetInt(static_cast<int32_t>(row.value));
+  }
+}
+
+}  // namespace
 
 CValue* CInterpretor::GetArg(int i) {
   if (i < GetArgCount()) return &Arg(i);
@@ -27,7 +40,7 @@ const BlockRecord* CInterpretor::GetEventFunction() {
   if (TokenKindOf(readCursor) != TK_ASSIGN) RaiseError(ERR_NOT_FUNCTION, kNoArgument, "= expected behind an event");
   readCursor = TokenNext(readCursor);
   values[sp]->ForgetTarget();
-  const CValue* value = EvaluateInner();
+  const CValue* value = executor_ ? executor_->EvaluateAtCursor() : EvaluateInner();
   if (value->type <= VT_STRING && value->GetInt() == 0) return nullptr;
   return value->GetFunction();
 }
@@ -130,7 +143,7 @@ void CInterpretor::CallClassMember(CIBaseClassImpl* object) {
     }
   }
   if (row && row->kind == MemberKind::Constant) {
-    slot.SetInt(static_cast<int32_t>(row->value));
+    SetConstant(slot, *row);
     return;
   }
   RaiseError(ERR_UNKNOWN_MEMBER, kNoArgument,
@@ -148,31 +161,46 @@ void CInterpretor::ClassConstant(uint16_t classKind) {
     RaiseError(ERR_UNKNOWN_MEMBER, kNoArgument, std::string(info->name) + "." + NameOf(token) + " isn't a constant");
   }
   readCursor = TokenNext(token);
-  values[sp]->SetInt(static_cast<int32_t>(row->value));
+  SetConstant(*values[sp], *row);
+}
+
+const CIClassInfo& CInterpretor::RequireTexts() {
+  const CIClassInfo* info = ClassInfo(CLASS_STRING);
+  if (!info || !info->table || !info->table->create) RaiseError(ERR_UNKNOWN_MEMBER);
+  return *info;
+}
+
+CIBaseClassImpl* CInterpretor::TakeText(CITextHolder*& holder) {
+  if (freeTexts_.empty()) {
+    CIBaseClassImpl* object = RequireTexts().table->create(*this);
+    holder = &dynamic_cast<CITextHolder&>(*object);
+    return object;
+  }
+  const FreeText text = freeTexts_.back();
+  freeTexts_.pop_back();
+  holder = text.holder;
+  return text.object;
 }
 
 // A member of the text in the current slot, run on a String that borrows it.
 void CInterpretor::MemberOfText() {
-  const CIClassInfo* info = ClassInfo(CLASS_STRING);
-  if (!info || !info->table || !info->table->create) RaiseError(ERR_UNKNOWN_MEMBER);
+  RequireTexts();
   struct Temporary {
     CInterpretor& i;
+    CITextHolder* holder = nullptr;
     CIBaseClassImpl* object;
+    explicit Temporary(CInterpretor& i) : i(i), object(i.TakeText(holder)) {}
     ~Temporary() {
-      dynamic_cast<CITextHolder&>(*object).SetHeldText(Text());
-      i.freeStrings_.push_back(object);
+      holder->SetHeldText(Text());
+      i.GiveText(object, holder);
     }
-  };
-  CIBaseClassImpl* object = nullptr;
-  if (freeStrings_.empty()) {
-    object = info->table->create(*this);
-  } else {
-    object = freeStrings_.back();
-    freeStrings_.pop_back();
-  }
-  Temporary temporary{*this, object};
-  dynamic_cast<CITextHolder&>(*object).SetHeldText(Text::Share(values[sp]->data.text));
-  CallClassMember(object);
+  } temporary(*this);
+  temporary.holder->SetHeldText(Text::Share(values[sp]->data.text));
+  CallClassMember(temporary.object);
+}
+
+void CInterpretor::RunMember(CIBaseClassImpl& object, const MemberRow& row) {
+  Guarded(object, [&] { row.function(object); });
 }
 
 void CInterpretor::MemberOfScriptObject(CIBaseObjectVar* object) {
@@ -223,6 +251,10 @@ void CInterpretor::NewObject() {
 void CInterpretor::NewClassObject(uint16_t classKind) {
   readCursor = TokenNext(readCursor);
   EvaluateArguments();
+  MakeClassObject(classKind);
+}
+
+void CInterpretor::MakeClassObject(uint16_t classKind) {
   if (FactsOfClass(classKind).fixed) RaiseError(ERR_FIXED_CLASS);
   const CIClassInfo* info = ClassInfo(classKind);
   if (!info || !info->table || !info->table->create) RaiseError(ERR_SYNTAX);

@@ -25,9 +25,10 @@ class CNamePool {
   // False when the name was never interned.
   bool Find(std::string_view name, uint32_t& id) const;
   const std::string& Name(uint32_t id) const;
+  static constexpr uint32_t kBuckets = 32;
+  size_t NamesIn(uint32_t bucket) const { return buckets_[bucket].size(); }
 
  private:
-  static constexpr uint32_t kBuckets = 32;
   static constexpr size_t kBucketNames = 65536;
   std::string Key(std::string_view name) const;
 

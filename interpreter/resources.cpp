@@ -15,9 +15,24 @@ CElement* CInterpretor::GetElement(const CValue& value, uint32_t type, bool must
 }
 
 void CInterpretor::RequireOwnFile(std::string_view path) {
-  const bool isOwn = std::any_of(tempFiles.begin(), tempFiles.end(),
-                                 [&](const std::string& file) { return EqualsIgnoringCase(file, path); });
+  if (services.disk->IsKept()) return;
+  std::string full;
+  services.disk->GetFullPath(path, &full);
+  const bool isOwn = std::any_of(tempFiles.begin(), tempFiles.end(), [&](const std::string& file) {
+    return EqualsIgnoringCase(file, path) || EqualsIgnoringCase(file, full);
+  });
   if (!isOwn) RaiseError(ERR_FILE_LIMIT);
+}
+
+void CInterpretor::SetResultNames(const std::vector<std::string>& names) {
+  CArrayStore* store = NewArray();
+  GetResult().SetArray(store);
+  CValue name(this);
+  for (size_t i = 0; i < names.size(); ++i) {
+    const auto subscript = static_cast<int32_t>(i);
+    name.SetString(names[i]);
+    store->Store(store->Address(&subscript, 1), name);
+  }
 }
 
 }  // namespace vl

@@ -1,5 +1,8 @@
 // The life of a run: opening, compiling, starting, restarting, resetting.
+#include <cstdlib>
+
 #include "host/appfile/app_file.h"
+#include "interpreter/executor/executor.h"
 #include "interpreter/interpretor.h"
 #include "interpreter/plain_message_source.h"
 
@@ -11,10 +14,15 @@ CInterpretor::CInterpretor(CThreadParam& param, const Services& services, const 
       services(services),
       registry(registry),
       variablePool(this, &budget),
+      framePool(this, &budget),
       elementPool(this, &budget),
       defaultValue(this),
       noVariable_(this) {
   keywords = &keywordTables;
+  if (!this->services.disk) {
+    ownDisk = std::make_unique<RunFiles>(services.files);
+    this->services.disk = ownDisk.get();
+  }
   constexpr size_t kArguments = limits::kArgumentLevels * limits::kArgumentsPerLevel;
   args.reserve(kArguments);
   while (args.size() < kArguments) {
@@ -26,11 +34,14 @@ CInterpretor::CInterpretor(CThreadParam& param, const Services& services, const 
   messages = registry.makeMessageSource ? registry.makeMessageSource(*this)
                                         : std::make_unique<CPlainMessageSource>(*services.events, param);
   frame = thisObject = this;
+  valueStore_.reset(static_cast<CValue*>(std::malloc(limits::kMaxValues * sizeof(CValue))));
+  if (!valueStore_) throw std::bad_alloc();
 }
 
 CInterpretor::~CInterpretor() {
   Reset();
   terminating = true;
+  for (CValue* value : valuePointers) value->~CValue();
   for (CIBaseObjectVar* unused : freeFrames_) delete unused;
   freeFrames_.clear();
 }
@@ -173,6 +184,7 @@ void CInterpretor::Prepare(bool attach) {
   if (attach && registry.attachWindow && ClassInfo(CLASS_WINDOW)) registry.attachWindow(*this);
   EnterFunctions();
   PrepareNames();
+  PrepareExecutor();
 }
 
 void CInterpretor::EnterFunctions() {
@@ -191,6 +203,15 @@ void CInterpretor::PrepareNames() {
   }
 }
 
+bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->traces == kAllTraces; }
+
+// What the executor can't run as a whole is left to the walker.
+void CInterpretor::PrepareExecutor() {
+  if (param.referenceWalker) return;
+  executor_ = std::make_unique<CExecutor>(*this);
+  if (!executor_->Prepare()) executor_.reset();
+}
+
 bool CInterpretor::RunProgram(bool& restart) {
   stage = Stage::Running;
   running = true;
@@ -200,7 +221,11 @@ bool CInterpretor::RunProgram(bool& restart) {
   lastMovement = now - movementInterval;
   bool result = true;
   try {
-    StatementWalk(tokens.data(), nullptr);
+    if (executor_) {
+      executor_->RunProgram();
+    } else {
+      StatementWalk(tokens.data(), nullptr);
+    }
   } catch (CIError& error) {
     restart = error.code == ERR_RESTART;
     if (error.code > ERR_RESTART) {
@@ -219,9 +244,11 @@ void CInterpretor::Reset() {
   terminating = true;
   stage = Stage::Loading;
   // A slot that was never used holds no value: a member that leaves it alone gives none.
-  for (auto& value : valueStore) {
-    value->Release();
-    value->SetNew(VT_NEW_NAME, 0);
+  executor_.reset();
+  for (size_t v = 0; v < valuePointers.size(); ++v) {
+    valuePointers[v] = &valueStore_[v];
+    valuePointers[v]->Release();
+    valuePointers[v]->SetNew(VT_NEW_NAME, 0);
   }
   for (CValue& argument : args) argument.SetInt(0);
   argCounts.fill(0);
@@ -238,8 +265,8 @@ void CInterpretor::Reset() {
     while (CIBaseClassImpl* o = classLists[id].Step(object)) DestroyObject(o, true);
     classLists[id].Clear();
   }
-  for (CIBaseClassImpl* text : freeStrings_) delete text;
-  freeStrings_.clear();
+  for (const FreeText& text : freeTexts_) delete text.object;
+  freeTexts_.clear();
   fixedObjects.fill(nullptr);
   errorHook = nullptr;
   currentWindow = mainWindow = defaultGameInput = nullptr;
@@ -258,12 +285,12 @@ void CInterpretor::Reset() {
   graveyard_.clear();
   scopeDepth = 0;
   scopeBlocks.clear();
-  if (services.files) {
-    for (const std::string& file : tempFiles) services.files->remove(file);
-  }
+  for (const std::string& file : tempFiles) services.disk->remove(file);
   tempFiles.clear();
+  services.disk->SetCurrentFolder(kHomeFolder);
   literals_.clear();
   polls_.clear();
+  downloads.reset();
   newsSinceCollection = 0;
   nextObjectNumber = 0x00400000;
   terminating = false;

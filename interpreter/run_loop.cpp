@@ -10,7 +10,6 @@ namespace {
 constexpr uint32_t kWaitSliceMs = 50;
 // The same while the network is in use: what comes from it wakes nothing.
 constexpr uint32_t kPollSliceMs = 1;
-constexpr uint32_t kPumpIntervalMs = 50;
 constexpr int kRefreshRounds = 4;
 constexpr uint32_t kQuitMessage = 18;
 }  // namespace
@@ -46,7 +45,8 @@ void CInterpretor::WatchForStop() {
 
 void CInterpretor::Tick() {
   tickCountdown = tickPeriod;
-  services.clock->tick();
+  if (!lateTick_) services.clock->tick();
+  lateTick_ = false;
   const uint32_t now = NowMs();
   if (animatedCount > 0 && now - lastMovement >= movementInterval) StepTimed(now);
   if (newsSinceCollection > collectionThreshold) Collect();
@@ -63,7 +63,18 @@ void CInterpretor::StepTimed(uint32_t nowMs) {
   lastMovement = nowMs;
 }
 
+// An alarm's work may end it or others, so each is looked for anew.
+void CInterpretor::RingAlarms() {
+  const uint32_t now = NowMs();
+  for (size_t i = 0; i < alarms_.size();) {
+    CAlarm* const alarm = alarms_[i];
+    if (static_cast<int32_t>(now - alarm->dueMs) >= 0) alarm->Ring();
+    if (i < alarms_.size() && alarms_[i] == alarm) ++i;
+  }
+}
+
 void CInterpretor::Poll() {
+  RingAlarms();
   pollNeed_ = PollNeed::None;
   for (const auto& poll : polls_) pollNeed_ = std::max(pollNeed_, poll());
 }
@@ -115,6 +126,9 @@ void CInterpretor::Wait(uint32_t ms) {
       if (needsRefresh && autoRefresh) until(lastRefresh, refreshInterval);
       if (animatedCount > 0) until(lastMovement, movementInterval);
       if (pollNeed_ == PollNeed::Soon) slice = std::min(slice, kPollSliceMs);
+      for (const CAlarm* alarm : alarms_) {
+        slice = std::min(slice, static_cast<uint32_t>(std::max(static_cast<int32_t>(alarm->dueMs - now), 1)));
+      }
       messages->WaitForMessage(static_cast<int>(std::max(slice, 1u)));
     }
     Poll();

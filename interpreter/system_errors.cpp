@@ -37,6 +37,7 @@ constexpr Row kRows[] = {
      "Le processus ne peut pas acc\xE9"
      "der au fichier car ce fichier est utilis\xE9 par un autre processus."},
     {SYS_HANDLE_EOF, "Reached the end of the file.", "La fin du fichier est atteinte."},
+    {SYS_BAD_NETPATH, "The network path was not found.", "Le chemin r\xE9seau n'a pas \xE9t\xE9 trouv\xE9."},
     {SYS_FILE_EXISTS, "The file exists.", "Le fichier existe."},
     {SYS_INVALID_PARAMETER, "The parameter is incorrect.", "Param\xE8tre incorrect."},
     {SYS_DISK_FULL, "There is not enough space on the disk.", "Espace insuffisant sur le disque."},
@@ -46,6 +47,8 @@ constexpr Row kRows[] = {
     {SYS_ALREADY_EXISTS, "Cannot create a file when that file already exists.",
      "Impossible de cr\xE9"
      "er un fichier d\xE9j\xE0 existant."},
+    {SYS_FILENAME_TOO_LONG, "The filename or extension is too long.", "Nom de fichier ou extension trop long."},
+    {SYS_DIRECTORY, "The directory name is invalid.", "Nom de r\xE9pertoire non valide."},
 };
 
 }  // namespace

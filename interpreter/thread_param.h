@@ -19,9 +19,11 @@ struct CThreadParam {
   std::atomic<bool> stop{false};
   std::string path;                                             // of the application file, in the run's file tree
   std::vector<std::pair<std::string, std::string>> parameters;  // of the page
-  std::string sourceName;     // local path of the application as the host knows it, or empty
+  std::string baseUrl;     // the address that the application came from, or empty; what relative downloads count from
+  std::string sourceName;  // local path of the application as the host knows it, or empty
   int32_t startDelayMs = -1;  // minimum time for the start picture; below 0: none
   bool startDelayDone = false;
+  bool referenceWalker = false;  // the plain walk over the tokens, which says what every program does; for tests
 };
 
 }  // namespace vl

@@ -64,6 +64,13 @@ void CValue::SetNew(ValueType newType, uint32_t tokenOffset) {
 
 void CValue::SetNewOfObject(ValueType newType, uint32_t tokenOffset, CIBaseClassImpl* object) {
   Release();
+  if (object->destroyed) {
+    // As when it dies before the assignment: there is nothing to assign to.
+    type = VT_INTEGER;
+    data.integer = 0;
+    lvalue = nullptr;
+    return;
+  }
   type = newType;
   lvalueObject = object;
   data.token = tokenOffset;

@@ -137,6 +137,7 @@ class CValue {
     CIBaseClassImpl* lvalueObject;  // types 7 and 9
   };
   ValueType type = VT_NEW_NAME;
+  uint16_t level = 0;          // of a local variable of the executor: the function's block that made it, from 1
   uint32_t referrerIndex = 0;  // types 3, 7 and 9: place in the object's list of referring values
   Data data{};
 

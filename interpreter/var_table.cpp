@@ -48,8 +48,10 @@ CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   CVariable*& bucket = buckets_[Hash(nameId)];
   if (CVariable* older = FindIn(bucket, nameId)) older->home = nullptr;
   variable->home = this;
+  if (index_) *index_->CellOf(nameId) = variable;
   variable->next = bucket;
   bucket = variable;
+  if (level <= 0 && firstCount_ < kFirsts) firsts_[firstCount_++] = variable;
   if (level > 0) {
     variable->scopeBelow = scopeTop_;
     scopeTop_ = variable;
@@ -65,7 +67,9 @@ void CVarTable::RemoveScopeTop(CVariablePool& pool) {
   *link = variable->next;
   if (variable->home) {
     variable->home = nullptr;
-    if (CVariable* older = FindIn(variable->next, variable->nameId)) older->home = this;
+    CVariable* older = FindIn(variable->next, variable->nameId);
+    if (older) older->home = this;
+    if (index_) *index_->CellOf(variable->nameId) = older ? older : index_->absent;
   }
   scopeTop_ = variable->scopeBelow;
   --count_;
@@ -75,16 +79,26 @@ void CVarTable::RemoveScopeTop(CVariablePool& pool) {
 void CVarTable::ClearSlow(CVariablePool& pool) {
   scopeTop_ = nullptr;
   count_ = 0;
+  firstCount_ = 0;
   for (uint32_t b = 0; b <= mask_; ++b) {
     CVariable* variable = buckets_[b];
     buckets_[b] = nullptr;
     while (variable) {
       CVariable* next = variable->next;
       variable->home = nullptr;
+      if (index_) *index_->CellOf(variable->nameId) = index_->absent;
       pool.Give(variable);
       variable = next;
     }
   }
+}
+
+void CVarTable::SetIndex(CVariableIndex* index) {
+  index_ = index;
+  if (!index) return;
+  ForEach([&](CVariable& variable) {
+    if (variable.home == this) *index->CellOf(variable.nameId) = &variable;
+  });
 }
 
 void CVarTable::Grow() {

@@ -58,6 +58,14 @@ class CValuePool {
 using CVariablePool = CValuePool<CVariable>;
 using CElementPool = CValuePool<CValue>;
 
+// The newest variable of each name in a table that is asked often: the table of the globals.
+struct CVariableIndex {
+  CVariable* absent = nullptr;        // what stands for none
+  std::array<uint32_t, 33> starts{};  // place of each name bucket's first name
+  std::vector<CVariable*> cells;
+  CVariable** CellOf(uint32_t nameId) { return &cells[starts[nameId >> 16] + (nameId & 0xFFFF)]; }
+};
+
 class CVarTable {
  public:
   CVarTable() { inline_.fill(nullptr); }
@@ -71,11 +79,24 @@ class CVarTable {
   void RemoveFromLevel(int32_t level, CVariablePool& pool) {
     while (scopeTop_ && scopeTop_->level >= level) RemoveScopeTop(pool);
   }
+  // Keeps the index true from now on; null ends that. The table's own variables are entered.
+  void SetIndex(CVariableIndex* index);
   bool HasScoped() const { return scopeTop_ != nullptr; }
   void Clear(CVariablePool& pool) {
     if (count_) ClearSlow(pool);
   }
   uint32_t Count() const { return count_; }
+  // A lasting variable by the order of making: null when it isn't the newest of that name, or further back than the
+  // first few. Objects of one constructor have like variables at like places.
+  CVariable* Made(uint32_t place, uint32_t nameId) const {
+    if (place >= firstCount_) return nullptr;
+    CVariable* variable = firsts_[place];
+    return variable->nameId == nameId && variable->home == this ? variable : nullptr;
+  }
+  uint32_t PlaceOf(const CVariable* variable) const {
+    const auto* end = firsts_.data() + firstCount_;
+    return static_cast<uint32_t>(std::find(firsts_.data(), end, variable) - firsts_.data());
+  }
 
   template <typename F>
   void ForEach(F&& f) const {
@@ -100,6 +121,10 @@ class CVarTable {
   uint32_t mask_ = 7;
   uint32_t count_ = 0;
   CVariable* scopeTop_ = nullptr;
+  static constexpr uint32_t kFirsts = 12;
+  std::array<CVariable*, kFirsts> firsts_;  // of level 0, which only Clear removes
+  uint32_t firstCount_ = 0;
+  CVariableIndex* index_ = nullptr;
   std::unique_ptr<CVariable*[]> large_;
 };
 

@@ -27,6 +27,11 @@ class Clock {
   // Called once a tick of the run loop. A virtual clock moves by a small fixed step, so that a loop that
   // watches the clock ends; a real one does nothing.
   virtual void tick() {}
+  // Both in one call, as ticks are many.
+  virtual uint32_t tickAndNow() {
+    tick();
+    return nowMs();
+  }
 };
 
 }  // namespace vl

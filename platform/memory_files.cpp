@@ -125,4 +125,45 @@ bool MemoryFileSystem::exists(std::string_view path) { return nodes_.contains(No
 
 bool MemoryFileSystem::remove(std::string_view path) { return nodes_.erase(Normalise(path)) != 0; }
 
+bool MemoryFileSystem::status(std::string_view path, FileStatus& result) {
+  const std::string name = Normalise(path);
+  if (const auto it = nodes_.find(name); it != nodes_.end()) {
+    result = {false, it->second->bytes.size()};
+    return true;
+  }
+  result = {true, 0};
+  if (name.empty()) return true;
+  const auto below = nodes_.lower_bound(name + '/');
+  return below != nodes_.end() && below->first.starts_with(name + '/');
+}
+
+std::vector<FileEntry> MemoryFileSystem::list(std::string_view folder) {
+  std::vector<FileEntry> entries;
+  std::string prefix = Normalise(folder);
+  if (!prefix.empty()) prefix += '/';
+  auto it = nodes_.lower_bound(prefix);
+  while (it != nodes_.end() && it->first.starts_with(prefix) && entries.size() < kMaxListed) {
+    const size_t slash = it->first.find('/', prefix.size());
+    const std::string name = it->first.substr(prefix.size(), slash - prefix.size());
+    if (slash == std::string::npos) {
+      entries.push_back({name, {false, it->second->bytes.size()}});
+      ++it;
+    } else {
+      entries.push_back({name, {true, 0}});
+      it = nodes_.lower_bound(prefix + name + static_cast<char>('/' + 1));
+    }
+  }
+  return entries;
+}
+
+bool MemoryFileSystem::rename(std::string_view from, std::string_view to) {
+  const auto it = nodes_.find(Normalise(from));
+  const std::string name = Normalise(to);
+  if (it == nodes_.end() || name.empty() || nodes_.contains(name)) return false;
+  auto node = std::move(it->second);
+  nodes_.erase(it);
+  nodes_[name] = std::move(node);
+  return true;
+}
+
 }  // namespace vl

@@ -30,11 +30,17 @@ class MemoryFileSystem final : public FileSystem {
   // Every path, in byte order.
   std::vector<std::string> Paths() const;
   size_t FileCount() const { return nodes_.size(); }
+  // By all files, those included that are open and have no name any more.
+  uint64_t UsedBytes() const { return meter_->used; }
 
   // Read and ReadWrite need an existing file; Create makes one or empties it.
   std::unique_ptr<File> open(std::string_view path, FileMode mode) override;
   bool exists(std::string_view path) override;
   bool remove(std::string_view path) override;
+  // A folder is there while a file lies below it.
+  bool status(std::string_view path, FileStatus& result) override;
+  std::vector<FileEntry> list(std::string_view folder) override;
+  bool rename(std::string_view from, std::string_view to) override;
 
  private:
   friend class MemoryFile;

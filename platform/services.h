@@ -10,11 +10,16 @@
 #include "platform/input_devices.h"
 #include "platform/sockets.h"
 #include "platform/text_engine.h"
+#include "platform/transfers.h"
 #include "platform/window_system.h"
 
 namespace vl {
 
+class Clipboard;
 class DeviceQueue;
+class Printers;
+class RunFiles;
+class SerialPorts;
 
 struct Services {
   Clock* clock = nullptr;
@@ -22,9 +27,14 @@ struct Services {
   WindowSystem* windows = nullptr;
   TextEngine* text = nullptr;
   FileSystem* files = nullptr;
+  RunFiles* disk = nullptr;  // the run's drive, over `files`; back ends leave it null
   Environment* environment = nullptr;
   Sockets* sockets = nullptr;
-  InputDevices* input = nullptr;   // the back end's
+  Transfers* transfers = nullptr;
+  InputDevices* input = nullptr;  // the back end's
+  Clipboard* clipboard = nullptr;
+  Printers* printers = nullptr;
+  SerialPorts* serialPorts = nullptr;
   DeviceQueue* devices = nullptr;  // the run's, over `events`; back ends leave it null
 };
 

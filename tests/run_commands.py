@@ -17,6 +17,7 @@ import subprocess
 import sys
 import tempfile
 import time
+import zlib
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = sorted(os.listdir(os.path.join(ROOT, "examples")))
@@ -48,7 +49,8 @@ class Bench:
             return f.read()
 
     def run(self, *args, status=0):
-        env = dict(os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1")
+        env = dict(os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1",
+                   XDG_DATA_HOME=self.path("data"))
         done = subprocess.run([self.vorlane, *args], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               stdin=subprocess.DEVNULL, cwd=self.folder, timeout=120, env=env)
         wanted = status if isinstance(status, tuple) else (status,)
@@ -71,6 +73,109 @@ def wrong_usage(b):
                  ["pack"], ["extract", "a.vlp"], ["check"], ["reference", "Nothing"], ["info"], ["tokens"]):
         _, err = b.run(*args, status=64)
         expect(err.strip(), f"{args}: no word about what is wrong")
+
+
+def kept_files(b):
+    source = b.write("Game 1.vlq", """
+i = New Ini("x");
+n = i.GetIntValue("game", "runs", 0);
+i.SetValue("game", "runs", n + 1);
+f = New File("Scores.txt");
+f.SetPosition(f.GetLength());
+f.WriteLn("run ", n);
+l = f.GetLength();
+t = Disk.CreateTemporaryFile();
+d = Disk.Exist("D:\\x");
+""")
+    for run in range(3):
+        out, _ = b.run("run", source, "--headless", "--keep-files", "--globals", "-")
+        state = json.loads(out)
+        expect(state["n"] == run and state["l"] == 7 * (run + 1), f"run {run}: {state}")
+        expect(state["t"] == "C:\\WINDOWS\\TEMP\\vl1.tmp" and state["d"] == 0, f"run {run}: {state}")
+    out, _ = b.run("saves", "list")
+    name = out.decode().split()[0]
+    expect(name.startswith("Game-1-") and " 2 files " in out.decode() and source in out.decode(), out)
+    out, _ = b.run("saves", "show", source)
+    shown = out.decode()
+    expect("21  C:\\VORLANE\\Scores.txt" in shown and "C:\\WINDOWS\\Game 1_vlp.ini" in shown and "TEMP" not in shown, shown)
+    b.run("saves", "export", name, "-o", "out")
+    expect(b.read(os.path.join("out", "VORLANE", "Scores.txt")) == b"run 0\r\nrun 1\r\nrun 2\r\n", "export")
+    b.run("saves", "export", name, "-o", "out", status=64)
+    b.run("saves", "clear", name)
+    expect(b.run("saves", "list")[0] == b"", "cleared")
+    b.run("saves", "show", source, status=64)
+    os.symlink("/etc/passwd", b.path("out", "VORLANE", "link.txt"))
+    b.run("saves", "import", source, "out")
+    expect(b"link" not in b.run("saves", "show", source)[0], "a link is not copied")
+    out, _ = b.run("run", source, "--headless", "--keep-files", "--globals", "-")
+    expect(json.loads(out)["n"] == 3, "imported")
+    out, _ = b.run("run", b.write("b.vlq", 'f = New File("x.txt");'), "--headless", status=1)
+    b.run("run", b.write("c.vlq", "x = 1;"), "--headless", "--keep-files")
+    expect(b.run("saves", "list")[0].count(b"\n") == 1, "nothing was made, nothing is kept")
+    b.run("saves", "clear", status=64)
+    b.run("saves", "clear", "--all")
+    expect(b.run("saves", "list")[0] == b"", "all cleared")
+    b.run("saves", status=64)
+    b.run("saves", "show", "absent.vlp", status=64)
+
+
+def printed_pages(b):
+    b.write("p.vlq", """
+p = New Printer();
+a = p.GetPrinterSurface();
+p.InitDocument("Two / pages");
+s = p.GetPrinterSurface();
+p.NewPage();
+s.Clear(RED);
+p.SendDocument();
+b = p.GetPrinterWidth();
+p.EndPage();
+p.NewPage();
+p.EndPage();
+p.SendDocument();
+c = p.GetPrinterWidth();
+g = New Surface(96, 48);
+g.Clear(BLUE);
+p.Print("Inch", g);
+p.Print("Inch", g, 1);
+p.Print("Text", "words");
+p.InitDocument("never");
+p.NewPage();
+p.AbortDocument();
+p.InitDocument("open");
+""")
+    out, _ = b.run("run", "p.vlq", "--headless", "--globals", "-", "--print-to", "paper")
+    state = json.loads(out)
+    expect((state["a"], state["b"], state["c"]) == (0, 2480, 0), state)
+    names = sorted(os.listdir(b.path("paper")))
+    expect(names == ["Inch-2.pdf", "Inch.pdf", "Text.pdf", "Two - pages.pdf"], names)
+
+    def pages(name):
+        pdf = b.read(os.path.join("paper", name))
+        table = int(pdf.split(b"startxref\n")[1].split()[0])
+        expect(pdf[table:table + 4] == b"xref", f"{name}: the table isn't where it is said to be")
+        for number, line in enumerate(pdf[table:].split(b"\n")[3:]):
+            if not line.endswith(b"n "):
+                break
+            expect(pdf[int(line.split()[0]):].startswith(b"%d 0 obj" % (number + 1)), f"{name}: object {number + 1}")
+        streams = pdf.split(b"/FlateDecode")[1:]
+        return [zlib.decompress(s.split(b"stream\n", 1)[1]) for s in streams]
+
+    def pixel(page, x, y):
+        at = (y * 2480 + x) * 3
+        return tuple(page[at:at + 3])
+
+    first, second = pages("Two - pages.pdf")
+    expect(len(first) == 2480 * 3508 * 3 and pixel(first, 5, 5) == pixel(second, 2479, 3507) == (255, 0, 0), "red pages")
+    inch, = pages("Inch.pdf")
+    white, blue = (255, 255, 255), (0, 0, 255)
+    expect([pixel(inch, 299, 149), pixel(inch, 300, 10), pixel(inch, 10, 150)] == [blue, white, white], "an inch by a half")
+    full, = pages("Inch-2.pdf")
+    expect(pixel(full, 2479, 3507) == blue, "the whole page")
+    text, = pages("Text.pdf")
+    ink = [i // 3 for i in range(0, 2480 * 100 * 3, 3) if text[i] < 128]
+    expect(ink and min(i % 2480 for i in ink) >= 8 and max(i // 2480 for i in ink) < 70, "a line of text")
+    b.run("run", "p.vlq", "--headless", status=1)
 
 
 def wrong_input_lines(b):
@@ -437,7 +542,7 @@ def two_players_of_two_processes(b):
             player.kill()
 
 
-TESTS = [frames_in_a_folder, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
+TESTS = [frames_in_a_folder, kept_files, printed_pages, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
          recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
          reference_as_json, wire_by_a_plain_client, two_players_of_two_processes, cut_files, flipped_bits, absurd_sizes]

@@ -23,8 +23,9 @@ Many small programs: `cases`, a text of blocks, each a test of its own:
 Before the expectation, a line `[options ...]` gives command line options, separated by blanks, and each line
 `[input {...}]` one event of recorded input.
 
-Usage: tests/run_programs.py [--vorlane PATH] [--update] [--jobs N] [FILTER...]
+Usage: tests/run_programs.py [--vorlane PATH] [--walker reference] [--update] [--jobs N] [FILTER...]
     FILTER: a part of AREA/NAME or of AREA/NAME:CASE. --update writes expected.png anew from what came out.
+    --walker reference runs them by the plain walk over the tokens.
 Failures leave actual.png, difference.png and actual.json in build/programs/AREA/NAME/.
 The last line is `N passed, N failed`.
 """
@@ -112,10 +113,11 @@ class Runner:
     def __init__(self, args):
         self.vorlane = args.vorlane
         self.update = args.update
+        self.walker = ["--walker", args.walker] if args.walker else []
         self.out = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(args.vorlane))), "programs")
 
     def command(self, app, screenshot, more):
-        return [self.vorlane, "run", app, "--headless", "--globals", "-",
+        return [self.vorlane, "run", app, "--headless", "--globals", "-", *self.walker,
                 *(["--screenshot", screenshot] if screenshot else []), *more]
 
     def program(self, folder, name):
@@ -287,6 +289,7 @@ def judge(test):
 def main():
     parser = argparse.ArgumentParser(usage=__doc__)
     parser.add_argument("--vorlane", default=os.path.join(ROOT, "build", "tools", "vorlane"))
+    parser.add_argument("--walker", choices=("prepared", "reference"))
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--jobs", type=int, default=os.cpu_count() or 1)
     parser.add_argument("filters", nargs="*")

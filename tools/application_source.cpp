@@ -24,9 +24,13 @@ bool ReadWholeFile(const std::string& path, std::string& content, std::string& e
   return true;
 }
 
-ApplicationFiles OpenApplication(const std::string& application) {
+ApplicationFiles OpenApplication(const std::string& application, bool mayBeAddress) {
   ApplicationFiles result;
   std::error_code failed;
+  if (mayBeAddress && application.find("://") != std::string::npos) {
+    result.url = application;
+    return result;
+  }
   if (fs::is_directory(application, failed)) {
     PackedProject packed = PackProject(application);
     result.error = std::move(packed.error);

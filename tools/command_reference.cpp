@@ -34,7 +34,11 @@ nlohmann::ordered_json ToJson(const ClassTable& table) {
     member["id"] = row.id;
     member["name"] = row.name;
     member["kind"] = KindWord(row.kind);
-    if (row.kind == MemberKind::Constant) member["value"] = static_cast<int32_t>(row.value);
+    if (row.text) {
+      member["value"] = row.text;
+    } else if (row.kind == MemberKind::Constant) {
+      member["value"] = static_cast<int32_t>(row.value);
+    }
     object["members"].push_back(member);
   }
   return object;
@@ -44,7 +48,9 @@ void Print(const ClassTable& table) {
   std::printf("%s (class %u)\n  %s\n", table.Name(), table.id, table.help);
   for (const MemberRow& row : table.rows) {
     if (!IsBuilt(row)) continue;
-    if (row.kind == MemberKind::Constant) {
+    if (row.text) {
+      std::printf("  %5u  %-28s \"%s\"  %s\n", row.id, row.name, row.text, row.help);
+    } else if (row.kind == MemberKind::Constant) {
       std::printf("  %5u  %-28s 0x%X  %s\n", row.id, row.name, row.value, row.help);
     } else {
       std::printf("  %5u  %-28s %s\n", row.id, row.name, row.help);

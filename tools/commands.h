@@ -23,11 +23,14 @@ struct RunCommand {
   bool fullScreen = false;
   bool noShell = false;
   bool noSettings = false;
+  bool keepFiles = false;
+  std::string printFolder;
   uint64_t maxTimeMs = 0;
   std::string inputFile;
   std::string recordFile;
   std::string screenshotFile;
   std::string globalsFile;
+  std::string walker = "prepared";
   std::string framesFolder;
   bool hasSeed = false;
   uint32_t seed = 0;
@@ -67,6 +70,15 @@ struct CheckCommand {
 struct ReferenceCommand {
   std::vector<std::string> classes;
   bool json = false;
+  int Execute() const;
+};
+
+struct SavesCommand {
+  enum class Action { List, Show, Export, Import, Clear };
+  Action action = Action::List;
+  std::string application;  // its path, or the name that `list` shows
+  std::string folder;       // of Export and Import
+  bool all = false;         // Clear
   int Execute() const;
 };
 

@@ -21,7 +21,10 @@ int main(int argc, char** argv) {
 
   vl::RunCommand run;
   CLI::App* runApp = app.add_subcommand("run", "Play an application");
-  runApp->add_option("APP", run.application, "A .vlp file, a project folder or one source file (.vlq)")->required();
+  runApp
+      ->add_option("APP", run.application,
+                   "A .vlp file, a project folder, one source file (.vlq), or an address (http, https, ftp)")
+      ->required();
   runApp->add_flag("--headless", run.headless, "No display: windows live in memory, the clock is virtual");
   runApp->add_option("--clock", run.clock, "Override the clock")->check(CLI::IsMember({"real", "virtual"}));
   runApp->add_option("--param", run.parameters, "NAME=VALUE: a parameter as the page would give it; may be repeated")
@@ -45,9 +48,14 @@ int main(int argc, char** argv) {
   runApp->add_option("--record", run.recordFile, "Write such a file while a person plays");
   runApp->add_option("--screenshot", run.screenshotFile, "PNG file for the window's picture when the run ends");
   runApp->add_option("--globals", run.globalsFile, "File, or -, for the program's global variables as JSON");
+  runApp->add_option("--walker", run.walker, "reference: the plain walk over the tokens, slower, for tests")
+      ->check(CLI::IsMember({"prepared", "reference"}));
   runApp->add_option("--frames", run.framesFolder, "Empty or new folder for a PNG file of each refreshed picture");
   runApp->add_flag("--no-shell", run.noShell, "Without the player's own keys and menu; Ctrl+F10 shows it");
   runApp->add_flag("--no-settings", run.noSettings, "Without the settings file, and nothing is remembered");
+  runApp->add_flag("--keep-files", run.keepFiles,
+                   "The program may make files; they are kept for its next run (see 'vorlane saves')");
+  runApp->add_option("--print-to", run.printFolder, "Folder for what the program prints, one PDF file a document");
   CLI::Option* seed = runApp->add_option("--seed", run.seed, "Seed of the random generator");
 
   vl::PackCommand pack;
@@ -89,6 +97,31 @@ int main(int argc, char** argv) {
   referenceApp->add_option("CLASS", reference.classes, "Class names; all when none is given");
   referenceApp->add_flag("--json", reference.json, "As JSON");
 
+  vl::SavesCommand saves;
+  CLI::App* savesApp = app.add_subcommand("saves", "The files that applications keep (run --keep-files)");
+  savesApp->require_subcommand(1);
+  const auto savesAction = [&](const char* name, const char* help, vl::SavesCommand::Action action) {
+    CLI::App* sub = savesApp->add_subcommand(name, help);
+    sub->callback([&saves, action] { saves.action = action; });
+    return sub;
+  };
+  using SavesAction = vl::SavesCommand::Action;
+  const char* const savesName = "The application, or its name as 'saves list' shows it";
+  savesAction("list", "Every application that keeps files", SavesAction::List);
+  savesAction("show", "The files of one", SavesAction::Show)
+      ->add_option("APP", saves.application, savesName)
+      ->required();
+  CLI::App* savesExport = savesAction("export", "Copy the files of one into a folder", SavesAction::Export);
+  savesExport->add_option("APP", saves.application, savesName)->required();
+  savesExport->add_option("-o,--output", saves.folder, "The folder to make; must be absent or empty")->required();
+  CLI::App* savesImport =
+      savesAction("import", "Copy a folder that was exported over the files of one", SavesAction::Import);
+  savesImport->add_option("APP", saves.application, savesName)->required();
+  savesImport->add_option("FOLDER", saves.folder, "The folder")->required();
+  CLI::App* savesClear = savesAction("clear", "Remove the files of one", SavesAction::Clear);
+  savesClear->add_option("APP", saves.application, savesName);
+  savesClear->add_flag("--all", saves.all, "Of every application");
+
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
@@ -107,5 +140,6 @@ int main(int argc, char** argv) {
   if (*extractApp) return extract.Execute();
   if (*tokensApp) return tokens.Execute();
   if (*checkApp) return check.Execute();
+  if (*savesApp) return saves.Execute();
   return reference.Execute();
 }

@@ -6,6 +6,8 @@ void RegisterGfx2dClasses(ClassRegistry& registry) {
   registry.Add(kFontClass);
   registry.Add(kSpriteClass);
   registry.Add(kSurfaceClass);
+  registry.Add(kClipboardClass);
+  registry.Add(kPrinterClass);
 }
 
 }  // namespace vl

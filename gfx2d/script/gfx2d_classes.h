@@ -8,6 +8,8 @@ namespace vl {
 extern const ClassTable kFontClass;
 extern const ClassTable kSpriteClass;
 extern const ClassTable kSurfaceClass;
+extern const ClassTable kClipboardClass;
+extern const ClassTable kPrinterClass;
 
 void RegisterGfx2dClasses(ClassRegistry& registry);
 

@@ -51,6 +51,31 @@ CISurface* CISurface::CreateForWindow(CInterpretor& interpreter, CSurfaceHost& h
   return object;
 }
 
+CISurface* CISurface::CreateAlone(CInterpretor& interpreter, int width, int height, int depth) {
+  auto* object = new CISurface(interpreter);
+  if (!object->CreateSurface(width, height, depth ? depth : CGraphics::Of(interpreter).screenDepth)) {
+    interpreter.DestroyObject(object, true);
+    return nullptr;
+  }
+  object->ResetState();
+  object->surface.Fill(0, 0, width, height, object->backColor);
+  object->CIBaseClassImpl::Create();
+  return object;
+}
+
+CISurface* CISurface::CreateFromDib(CInterpretor& interpreter, std::span<const uint8_t> dib) {
+  CISurface* const object = CreateAlone(interpreter, 1, 1, 0);
+  if (!object) return nullptr;
+  if (!object->surface.LoadFromDIB(dib, {}, 0)) {
+    interpreter.DestroyObject(object, true);
+    return nullptr;
+  }
+  object->width = object->surface.impl->width;
+  object->height = object->surface.impl->height;
+  object->ResetState();
+  return object;
+}
+
 bool CISurface::CreateSurface(int newWidth, int newHeight, int newDepth) {
   const cSurfaceImpl* prototype = CGraphics::Of(interpreter).library.FindPrototype(newDepth, 1, 0);
   if (!prototype || !surface.Create(newWidth, newHeight, prototype)) return false;

@@ -28,6 +28,9 @@ class CISurface : public CIBaseClassImpl, public CIFontContainer, public CIRefre
  public:
   explicit CISurface(CInterpretor& interpreter);
   // The surface behind a window's client area: `depth` 0 takes the screen's. Null when it can't be made.
+  // One for a member's result: white, of the screen's depth when `depth` is 0. Null when it can't be made.
+  static CISurface* CreateAlone(CInterpretor& interpreter, int width, int height, int depth);
+  static CISurface* CreateFromDib(CInterpretor& interpreter, std::span<const uint8_t> dib);
   // Not constructed by a script; the window destroys it with DestroyObject.
   static CISurface* CreateForWindow(CInterpretor& interpreter, CSurfaceHost& host, int width, int height, int depth);
 

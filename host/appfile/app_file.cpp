@@ -7,6 +7,7 @@
 #include "host/appfile/chunk_run.h"
 #include "host/appfile/class_names.h"
 #include "host/appfile/names.h"
+#include "platform/drive_paths.h"
 
 namespace vl {
 
@@ -188,9 +189,12 @@ std::unique_ptr<CStream> CAppFile::OpenResource(std::string_view name, bool must
 
 bool CAppFile::PathOfFile(std::string_view name, std::string* filePath) const {
   std::string relative;
-  if (!ConfineName(name, &relative)) return false;
-  *filePath = MakePath(relative);
-  return true;
+  if (ConfineName(name, &relative)) {
+    *filePath = MakePath(relative);
+    return true;
+  }
+  const bool isFromRoot = name.starts_with('\\') || name.starts_with('/') || name.substr(0, 2).ends_with(':');
+  return isFromRoot && MakeFullPath(name, kHomeFolder, filePath) == SYS_SUCCESS;
 }
 
 std::string CAppFile::MakePath(std::string_view name) const {

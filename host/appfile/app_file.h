@@ -77,8 +77,8 @@ class CAppFile {
   // A name with a ':' unchanged, any other behind the directory of the application file.
   std::string MakePath(std::string_view name) const;
 
-  // The path in the tree of a file that the program names: below the application's directory, as OpenResource reads
-  // it. False for a name that leaves it.
+  // The path of a file that the program names: a full one of the run's drive, or below the application's directory, as
+  // OpenResource reads it. False for a name that leads elsewhere.
   bool PathOfFile(std::string_view name, std::string* filePath) const;
 
   // Hands the program's sources to `add` in the order of compiling. When `add` returns false, the rest of that

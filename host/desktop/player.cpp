@@ -1,8 +1,27 @@
 #include "host/desktop/player.h"
 
 #include <chrono>
+#include <cstdlib>
+
+#include "host/desktop/start_picture.h"
+#include "platform/drive_paths.h"
+#include "platform/posix/user_folder.h"
 
 namespace vl {
+
+namespace {
+
+constexpr size_t kMaxFetchedBytes = size_t{1} << 30;
+constexpr size_t kFetchBlock = 0x1000;
+constexpr int kFetchWaitMs = 5;
+constexpr const char* kFetchAgent = "Vorlane ActiveX Control";
+
+uint32_t MonotonicMs() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return static_cast<uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
+}
+
+}  // namespace
 
 Player::Player(const vl_options& options) : options_(options), title_(options.title ? options.title : "Vorlane") {
   options_.title = nullptr;
@@ -71,6 +90,8 @@ bool Player::MakePlatform(std::string& reason) {
 
 bool Player::SetFile(const std::string& path) {
   if (running_) return false;
+  isByUrl_ = false;
+  baseUrl_.clear();
   const size_t slash = path.rfind('/');
   const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
   memoryFiles_ = nullptr;
@@ -81,11 +102,88 @@ bool Player::SetFile(const std::string& path) {
 
 bool Player::SetBytes(const std::string& name, const void* bytes, size_t size) {
   if (running_) return false;
+  isByUrl_ = false;
+  baseUrl_.clear();
   auto files = std::make_unique<MemoryFileSystem>(uint64_t{1} << 31);
   memoryFiles_ = files.get();
   files_ = std::move(files);
   application_ = name;
   return AddFile(name, bytes, size);
+}
+
+bool Player::SetUrl(const std::string& url, const std::string& documentUrl) {
+  if (running_) return false;
+  isByUrl_ = true;
+  control.url = url;
+  control.documentUrl = documentUrl;
+  return true;
+}
+
+// A host that is tested without a display shows no picture that the program didn't draw.
+void Player::ShowStartPicture(WindowSystem& windows) {
+  if (options_.backend == VL_BACKEND_HEADLESS || options_.detached) return;
+  const Size size = windows.hostSize();
+  const std::vector<uint32_t> picture = MakeStartPicture(size, *text_);
+  if (picture.empty()) return;
+  const Rect all{0, 0, size.width, size.height};
+  windows.present(windows.hostWindow(), picture.data(), size.width, size.height, size.width, {&all, 1});
+  control.PictureDrawn(MonotonicMs());
+}
+
+bool Player::FetchApplication() {
+  std::string address = control.url;
+  control.sourceName.clear();
+  if (address.find("://") == std::string::npos && !control.documentUrl.empty()) {
+    address = CurlTransfers(nullptr).resolve(control.documentUrl, address);
+  }
+  if (!IsFetched(address)) {
+    const bool isPlain = address.find("://") == std::string::npos;
+    const std::string path = isPlain ? address : PathOfFileUrl(address);
+    char* const whole = path.empty() ? nullptr : realpath(path.c_str(), nullptr);
+    if (!whole) {
+      errorDetail = control.url + ": no such file";
+      return false;
+    }
+    const std::string full = whole;
+    std::free(whole);
+    SetFile(full);
+    if (isPlain) control.sourceName = full;
+    isByUrl_ = true;
+    return true;
+  }
+  std::string bytes;
+  if (!Fetch(address, bytes)) return false;
+  const std::string name = NameOfUrl(address);
+  SetBytes(name.empty() ? "application.vlp" : name, bytes.data(), bytes.size());
+  isByUrl_ = true;
+  baseUrl_ = address;
+  return true;
+}
+
+// On the caller's thread, with the window served meanwhile.
+bool Player::Fetch(const std::string& address, std::string& bytes) {
+  CurlTransfers transfers(nullptr);
+  const TransferId id = transfers.start(address, kFetchAgent);
+  for (;;) {
+    const size_t before = bytes.size();
+    const TransferProgress progress = transfers.read(id, bytes, kFetchBlock);
+    if (progress.state == TransferState::Done) return true;
+    if (progress.state == TransferState::Failed) {
+      errorDetail = address + ": can't be fetched";
+      return false;
+    }
+    if (bytes.size() > kMaxFetchedBytes) {
+      errorDetail = address + ": is too large";
+      return false;
+    }
+    const bool hasCome = bytes.size() > before;
+    if (sdl_) {
+      sdl_->pumpHost(hasCome ? 0 : kFetchWaitMs);
+    } else if (!hasCome) {
+      std::unique_lock lock(mutex_);
+      ended_.wait_for(lock, std::chrono::milliseconds(kFetchWaitMs));
+    }
+  }
 }
 
 bool Player::AddFile(const std::string& name, const void* bytes, size_t size) {
@@ -125,11 +223,20 @@ bool Player::SendInput(const vl_input_event& input) {
 }
 
 bool Player::Start() {
-  if (running_ || !files_) return false;
+  if (running_ || (!files_ && control.url.empty())) return false;
+  kept_.reset();
+  if (!savesFolder.empty()) {
+    if (!MakeFolder(savesFolder)) return false;
+    kept_ = std::make_unique<PosixFileSystem>(savesFolder);
+    if (!kept_->IsOpen()) return false;
+  }
   std::string reason;
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
-  services.files = files_.get();
+  printers_ = printFolder.empty() ? nullptr : std::make_unique<PdfPrinters>(printFolder);
+  services.printers = printers_.get();
+  if (!services.clipboard) services.clipboard = &clipboard_;
+  if (!IsVirtual()) services.serialPorts = &serialPorts_;
   policedSockets_.reset();
   sockets_.reset();
   if (options_.backend != VL_BACKEND_HEADLESS || options_.real_network) {
@@ -142,6 +249,14 @@ bool Player::Start() {
   }
   tap_ = std::make_unique<FrameTap>(*services.windows, !sdl_ || options_.detached || onFrame);
   services.windows = tap_.get();
+  ShowStartPicture(*tap_);
+  if (isByUrl_ && !FetchApplication()) {
+    // The picture stays.
+    result = RunResult::Unreadable;
+    hasEnded_ = true;
+    return true;
+  }
+  services.files = files_.get();
   inputTap_.reset();
   gate_.reset();
   if (!IsVirtual()) {
@@ -155,6 +270,10 @@ bool Player::Start() {
       onFrame(clock->nowMs() - startMs, picture);
     };
   }
+  if (!baseUrl_.empty()) policy_.AllowOrigin(HostOfUrl(baseUrl_));
+  transfers_ = std::make_unique<CurlTransfers>(
+      [this](std::string_view host, uint16_t port) { return policy_.MayConnect(host, port); });
+  services.transfers = transfers_.get();
   if (shell_) {
     shell_->Attach(sdl_.get(), gate_.get());
     // The box is taken behind the mailbox's lock, which the run passed after it wrote the detail.
@@ -165,13 +284,26 @@ bool Player::Start() {
     services.events = inputTap_.get();
   }
   run_ = std::make_unique<Run>(services, options_.keep_globals != 0);
+  if (kept_) run_->keptFiles = kept_.get();
   run_->param.path = application_;
+  // One from the network has no place on the drive.
+  if (baseUrl_.empty()) {
+    run_->param.sourceName = std::string(kHomeFolder).append(1, '\\').append(application_);
+  }
   run_->param.detached = options_.detached != 0;
-  run_->param.parameters = parameters;
+  run_->param.parameters = control.params;
+  run_->param.baseUrl = baseUrl_;
+  // A picture of the time before the program belongs to a host that shows one.
+  if (!IsVirtual()) {
+    run_->param.startDelayMs = control.StartDelayMs(MonotonicMs());
+    run_->param.startDelayDone = control.delayDone;
+  }
+  run_->param.referenceWalker = options_.plain_walker != 0;
   run_->param.commandLine = commandLine;
   hasEnded_ = false;
   running_ = thread_.Start([this] {
     const RunResult ended = run_->Execute();
+    control.delayDone = control.delayDone || run_->param.startDelayDone;
     const std::lock_guard lock(mutex_);
     result = ended;
     hasEnded_ = true;

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "host/control.h"
 #include "host/desktop/frame_tap.h"
 #include "host/desktop/input_tap.h"
 #include "host/desktop/run_gate.h"
@@ -21,11 +22,14 @@
 #include "platform/headless/headless_platform.h"
 #include "platform/memory_files.h"
 #include "platform/net_policy.h"
+#include "platform/posix/curl_transfers.h"
 #include "platform/posix/deep_thread.h"
+#include "platform/posix/pdf_printers.h"
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/posix_sockets.h"
+#include "platform/posix/posix_serial.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -41,6 +45,8 @@ class Player {
   bool Prepare(std::string& reason);
   bool SetFile(const std::string& path);
   bool SetBytes(const std::string& name, const void* bytes, size_t size);
+  // An address, fetched at each start; relative ones count from `documentUrl`.
+  bool SetUrl(const std::string& url, const std::string& documentUrl);
   bool AddFile(const std::string& name, const void* bytes, size_t size);
   void SetTitle(const std::string& title);
   bool AllowNet(const std::string& rule) { return !running_ && policy_.Allow(rule); }
@@ -65,8 +71,10 @@ class Player {
   // Null unless the input of the last run was kept.
   const InputTap* Recorded() const { return running_ ? nullptr : inputTap_.get(); }
 
-  std::vector<std::pair<std::string, std::string>> parameters;
+  CVorlane control;
   std::string commandLine;
+  std::string savesFolder;  // empty: files go with the run
+  std::string printFolder;  // empty: no printer
 
   RunResult result = RunResult::Ended;
   std::string error;
@@ -77,6 +85,10 @@ class Player {
   bool IsVirtual() const;
   bool MakePlatform(std::string& reason);
   std::optional<uint32_t> Seed() const;
+  // The application of control.url. False, with errorDetail, when it can't be had.
+  bool FetchApplication();
+  bool Fetch(const std::string& address, std::string& bytes);
+  void ShowStartPicture(WindowSystem& windows);
   void Finish();
 
   vl_options options_;
@@ -84,8 +96,14 @@ class Player {
   PosixFontFinder fonts_;
   std::unique_ptr<FreeTypeTextEngine> text_;
   std::unique_ptr<FileSystem> files_;
+  std::unique_ptr<PosixFileSystem> kept_;
+  std::unique_ptr<PdfPrinters> printers_;
+  PosixSerialPorts serialPorts_;
+  MemoryClipboard clipboard_;
   MemoryFileSystem* memoryFiles_ = nullptr;  // files_ when it is one
   std::string application_;                  // path in files_
+  bool isByUrl_ = true;                      // nothing else was given
+  std::string baseUrl_;                      // where the application was fetched
   std::vector<TimedEvent> script_;
   NetPolicy policy_;
 
@@ -98,6 +116,7 @@ class Player {
   std::unique_ptr<SdlPlatform> sdl_;
   std::unique_ptr<FrameTap> tap_;
   std::unique_ptr<RunGate> gate_;
+  std::unique_ptr<CurlTransfers> transfers_;
   std::unique_ptr<InputTap> inputTap_;
   ShellRequest request_;
   std::unique_ptr<Run> run_;

@@ -100,6 +100,11 @@ int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t 
   return Guard([&] { return static_cast<int>(player->player.SetBytes(name, bytes, size)); }, 0);
 }
 
+int vl_set_url(vl_player* player, const char* url, const char* document_url) {
+  if (!player || !url) return 0;
+  return Guard([&] { return static_cast<int>(player->player.SetUrl(url, document_url ? document_url : "")); }, 0);
+}
+
 int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size) {
   if (!player || !name || (!bytes && size)) return 0;
   return Guard([&] { return static_cast<int>(player->player.AddFile(name, bytes, size)); }, 0);
@@ -109,7 +114,7 @@ int vl_set_parameter(vl_player* player, const char* name, const char* value) {
   if (!player || !name || !value) return 0;
   return Guard(
       [&] {
-        player->player.parameters.emplace_back(name, value);
+        player->player.control.AddParameter(name, value);
         return 1;
       },
       0);
@@ -137,7 +142,7 @@ int vl_set_origin(vl_player* player, const char* host) {
 
 void vl_clear_parameters(vl_player* player) {
   if (!player) return;
-  player->player.parameters.clear();
+  player->player.control.params.clear();
   player->player.commandLine.clear();
 }
 
@@ -146,6 +151,26 @@ void vl_set_title(vl_player* player, const char* title) {
   Guard(
       [&] {
         player->player.SetTitle(title);
+        return 0;
+      },
+      0);
+}
+
+void vl_set_saves_folder(vl_player* player, const char* path) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.savesFolder = path ? path : "";
+        return 0;
+      },
+      0);
+}
+
+void vl_set_print_folder(vl_player* player, const char* path) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.printFolder = path ? path : "";
         return 0;
       },
       0);

@@ -178,10 +178,10 @@ void CIGameInput::SaveSettings() {
   interpreter.RequireOwnFile(name.View());
   const Suspension suspension(*this);
   std::string path;
-  if (!interpreter.app || !interpreter.app->PathOfFile(name.View(), &path)) return;
-  const std::unique_ptr<File> file = interpreter.services.files->open(path, FileMode::Create);
+  RunFiles& disk = *interpreter.services.disk;
   const std::string text = library_->WriteSettings();
-  Result().SetInt(file && file->write(text.data(), text.size()) == text.size());
+  const std::span bytes(reinterpret_cast<const uint8_t*>(text.data()), text.size());
+  Result().SetInt(disk.GetFullPath(name.View(), &path) && disk.replace(path, bytes));
 }
 
 void CIGameInput::SetupDialog() {

@@ -1,5 +1,7 @@
 #include "net/script/vex_classes.h"
 
+#include "net/script/downloads.h"
+
 #include "net/script/vex_wrapper.h"
 #include "net/vex_player.h"
 #include "net/vex_server.h"
@@ -201,6 +203,7 @@ const ClassTable kVexSessionClass = {CLASS_VEXSESSION, kSessionRows, &CreateObje
                                      "A named group of connections; players see it as a channel"};
 
 void RegisterNetClasses(ClassRegistry& registry) {
+  registry.makeDownloads = &Downloads::Make;
   for (const ClassTable* table : {&kVexClass, &kVexPlayerClass, &kVexChannelClass, &kVexUserClass, &kVexServerClass,
                                   &kVexConnectionClass, &kVexSessionClass, &kVexSocketClass, &kVexStatsClass}) {
     registry.Add(*table);

@@ -23,6 +23,8 @@ Services HeadlessPlatform::services() {
   s.environment = &environment_;
   s.input = &inputDevices_;
   s.sockets = options_.sockets ? options_.sockets : &sockets_;
+  s.clipboard = &clipboard_;
+  s.serialPorts = &serialPorts_;
   return s;
 }
 

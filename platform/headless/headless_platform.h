@@ -11,6 +11,8 @@
 
 #include "platform/environment.h"
 #include "platform/headless/memory_network.h"
+#include "platform/headless/memory_clipboard.h"
+#include "platform/headless/memory_serial.h"
 #include "platform/headless/memory_windows.h"
 #include "platform/headless/scripted_queue.h"
 #include "platform/headless/virtual_clock.h"
@@ -81,6 +83,7 @@ class HeadlessPlatform {
   HeadlessEnvironment& environment() { return environment_; }
   MemoryNetwork& network() { return network_; }
   HeadlessInputDevices& inputDevices() { return inputDevices_; }
+  MemoryClipboard& clipboard() { return clipboard_; }
 
  private:
   // Hands out scripted events; those without a window get theirs as late as this.
@@ -103,6 +106,8 @@ class HeadlessPlatform {
   HeadlessInputDevices inputDevices_;
   MemoryNetwork network_;
   MemorySockets sockets_;
+  MemoryClipboard clipboard_;
+  MemorySerialPorts serialPorts_;
   Router router_;
 };
 

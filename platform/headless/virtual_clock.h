@@ -21,6 +21,7 @@ class VirtualClock final : public Clock {
   LocalTime localTime() override;
   uint32_t seed() override { return seed_; }
   void tick() override { ++elapsedMs_; }
+  uint32_t tickAndNow() override { return uint32_t(++elapsedMs_); }
 
   // Milliseconds since the start, without a wrap.
   uint64_t ElapsedMs() const { return elapsedMs_; }

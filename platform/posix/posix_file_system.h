@@ -2,6 +2,9 @@
 //
 // Paths are walked component by component from the folder's descriptor. '..' and symbolic links work inside
 // the folder; one that would leave it, and an absolute link, make the path unreachable. Only regular files open.
+//
+// Names are bytes. One with bytes above 127 that isn't there as it stands is taken for code page 1252 and is UTF-8 on
+// the disk; names are listed in code page 1252, those that it can't say are left out.
 #pragma once
 
 #include <memory>
@@ -38,6 +41,11 @@ class PosixFileSystem final : public FileSystem {
   std::unique_ptr<File> open(std::string_view path, FileMode mode) override;
   bool exists(std::string_view path) override;
   bool remove(std::string_view path) override;
+  bool status(std::string_view path, FileStatus& result) override;
+  std::vector<FileEntry> list(std::string_view folder) override;
+  bool rename(std::string_view from, std::string_view to) override;
+  bool makeFolder(std::string_view path) override;
+  bool replace(std::string_view path, std::span<const uint8_t> bytes) override;
 
  private:
   // Where the last component lies, links followed; no folder when the path is unreachable.

@@ -316,6 +316,8 @@ HostPicture SdlPlatform::hostPicture() {
 void SdlPlatform::Parts::Translate(const SDL_Event& e) {
   switch (e.type) {
     case SDL_QUIT:
+      // The run may be over, with only its error to be seen.
+      if (windows.Find(kPanelWindow)) Offer(MakeEvent(EventType::Close, kPanelWindow));
       queue->Push(MakeEvent(EventType::HostStop, 0));
       break;
     case SDL_KEYDOWN:
@@ -518,6 +520,10 @@ void SdlPlatform::Parts::DropFile(const SDL_DropEvent& e) {
   const std::unique_ptr<char, decltype(&SDL_free)> path(e.file, SDL_free);
   const NativeWindow window = windows.WindowOf(e.windowID);
   if (window == 0 || !path) return;
+  if (options.listener && !windows.AcceptsDrops(window)) {
+    options.listener->OnDrop(path.get());
+    return;
+  }
   Event event = MakeEvent(EventType::DropFile, window);
   SDL_GetMouseState(&event.x, &event.y);
   queue->PushWithBlob(event, path.get());

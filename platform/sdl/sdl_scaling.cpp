@@ -123,6 +123,7 @@ void SdlWindows::KeepOnly(NativeWindow id) {
   window.texture.reset();
   window.enlarged.reset();
   window.cursor = CursorShape::Arrow;
+  window.acceptsDrops = false;
   window.cursorPicture.reset();
   if (mouseWindow_ == id) UseCursor(window);
   Draw(window);

@@ -141,6 +141,7 @@ std::vector<NativeWindow> SdlWindows::Apply(WindowMailbox& mailbox) {
     if (change.title && !change.create) SDL_SetWindowTitle(sdl, title.c_str());
     if (change.size) SDL_SetWindowSize(sdl, change.size->width, change.size->height);
     if (change.position) SDL_SetWindowPosition(sdl, change.position->first, change.position->second);
+    if (change.acceptsDrops) window.acceptsDrops = *change.acceptsDrops;
     if (change.shape) window.shape = std::move(*change.shape);
     if (change.shape || (change.size && window.shape)) Reshape(window);
     sdl = window.window.get();
@@ -266,6 +267,11 @@ NativeWindow SdlWindows::WindowOf(Uint32 sdlId) const {
 SDL_Window* SdlWindows::Find(NativeWindow id) const {
   const auto found = windows_.find(id);
   return found == windows_.end() ? nullptr : found->second.window.get();
+}
+
+bool SdlWindows::AcceptsDrops(NativeWindow id) const {
+  const auto found = windows_.find(id);
+  return found != windows_.end() && found->second.acceptsDrops;
 }
 
 Size SdlWindows::SizeOf(NativeWindow id) const {

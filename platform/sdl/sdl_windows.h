@@ -42,6 +42,8 @@ class SdlWindows {
   // 0 for a window that is not ours.
   NativeWindow WindowOf(Uint32 sdlId) const;
   SDL_Window* Find(NativeWindow window) const;
+  // Files that are dropped on it are the program's.
+  bool AcceptsDrops(NativeWindow window) const;
   // The window's own size, which the picture may not have yet.
   Size SizeOf(NativeWindow window) const;
 
@@ -77,6 +79,7 @@ class SdlWindows {
     std::unique_ptr<SDL_Texture, Delete> overlay;
     SDL_Rect overlayPlace{};
     bool isHost = false;
+    bool acceptsDrops = false;
     CursorShape cursor = CursorShape::Arrow;
     std::unique_ptr<SDL_Cursor, Delete> cursorPicture;  // instead of the shape
     std::optional<std::vector<Rect>> shape;

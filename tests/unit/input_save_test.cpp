@@ -44,7 +44,8 @@ TEST(GameInputClass, SavesTheSettingsAndGoesOn) {
       "One\n\tPlayer 1\nTwo\n\tPreferredDevices=Keyboard\n\tPlayer 1\n\t\tFire\n\t\t\tKeyboard\n\t\t\t\tkey_vk_a+X\n");
   HeadlessPlatform platform({});
   Services services = platform.services();
-  services.files = &files;
+  RunFiles disk(&files);
+  services.files = services.disk = &disk;
   DeviceQueue devices(*services.events, services.windows, services.input);
   services.events = services.devices = &devices;
   ClassRegistry registry = PlayerClasses();
@@ -59,7 +60,7 @@ TEST(GameInputClass, SavesTheSettingsAndGoesOn) {
   std::string saved;
   std::string globals;
   interpreter.onEnd = [&] {
-    saved = Content(files, "saved.txt");
+    saved = Content(disk, "saved.txt");
     globals = GlobalsToJson(interpreter);
   };
   EXPECT_TRUE(interpreter.Start()) << interpreter.FormatLastError();

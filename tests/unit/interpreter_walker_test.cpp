@@ -1,5 +1,5 @@
-// Whole programs through the walker, for what its short ways must leave as it is: which variable a name finds, what
-// the slots hold behind an expression, and where an error stands.
+// Whole programs by the plain walk and from prepared instructions, for what their short ways must leave as it is:
+// which variable a name finds, what the slots hold behind an expression, and where an error stands.
 #include <gtest/gtest.h>
 
 #include "host/run.h"
@@ -15,7 +15,7 @@ struct Outcome {
   std::string error;
 };
 
-Outcome RunSource(const char* source) {
+Outcome RunSource(const char* source, bool plainWalk) {
   MemoryFileSystem files;
   EXPECT_TRUE(files.Add("walk.vlp", SingleSourceApplication(source, "walk.vlq")));
   HeadlessOptions options;
@@ -23,6 +23,7 @@ Outcome RunSource(const char* source) {
   HeadlessPlatform platform(options);
   Run run(platform.services(), true);
   run.param.path = "walk.vlp";
+  run.param.referenceWalker = plainWalk;
   run.Execute();
   return {run.globals, run.errorDetail};
 }
@@ -135,9 +136,11 @@ b[5] = 11; i = 5; c = b[i];
 TEST(Walker, Programs) {
   for (const ProgramCase& c : kPrograms) {
     SCOPED_TRACE(c.name);
-    const Outcome outcome = RunSource(c.source);
-    EXPECT_EQ(outcome.error, "");
-    EXPECT_EQ(outcome.globals, c.globals);
+    for (const bool plainWalk : {true, false}) {
+      const Outcome outcome = RunSource(c.source, plainWalk);
+      EXPECT_EQ(outcome.error, "") << plainWalk;
+      EXPECT_EQ(outcome.globals, c.globals) << plainWalk;
+    }
   }
 }
 
@@ -148,6 +151,10 @@ struct ErrorCase {
 
 constexpr ErrorCase kErrors[] = {
     {R"q(a[2] = 1; i = 1; r = a[i];)q", "1:26: error 41"},
+    {R"q(o = New P(); o.Kill();
+Function P() { This.Kill = K; }
+Function K() { Delete This; This.x = 1; })q",
+     "3:39: error 16"},
     {R"q(i = 1; r = 2 + i.x;)q", "1:18: error 35"},
     {R"q(a = 4;
 b = a;
@@ -267,8 +274,10 @@ Function f(x) { r = x;
 TEST(Walker, ErrorsStandWhereTheWalkerIs) {
   for (const ErrorCase& c : kErrors) {
     SCOPED_TRACE(c.source);
-    const std::string error = RunSource(c.source).error;
-    EXPECT_EQ(error.substr(error.find("walk:") == 0 ? error.find("/walk:") + 6 : 0), c.error);
+    for (const bool plainWalk : {true, false}) {
+      const std::string error = RunSource(c.source, plainWalk).error;
+      EXPECT_EQ(error.substr(error.find("walk:") == 0 ? error.find("/walk:") + 6 : 0), c.error) << plainWalk;
+    }
   }
 }
 

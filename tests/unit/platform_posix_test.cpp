@@ -1,4 +1,5 @@
 // The POSIX back end: the thread-safe queue, the confined folder, addresses that may be opened.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -12,7 +13,9 @@
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_file_system.h"
+#include "platform/posix/posix_serial.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/run_files.h"
 
 namespace vl {
 namespace {
@@ -92,6 +95,38 @@ TEST(ThreadedQueue, AFloodOfAJoystickEndsWhereItIs) {
   EXPECT_EQ(buttons, 2u);
 }
 
+TEST(PosixSerial, APortIsADeviceThatThePersonNames) {
+  const int far = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+  ASSERT_GE(far, 0);
+  ASSERT_EQ(grantpt(far), 0);
+  ASSERT_EQ(unlockpt(far), 0);
+  setenv("VORLANE_COM7", ptsname(far), 1);
+  setenv("VORLANE_COM8", "/dev/null", 1);
+  PosixSerialPorts ports;
+  EXPECT_EQ(ports.open("COM8"), nullptr) << "no terminal";
+  EXPECT_EQ(ports.open(ptsname(far)), nullptr) << "a program names no device";
+  const auto port = ports.open("com7");
+  ASSERT_NE(port, nullptr);
+  if (getuid() != 0) {
+    EXPECT_EQ(ports.open("COM7"), nullptr) << "not shared";
+  }
+  char bytes[8] = {};
+  EXPECT_EQ(port->read(bytes, sizeof bytes), 0) << "nothing yet";
+  ASSERT_EQ(write(far, "\r\n\x03x", 4), 4);
+  EXPECT_EQ(port->read(bytes, sizeof bytes), 4);
+  EXPECT_EQ(std::string(bytes, 4), "\r\n\x03x") << "the line changes no byte";
+  EXPECT_EQ(port->write("\n\0y", 3), 3);
+  EXPECT_EQ(read(far, bytes, sizeof bytes), 3);
+  EXPECT_EQ(std::string(bytes, 3), std::string("\n\0y", 3));
+  EXPECT_TRUE(port->setRate(19200));
+  EXPECT_EQ(port->rate(), 19200u);
+  EXPECT_FALSE(port->setRate(14400));
+  close(far);
+  EXPECT_EQ(port->write("x", 1), -1) << "the other end is gone";
+  unsetenv("VORLANE_COM7");
+  unsetenv("VORLANE_COM8");
+}
+
 class Folder : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -165,6 +200,86 @@ TEST_F(Folder, NothingOutsideCanBeReached) {
   PosixFileSystem none((base / "missing").string());
   EXPECT_FALSE(none.IsOpen());
   EXPECT_EQ(Read(none, "a.txt"), "(none)");
+}
+
+TEST_F(Folder, KeptFilesNeverLeaveTheirFolder) {
+  std::filesystem::create_directories(root / "VORLANE");
+  std::filesystem::create_symlink(base / "secret.txt", root / "VORLANE" / "absolute.txt");
+  std::filesystem::create_symlink("../../secret.txt", root / "VORLANE" / "out.txt");
+  std::filesystem::create_directory_symlink("../..", root / "VORLANE" / "up");
+  std::ofstream(root / "VORLANE" / "nul.txt") << "device";
+  std::ofstream(root / "VORLANE" / "Dot.") << "dot";
+  std::ofstream(root / "VORLANE" / "kept.txt") << "kept";
+  std::ofstream(root / "VORLANE" / "KEPT.TXT") << "twin";
+  std::ofstream(root / "VORLANE" / ".vl-new-1") << "unfinished";
+  PosixFileSystem kept(root.string());
+  {
+    RunFiles files(nullptr, &kept);
+    const uint64_t free = files.FreeBytes();
+    const char* const unreachable[] = {
+        "absolute.txt",
+        "out.txt",
+        "up/secret.txt",
+        "up\\root\\a.txt",
+        "../../secret.txt",
+        "..\\..\\..\\secret.txt",
+        "/etc/passwd",
+        "C:\\..\\..\\secret.txt",
+        "\\\\server\\share\\x",
+        "//server/share/x",
+        "\\\\?\\C:\\a.txt",
+        "\\\\.\\COM1",
+        "nul.txt",
+        "NUL",
+        "con",
+        "COM1",
+        "lpt9.x",
+        "aux .txt",
+        "D:\\x",
+        "a.txt:stream",
+        "Dot.",
+        ".vl-new-1",
+        "x|y",
+        "C:\\VORLANE\\up\\new.txt",
+    };
+    for (const char* path : unreachable) {
+      EXPECT_EQ(Read(files, path), "(none)") << path;
+      EXPECT_EQ(files.open(path, FileMode::ReadWrite), nullptr) << path;
+      EXPECT_FALSE(files.remove(path)) << path;
+    }
+    const std::string withNul("a.txt\0b", 7);
+    EXPECT_EQ(files.open(withNul, FileMode::Create), nullptr);
+    for (const char* path : {"NUL", "up/new.txt", "\\\\.\\x", "D:x", "nowhere/x", "com1.txt"}) {
+      EXPECT_EQ(files.open(path, FileMode::Create), nullptr) << path;
+    }
+    const std::string either = Read(files, "Kept.txt");
+    EXPECT_TRUE(either == "kept" || either == "twin") << "one of the two, whichever is listed first";
+    EXPECT_EQ(files.list("C:\\VORLANE").size(), 1u);
+    // What a program makes over a link replaces the link, never what it points to.
+    EXPECT_FALSE(files.replace("out.txt", {}));
+    EXPECT_FALSE(std::filesystem::exists(base / "new.txt"));
+    ASSERT_NE(files.open("new.txt. ", FileMode::Create), nullptr);
+    ASSERT_NE(files.open("NEW.TXT", FileMode::Create), nullptr) << "the same file";
+    const std::vector<uint8_t> bytes{'u', 'm', 'l'};
+    EXPECT_TRUE(files.replace("C:\\WINDOWS\\\xFC.ini", bytes));
+    EXPECT_TRUE(files.replace("C:\\WINDOWS\\TEMP\\gone.tmp", bytes));
+    EXPECT_TRUE(files.replace("second.dat", bytes));
+    EXPECT_TRUE(files.rename("SECOND.DAT", "Second.Dat"));
+    EXPECT_EQ(files.FreeBytes(), free - 9) << "three files of three bytes";
+  }
+  std::ifstream secret(base / "secret.txt");
+  std::string content;
+  secret >> content;
+  EXPECT_EQ(content, "secret");
+  EXPECT_TRUE(std::filesystem::exists(root / "VORLANE" / "new.txt"));
+  EXPECT_TRUE(std::filesystem::exists(root / "VORLANE" / "Second.Dat"));
+  EXPECT_TRUE(std::filesystem::exists(root / "WINDOWS" / "\xC3\xBC.ini"));
+  EXPECT_FALSE(std::filesystem::exists(root / "WINDOWS" / "TEMP"));
+  RunFiles again(nullptr, &kept);
+  EXPECT_EQ(Read(again, "c:\\windows\\\xDC.INI"), "uml");
+  EXPECT_EQ(Read(again, "second.dat"), "uml");
+  EXPECT_TRUE(again.remove("second.dat"));
+  EXPECT_FALSE(std::filesystem::exists(root / "VORLANE" / "Second.Dat"));
 }
 
 TEST_F(Folder, FilesReadAndWrite) {

@@ -290,11 +290,12 @@ class KeepsKeys final : public SdlListener {
     wasOnFrame = onFrame;
     return event.type == EventType::KeyDown && event.code == kKeyF1;
   }
-  void OnDrop(const std::string&) override {}
+  void OnDrop(const std::string& path) override { dropped = path; }
   void OnMessage(const std::string& title, const std::string& text) override { message = title + "|" + text; }
   void OnPumped() override {}
   bool wasOnFrame = false;
   std::string message;
+  std::string dropped;
 };
 
 TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
@@ -352,6 +353,21 @@ TEST(SdlScaled, TheListenerIsFirstAndTheMouseIsMapped) {
   services.windows->showMessage("a", "b");
   platform->pumpHost(0);
   EXPECT_EQ(listener.message, "a|b");
+
+  // A dropped file is the program's only when it takes files.
+  const auto drop = [&] {
+    SDL_Event e{};
+    e.type = SDL_DROPFILE;
+    e.drop.windowID = id;
+    e.drop.file = SDL_strdup("/games/a.vlp");
+    SDL_PushEvent(&e);
+    return next().type;
+  };
+  EXPECT_EQ(drop(), EventType::None);
+  EXPECT_EQ(listener.dropped, "/games/a.vlp");
+  services.windows->acceptDrops(services.windows->hostWindow(), true);
+  next();
+  EXPECT_EQ(drop(), EventType::DropFile);
 
   // A second run begins with nothing of the first.
   services.windows->createWindow({});

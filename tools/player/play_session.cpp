@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tools/player/saves.h"
 #include "tools/png_file.h"
 
 namespace vl {
@@ -56,16 +57,18 @@ int PlaySession::Run() {
   if (status == kExitOk) status = ReadInput();
   if (status != kExitOk) return status;
   for (;;) {
-    files_ = OpenApplication(application_);
+    files_ = OpenApplication(application_, true);
     if (!files_.error.empty()) {
       PrintError(files_.error);
       return kExitUnreadable;
     }
-    path_ = AbsolutePath(application_);
+    path_ = files_.url.empty() ? AbsolutePath(application_) : files_.url;
     status = player_ ? kExitOk : MakePlayer();
     if (status == kExitOk) status = Load();
     if (status != kExitOk) return status;
-    if (!Play()) break;
+    const bool isAgain = Play();
+    saves_.Close();
+    if (!isAgain) break;
     isFirst_ = false;
   }
   RememberView();
@@ -133,6 +136,7 @@ int PlaySession::MakePlayer() {
   options_.full_screen = command_.fullScreen || view.fullScreen.value_or(false);
   options_.shell = !command_.noShell;
   options_.detached = command_.detached;
+  options_.plain_walker = command_.walker == "reference";
   options_.has_seed = command_.hasSeed;
   options_.seed = command_.seed;
   options_.max_time_ms = command_.maxTimeMs;
@@ -161,7 +165,9 @@ int PlaySession::MakePlayer() {
 int PlaySession::Load() {
   vl_player* const player = player_.get();
   bool ready = true;
-  if (files_.path.empty()) {
+  if (!files_.url.empty()) {
+    ready = vl_set_url(player, files_.url.c_str(), nullptr);
+  } else if (files_.path.empty()) {
     for (const auto& [name, bytes] : files_.files) {
       if (name == files_.mainName) ready = vl_set_bytes(player, name.c_str(), bytes.data(), bytes.size());
     }
@@ -197,6 +203,15 @@ int PlaySession::Load() {
         },
         &frames_);
   }
+  vl_set_print_folder(player, command_.printFolder.empty() ? nullptr : command_.printFolder.c_str());
+  if (command_.keepFiles) {
+    std::string error;
+    if (!saves_.Open(path_, error)) {
+      PrintError(error);
+      return kExitUsage;
+    }
+    vl_set_saves_folder(player, saves_.FilesFolder().c_str());
+  }
   RememberApplication();
   if (ready && vl_run(player)) return kExitOk;
   PrintError(application_ + ": the run can't be started");
@@ -208,7 +223,8 @@ void PlaySession::RememberApplication() {
   std::vector<const char*> others;
   for (const std::string& path : memory_.recent) {
     std::error_code failed;
-    if (path != path_ && fs::exists(path, failed)) others.push_back(path.c_str());
+    if (path != path_ && (path.find("://") != std::string::npos || fs::exists(path, failed)))
+      others.push_back(path.c_str());
   }
   vl_set_recent(player_.get(), others.data(), others.size());
   Remember(memory_, path_);

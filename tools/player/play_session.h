@@ -10,6 +10,7 @@
 #include "tools/commands.h"
 #include "tools/input_lines.h"
 #include "tools/player/frame_folder.h"
+#include "tools/player/saves.h"
 #include "tools/player/settings.h"
 
 namespace vl {
@@ -52,6 +53,7 @@ class PlaySession {
   ApplicationFiles files_;
   std::vector<TimedInput> input_;
   FrameFolder frames_;
+  Saves saves_;
   std::unique_ptr<vl_player, Delete> player_;
 };
 

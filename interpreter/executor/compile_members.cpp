@@ -1,0 +1,290 @@
+// Calls, members and objects of the code compiler.
+#include "interpreter/executor/code_compiler.h"
+#include "interpreter/executor/handlers.h"
+
+namespace vl {
+
+namespace {
+// Once a program takes errors over, any member may leave its slot as it was.
+constexpr const char kErrorEvent[] = "OnError";
+// Collects objects, also in a program that makes none itself.
+constexpr const char kCollector[] = "Flush";
+}  // namespace
+
+// The list behind an opened parenthesis, into the bank; gives the count.
+uint32_t CCodeCompiler::Arguments(uint16_t k) {
+  Flush();
+  if (nest_ > 0) Emit(handlers::CheckLevel, k, nest_);
+  uint32_t count = 0;
+  if (Kind() != TK_PAREN_CLOSE) {
+    ++nest_;
+    for (;;) {
+      if (count >= limits::kArgumentsPerLevel - 1) {
+        Fail();
+        return 0;
+      }
+      const uint32_t place = (nest_ - 1) * limits::kArgumentsPerLevel + count;
+      Value value = EvaluateNested(k, Use::Argument, false, place);
+      if (failed_) return 0;
+      if (value.isDefault) FlushOne(value);
+      // A literal text in the bank is put there by way of its slot, as any other value.
+      Instruction& i = Emit(handlers::ArgumentOf(x_.traces, value.kind), k + 1u, place << 2 | value.kind);
+      SetB(i, value);
+      i.offsetA = static_cast<int64_t>(place * sizeof(CValue));
+      ++count;
+      if (Kind() != TK_COMMA) break;
+      Step1();
+    }
+    --nest_;
+  }
+  if (Kind() != TK_PAREN_CLOSE || nest_ > limits::kArgumentLevels) {
+    Fail();
+    return 0;
+  }
+  Step1();
+  return count;
+}
+
+void CCodeCompiler::Call(uint16_t k) {
+  Flush();
+  NameInfo* name = NameAt(at_);
+  Emit(handlers::CallBegin, k).a.name = name;
+  Step1();
+  const uint32_t count = Arguments(k);
+  if (failed_) return;
+  Emit(handlers::CallEnd, k, count | nest_ << 8);
+  PushSlot(k);
+}
+
+void CCodeCompiler::NewObject(uint16_t k) {
+  Flush();
+  Emit(handlers::ForgetTarget, k);
+  Step1();
+  const uint16_t kind = Kind();
+  if (kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST) {
+    Step1();
+    const uint32_t count = Arguments(k);
+    if (failed_) return;
+    Emit(handlers::NewClass, k, count | nest_ << 8).a.number = kind;
+  } else if (kind == TK_CALL) {
+    Emit(handlers::NewScriptBegin, k).a.name = NameAt(at_);
+    Step1();
+    const uint32_t count = Arguments(k);
+    if (failed_) return;
+    Emit(handlers::NewScriptEnd, k, count | nest_ << 8);
+  } else {
+    Fail();
+    return;
+  }
+  PushSlot(k);
+}
+
+// A member of Math, Program and the like: bound here.
+void CCodeCompiler::FixedMember(uint16_t k, Evaluation& e) {
+  Flush();
+  CIBaseClassImpl* object = i_.fixedObjects[Kind()];
+  Step1();
+  const uint16_t kind = Kind();
+  if (!object || (kind != TK_MEMBER && kind != TK_MEMBER_CALL)) {
+    Fail();
+    return;
+  }
+  const CIClassInfo& info = *object->classInfo;
+  const KeywordRow* known = info.keywords->Find(i_.NameOf(i_.At(at_)));
+  const MemberRow* row = known && known->id < info.rows.size() ? info.rows[known->id] : nullptr;
+  if (!row || (!row->function && row->kind != MemberKind::Constant)) {
+    Fail();
+    return;
+  }
+  Step1();
+  uint32_t count = 0;
+  if (kind == TK_MEMBER_CALL) {
+    count = Arguments(k);
+    if (failed_) return;
+  } else if (nest_ > 0) {
+    Emit(handlers::CheckLevel, k, nest_);
+  }
+  if (!row->function) {
+    PushInteger(k, static_cast<int32_t>(row->value));
+    return;
+  }
+  const uint32_t instruction = Here();
+  const bool mayBeEvent = Kind() == TK_ASSIGN;
+  Instruction& i = Emit(handlers::FixedCall, k, count | nest_ << 8);
+  i.a.pointer = row;
+  i.b.pointer = object;
+  if (mayBeEvent) SideExit(instruction, e, k, false);
+  if (!IsDropped(e, k) && !row->gives) x_.suspects = true;
+  if (EqualNoCase(row->name, kErrorEvent)) x_.suspects = true;
+  if (EqualNoCase(row->name, kCollector)) x_.collects = true;
+  PushSlot(k);
+}
+
+// Whether the value at slot k is the whole of a statement, and so is looked at by nobody.
+bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
+  return e.use == Use::Statement && e.ops.size() == 1 && k <= 1 && Kind() == TK_SEMICOLON;
+}
+
+// A member of any class in use that might leave its slot as it was.
+void CCodeCompiler::NoteMember(uint32_t token) {
+  const std::string& name = i_.NameOf(i_.At(token));
+  for (uint32_t id = 1; id <= kClassCount && !x_.suspects; ++id) {
+    const CIClassInfo* info = i_.ClassInfo(id);
+    const KeywordRow* known = info && info->table ? info->keywords->Find(name) : nullptr;
+    const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+    if (row && row->kind != MemberKind::Constant && !row->gives) x_.suspects = true;
+  }
+}
+
+void CCodeCompiler::ClassConstant(uint16_t k) {
+  const CIClassInfo* info = i_.ClassInfo(Kind());
+  Step1();
+  if (!info || Kind() != TK_MEMBER) {
+    Fail();
+    return;
+  }
+  const KeywordRow* known = info->keywords->Find(i_.NameOf(i_.At(at_)));
+  const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+  if (!row || row->kind != MemberKind::Constant) {
+    Fail();
+    return;
+  }
+  PushInteger(k, static_cast<int32_t>(row->value));
+  Step1();
+}
+
+void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
+  const uint16_t kind = Kind();
+  switch (kind) {
+    case CLASS_MATH:
+    case CLASS_DISK:
+    case CLASS_KEYBOARD:
+    case CLASS_SYSTEM:
+    case CLASS_PROGRAM:
+    case CLASS_DISPLAY:
+    case CLASS_EDITOR:
+      FixedMember(k, e);
+      return;
+    case TK_NEW:
+      NewObject(k);
+      return;
+    case TK_THIS:
+    case TK_CURWINDOW:
+      Flush();
+      if (IsMemberToken(KindAt(Next(at_)))) {
+        // Where there is no window, that fails at the word itself.
+        if (kind == TK_CURWINDOW) Emit(handlers::WindowValue, k, 1);
+        Step1();
+        Members(k, e, kind == TK_THIS ? MemberFrom::This : MemberFrom::CurWindow);
+        return;
+      }
+      Emit(kind == TK_THIS ? handlers::ThisValue : handlers::WindowValue, k);
+      Step1();
+      PushSlot(k);
+      return;
+    case TK_TEXT: {
+      code_.constants.emplace_back(&i_);
+      code_.constants.back().SetString(TokenText(i_.At(at_)));
+      Value value;
+      value.kind = kConstant;
+      value.k = k;
+      value.constant = &code_.constants.back();
+      Step1();
+      if (!IsMemberToken(Kind())) {
+        Push(value);
+        return;
+      }
+      Push(value);
+      Flush();
+      values_.pop_back();
+      Members(k, e, MemberFrom::SlotText);
+      return;
+    }
+    case TK_ZERO:
+    case TK_FALSE:
+    case TK_OFF:
+    case TK_TRUE:
+    case TK_ON:
+      PushInteger(k, kind == TK_TRUE || kind == TK_ON);
+      Step1();
+      return;
+    case TK_OMITTED: {
+      Value value;
+      value.k = k;
+      value.isDefault = true;
+      Push(value);
+      Step1();
+      return;
+    }
+    default:
+      if (kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST) {
+        ClassConstant(k);
+        return;
+      }
+      Fail();
+  }
+}
+
+// The chain of members at the cursor. It goes on only behind a variable of a script object; behind anything else the
+// evaluation ends there.
+void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
+  for (;;) {
+    const uint32_t token = at_;
+    const uint16_t kind = Kind();
+    if (kind == TK_MEMBER_CALL) {
+      Flush();
+      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from));
+      Step1();
+      const uint32_t count = Arguments(k);
+      if (failed_) return;
+      const uint32_t instruction = Here();
+      const bool mayBeEvent = Kind() == TK_ASSIGN;
+      Emit(handlers::MemberCallEnd, k, count | nest_ << 8).a.number = token;
+      if (mayBeEvent) SideExit(instruction, e, k, false);
+      if (!IsDropped(e, k)) NoteMember(token);
+      PushSlot(k);
+      return;
+    }
+    Step1();
+    if (kind == TK_MEMBER) {
+      const uint16_t next = Kind();
+      const bool chains = IsMemberToken(next);
+      const uint32_t instruction = Here();
+      Instruction& i = Emit(handlers::MemberGet, k,
+                            static_cast<uint32_t>(from) | (next == TK_ASSIGN ? 0x100 : 0) | (chains ? 0x200 : 0));
+      i.at = token;
+      i.a.number = nest_;
+      if (chains || next == TK_ASSIGN) SideExit(instruction, e, k, chains);
+      // What is assigned to has no value that could be seen.
+      const bool isTarget = next == TK_ASSIGN && e.ops.size() == 1;
+      if (!isTarget && !IsDropped(e, k)) NoteMember(token);
+      if (!chains) {
+        PushSlot(k);
+        return;
+      }
+      from = MemberFrom::Source;
+      continue;
+    }
+    if (kind != TK_MEMBER_ELEMENT) {
+      Fail();
+      return;
+    }
+    uint32_t first = at_;
+    while (KindAt(first) != TK_BRACKET_CLOSE) {
+      if (KindAt(first) == TK_END) {
+        Fail();
+        return;
+      }
+      first = Next(first);
+    }
+    const uint32_t unknown = Here();
+    Instruction& i = Emit(handlers::MemberElementOf, k,
+                          static_cast<uint32_t>(from) | (KindAt(Next(first)) == TK_ASSIGN ? 0x100 : 0));
+    i.at = token;
+    i.a.number = Next(first);
+    Subscripts(k, e, unknown, first, token);
+    return;
+  }
+}
+
+}  // namespace vl

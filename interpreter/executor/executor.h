@@ -1,0 +1,229 @@
+// CExecutor: runs a program from prepared instructions, with the results of the walker.
+//
+// Calls of script functions keep their frames in a list of records here; the machine's stack only grows by members
+// that run the program in turn (Wait, and an event's assignment). The executor works in slices: Run goes back to its
+// loop now and then, which is where a host that must not be blocked could take over.
+#pragma once
+
+#include "interpreter/executor/instruction.h"
+#include "interpreter/interpretor.h"
+
+namespace vl {
+
+class CExecutor {
+ public:
+  explicit CExecutor(CInterpretor& interpreter);
+  ~CExecutor();
+  CExecutor(const CExecutor&) = delete;
+  CExecutor& operator=(const CExecutor&) = delete;
+
+  // False when the program holds something that only the walker knows; nothing has run then.
+  bool Prepare();
+  // Runs the program from its start. Throws as the walker does.
+  void RunProgram();
+  // Runs an event function: its arguments are in the bank.
+  void RunEvent(const BlockRecord& block);
+  // Evaluates the expression at the interpreter's cursor above the slot `sp`, for a member that reads an assignment.
+  CValue* EvaluateAtCursor();
+
+  // --- For the handlers ---
+  struct Frame {
+    const Instruction* back;
+    CValue* S;
+    CValue* L;
+    const Code* code;
+    CIBaseObjectVar* self;
+    CIBaseObjectVar* held;  // pinned for the length of the call, or null
+    CValue* localsNext;
+    uint32_t segment;
+    int32_t scopeDepth;
+    int32_t part;
+    uint32_t argBase;
+    bool isPlain;     // by EnterPlain
+    bool constructs;  // `held` is an object that New makes
+  };
+  // A call whose arguments are under evaluation.
+  struct Pending {
+    CIBaseClassImpl* object = nullptr;  // pinned, but for a text's
+    const BlockRecord* block = nullptr;
+    const MemberRow* row = nullptr;
+    uint32_t id = 0;
+    CITextHolder* text = nullptr;  // `object` holds a text for this call
+    bool made = false;             // `object` is what New makes
+  };
+  // A local that a newer one of its name hides.
+  struct Hidden {
+    Hidden(CInterpretor* interpreter, const CValue* local) : value(interpreter), local(local) {}
+    CValue value;
+    const CValue* local;
+  };
+
+  // Starts a call: its arguments are in the bank at `level`. Gives its first instruction, with S and L set. Quickly
+  // when a function is called as most are; null then tells that it takes more.
+  const Instruction* EnterPlain(const Code& callee, CValue* slot, const Instruction* back, uint32_t level,
+                                uint32_t count);
+  const Instruction* Enter(const BlockRecord& block, CodeKind kind, CIBaseObjectVar& self, CIBaseObjectVar* held,
+                           CValue* slot, const Instruction* back, uint32_t level, uint32_t count, bool constructs);
+  // Ends the current call; its value is in S[0]. Gives what comes next, with S and L set.
+  const Instruction* Leave();
+  // The same for a call that EnterPlain has started; null when it takes more.
+  const Instruction* LeavePlain();
+  Code* CodeOf(const BlockRecord& block, CodeKind kind) {
+    Code* known = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
+    return known ? known : MakeCode(block, kind);
+  }
+  void CloseScope(const std::vector<int64_t>& offsets, uint16_t level);
+
+  // The variable that a name finds; null for none.
+  CValue* FindName(const NameInfo& name, CValue* locals);
+  void LoadName(CValue& slot, const NameInfo& name, CValue* locals);
+  // `=` on S[k] and S[k + 1], but for arrays that don't exist yet.
+  void Assign(CValue* S, uint32_t k);
+  static void SwapSlots(CValue& a, CValue& b);
+  // The variable that an assignment to a name of no variable makes, in the frame.
+  CValue& MakeVariable(uint32_t nameId);
+  // The same for a name at hand.
+  CValue& MakeNamed(const NameInfo& name) {
+    CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + name.offset);
+    if (!name.isLocal || local.type != VT_NEW_NAME) return MakeVariable(name.nameId);
+    local.type = VT_INTEGER;
+    local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);
+    return local;
+  }
+  void StandAt(const CValue* S, uint32_t k, uint32_t at) {
+    i.sp = static_cast<uint32_t>(S - slots) + k;
+    i.readCursor = i.At(at);
+  }
+  // Runs a member of a class; its arguments are in the bank. The cursor stands behind them.
+  void Invoke(CIBaseClassImpl& object, const MemberRow& row, uint32_t id, uint32_t level, uint32_t count);
+  const MemberRow* Resolve(const CIBaseClassImpl& object, Token token, uint32_t& id);
+  // Takes a String for the text in the slot.
+  void BeginText(const CValue& slot);
+  void EndText(const Pending& call);
+  // The work between statements that isn't just counting.
+  void Housekeep(const CValue* S);
+  // The machine-wide count of statements, while a member or the tick runs.
+  void Publish() {
+    if (published_) return;
+    i.tickCountdown = forced_ ? savedFuel_ : fuel;
+    published_ = true;
+  }
+  void Adopt();
+  bool IsSliceOver() { return ++rounds_ % kRoundsOfSlice == 0; }
+
+  CInterpretor& i;
+  int32_t fuel = 0;  // statements until Housekeep is needed
+  CValue* S = nullptr;
+  CValue* L = nullptr;
+  CValue* slots = nullptr;
+  CValue* slotsEnd = nullptr;    // of those that are made
+  CValue* bank = nullptr;        // the arguments of the current call's level
+  CValue* localsNext = nullptr;  // the free locals of the current segment
+  CValue* localsEnd = nullptr;
+  CValue* source = nullptr;  // the variable whose member comes next
+  const Code* code = nullptr;
+  uint32_t argBase = 0;
+  Frame* top = nullptr;  // the call that runs; the first frame is none
+  std::vector<Pending> pending;
+  std::vector<int32_t> subscripts;
+  std::deque<Hidden> hidden;
+  uint32_t hiddenCount = 0;
+  const Instruction* resume = nullptr;
+  Traces traces = kNoTraces;  // what the slots are needed for
+  bool suspects = false;      // the compiler has met a member that may show what a slot held
+  bool collects = false;      // and one that collects objects
+  CVariable absent;
+  CVariableIndex globals;
+
+ private:
+  friend class CCodeCompiler;
+  Code* MakeCode(const BlockRecord& block, CodeKind kind);
+  std::unique_ptr<Frame[]> frames_;
+  // Ticks after which the handlers go back to their loop.
+  static constexpr uint32_t kRoundsOfSlice = 2000;
+  static constexpr size_t kSegmentCells = 8192;
+  class Run;
+  void RunFrom(const Instruction* start);
+  bool CompileAll();
+  void Unwind(Frame* frame, size_t pendingCount);
+  void NeedSlots(const CValue* end);
+  void DropPending();
+  void ReleaseLocals();
+  CValue* TakeLocals(uint32_t count);
+  CVariable** CellOf(uint32_t nameId) { return globals.CellOf(nameId); }
+
+  std::vector<std::array<Code*, 3>> codeOf_;  // by block
+  std::vector<std::unique_ptr<Code>> codes_;
+  std::unordered_map<uint32_t, std::unique_ptr<Code>> expressions_;
+  std::vector<std::unique_ptr<CValue[], void (*)(CValue*)>> segments_;
+  uint32_t segment_ = 0;
+  int32_t savedFuel_ = 0;
+  bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
+  bool published_ = true;  // the interpreter's countdown is the true one
+  uint32_t rounds_ = 0;
+};
+
+inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
+                                                uint32_t level, uint32_t count) {
+  CValue* const locals = localsNext;
+  if (i.callDepth >= limits::kMaxCallDepth || slot + callee.slots > slotsEnd ||
+      localsEnd - locals < static_cast<ptrdiff_t>(callee.locals) || callee.part != i.currentPartNumber) [[unlikely]] {
+    return nullptr;
+  }
+  // The parameters are the first locals. What isn't plain numbers takes the other way, which fills them anew.
+  if (count < callee.parameterCount || level != argBase) [[unlikely]]
+    return nullptr;
+  const CValue* argument = bank;
+  CValue* const behind = locals + 1 + callee.parameterCount;
+  for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
+    if (argument->type > VT_FLOAT) [[unlikely]] {
+      while (variable-- != locals + 1) variable->type = VT_NEW_NAME;
+      return nullptr;
+    }
+    variable->level = 1;
+    variable->type = argument->type;
+    variable->data = argument->data;
+  }
+  Frame& frame = *++top;
+  frame.back = back;
+  frame.S = S;
+  frame.L = L;
+  frame.code = code;
+  frame.scopeDepth = i.scopeDepth++;
+  frame.argBase = argBase;
+  frame.isPlain = true;
+  frame.constructs = false;
+  ++i.callDepth;
+  localsNext = locals + callee.locals;
+  code = &callee;
+  S = slot;
+  L = locals;
+  return callee.first;
+}
+
+inline const Instruction* CExecutor::LeavePlain() {
+  const Frame& frame = *top;
+  if (!frame.isPlain || hiddenCount) [[unlikely]]
+    return nullptr;
+  CValue* const end = L + code->locals;
+  for (const CValue* local = L + 1; local != end; ++local) {
+    if (!local->IsPlain()) [[unlikely]]
+      return nullptr;
+  }
+  for (CValue* local = L + 1; local != end; ++local) local->type = VT_NEW_NAME;
+  --top;
+  --i.callDepth;
+  i.scopeDepth = frame.scopeDepth;
+  code = frame.code;
+  localsNext = L;
+  S = frame.S;
+  L = frame.L;
+  if (argBase != frame.argBase) {
+    argBase = frame.argBase;
+    i.argDepth = argBase;
+    bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
+  }
+  return frame.back;
+}
+
+}  // namespace vl

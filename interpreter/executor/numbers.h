@@ -1,0 +1,82 @@
+// What the handlers on numbers share. Each comes in three forms (Traces).
+#pragma once
+
+#include "interpreter/executor/dispatch.h"
+
+namespace vl::handlers {
+
+template <uint16_t Op, typename T>
+inline T Arithmetic(T a, T b) {
+  if constexpr (Op == TK_ADD) return a + b;
+  if constexpr (Op == TK_SUB) return a - b;
+  if constexpr (Op == TK_MUL) return a * b;
+}
+
+template <uint16_t Op, typename T>
+inline bool Holds(T a, T b) {
+  if constexpr (Op == TK_GREATER_EQUAL) return a >= b;
+  if constexpr (Op == TK_LESS_EQUAL) return a <= b;
+  if constexpr (Op == TK_EQUAL) return a == b;
+  if constexpr (Op == TK_LESS) return a < b;
+  if constexpr (Op == TK_GREATER) return a > b;
+  if constexpr (Op == TK_NOT_EQUAL) return a != b;
+}
+
+constexpr bool IsArithmetic(uint16_t op) { return op == TK_ADD || op == TK_SUB || op == TK_MUL; }
+constexpr bool IsComparison(uint16_t op) { return op >= TK_GREATER_EQUAL && op <= TK_NOT_EQUAL; }
+
+// The operator on two integers. False when it takes more than that.
+template <uint16_t Op>
+VL_ALWAYS_INLINE bool OnIntegers(int32_t a, int32_t b, int32_t& result) {
+  if constexpr (IsArithmetic(Op)) {
+    result = static_cast<int32_t>(Arithmetic<Op>(static_cast<uint32_t>(a), static_cast<uint32_t>(b)));
+  } else if constexpr (IsComparison(Op)) {
+    result = Holds<Op>(a, b);
+  } else if constexpr (Op == TK_LOGICAL_AND) {
+    result = a != 0 && b != 0;
+  } else if constexpr (Op == TK_LOGICAL_OR) {
+    result = (a | b) != 0;
+  } else if constexpr (Op == TK_DIV) {
+    if (b <= 0) return false;
+    result = a / b;
+  } else if constexpr (Op == TK_MOD) {
+    if (b <= 0) return false;
+    result = a % b;
+  } else if constexpr (Op == TK_AND) {
+    result = a & b;
+  } else if constexpr (Op == TK_OR) {
+    result = a | b;
+  } else if constexpr (Op == TK_XOR) {
+    result = a ^ b;
+  } else if constexpr (Op == TK_SHL) {
+    result = static_cast<int32_t>(static_cast<uint32_t>(a) << (b & 31));
+  } else {
+    static_assert(Op == TK_SHR);
+    result = a >> (b & 31);
+  }
+  return true;
+}
+
+// Whether the slots of an operator may be written: they own nothing, or hold the operands themselves.
+template <Traces T, OperandKind A, OperandKind B>
+inline bool AreFree(const CValue& left, const CValue& right) {
+  return (A == kSlot || left.IsPlain()) && (T == kNoTraces || B == kSlot || right.IsPlain());
+}
+
+// Puts the operands into their slots and runs the walker's operator.
+inline void ReduceSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint32_t k, uint16_t op,
+                         OperandKind a, OperandKind b) {
+  if (a != kSlot) LoadOperand(x, S[k], a, i->a, L);
+  if (b != kSlot) LoadOperand(x, S[k + 1], b, i->b, L);
+  x.StandAt(S, k, i->at);
+  x.i.Reduce(op);
+}
+
+// The rows of a table of handlers, by the kinds of the operands.
+#define VL_OF_B(F, T, Op, A) \
+  { F<T, Op, A, kLocal>, F<T, Op, A, kName>, F<T, Op, A, kConstant>, F<T, Op, A, kSlot> }
+#define VL_OF_AB(F, T, Op) \
+  { VL_OF_B(F, T, Op, kLocal), VL_OF_B(F, T, Op, kName), VL_OF_B(F, T, Op, kSlot) }
+inline int IndexOfA(OperandKind a) { return a == kSlot ? 2 : a; }
+
+}  // namespace vl::handlers
