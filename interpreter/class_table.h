@@ -40,6 +40,9 @@ struct MemberRow {
   NumberFunction onNumbers = nullptr;
 };
 
+// The value of a constant.
+void SetConstant(CValue& slot, const MemberRow& row);
+
 struct ClassTable {
   uint8_t id = 0;
   std::span<const MemberRow> rows;

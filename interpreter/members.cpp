@@ -4,8 +4,6 @@
 
 namespace vl {
 
-namespace {
-
 void SetConstant(CValue& slot, const MemberRow& row) {
   if (row.text) {
     slot.SetString(row.text);
@@ -13,8 +11,6 @@ void SetConstant(CValue& slot, const MemberRow& row) {
     slot.SetInt(static_cast<int32_t>(row.value));
   }
 }
-
-}  // namespace
 
 CValue* CInterpretor::GetArg(int i) {
   if (i < GetArgCount()) return &Arg(i);

@@ -155,6 +155,7 @@ class CCodeCompiler {
   void Push(const Value& value);
   void PushSlot(uint16_t k);
   void PushInteger(uint16_t k, int32_t v);
+  void PushConstant(uint16_t k, const MemberRow& row);
   void SideExit(uint32_t instruction, const Evaluation& e, uint16_t k, bool early);
   void EmitExits();
   void EmitLateArrays();

@@ -35,6 +35,16 @@ void CCodeCompiler::PushInteger(uint16_t k, int32_t v) {
   Push(value);
 }
 
+void CCodeCompiler::PushConstant(uint16_t k, const MemberRow& row) {
+  code_.constants.emplace_back(&i_);
+  SetConstant(code_.constants.back(), row);
+  Value value;
+  value.kind = kConstant;
+  value.k = k;
+  value.constant = &code_.constants.back();
+  Push(value);
+}
+
 void CCodeCompiler::SetA(Instruction& i, const Value& value) {
   if (value.kind == kLocal || value.kind == kName) {
     i.a.name = value.name;

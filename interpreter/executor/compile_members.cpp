@@ -105,7 +105,7 @@ void CCodeCompiler::FixedMember(uint16_t k, Evaluation& e) {
     Emit(handlers::CheckLevel, k, nest_);
   }
   if (!row->function) {
-    PushInteger(k, static_cast<int32_t>(row->value));
+    PushConstant(k, *row);
     return;
   }
   const uint32_t instruction = Here();
@@ -149,7 +149,7 @@ void CCodeCompiler::ClassConstant(uint16_t k) {
     Fail();
     return;
   }
-  PushInteger(k, static_cast<int32_t>(row->value));
+  PushConstant(k, *row);
   Step1();
 }
 

@@ -308,7 +308,7 @@ void EndClassCall(CExecutor& x, const Instruction* i, CValue* S, const CExecutor
   if (call.row && call.row->function) {
     x.Invoke(*call.object, *call.row, call.id, level, count);
   } else if (call.row && call.row->kind == MemberKind::Constant) {
-    S[i->k].SetInt(static_cast<int32_t>(call.row->value));
+    SetConstant(S[i->k], *call.row);
   } else {
     RaiseNotPart(x, *call.object, token);
   }
@@ -399,7 +399,7 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
     x.Invoke(*object, *row, id, level, 0);
   } else if (row && row->kind == MemberKind::Constant) {
     x.i.argCounts[level] = 0;
-    slot.SetInt(static_cast<int32_t>(row->value));
+    SetConstant(slot, *row);
   } else {
     RaiseNotPart(x, *object, token);
   }
