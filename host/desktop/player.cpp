@@ -16,11 +16,6 @@ constexpr size_t kFetchBlock = 0x1000;
 constexpr int kFetchWaitMs = 5;
 constexpr const char* kFetchAgent = "Vorlane ActiveX Control";
 
-uint32_t MonotonicMs() {
-  const auto now = std::chrono::steady_clock::now().time_since_epoch();
-  return static_cast<uint32_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count());
-}
-
 }  // namespace
 
 Player::Player(const vl_options& options) : options_(options), title_(options.title ? options.title : "Vorlane") {
@@ -127,7 +122,7 @@ void Player::ShowStartPicture(WindowSystem& windows) {
   if (picture.empty()) return;
   const Rect all{0, 0, size.width, size.height};
   windows.present(windows.hostWindow(), picture.data(), size.width, size.height, size.width, {&all, 1});
-  control.PictureDrawn(MonotonicMs());
+  control.PictureDrawn(hostClock_.nowMs());
 }
 
 bool Player::FetchApplication() {
@@ -295,7 +290,7 @@ bool Player::Start() {
   run_->param.baseUrl = baseUrl_;
   // A picture of the time before the program belongs to a host that shows one.
   if (!IsVirtual()) {
-    run_->param.startDelayMs = control.StartDelayMs(MonotonicMs());
+    run_->param.startDelayMs = control.StartDelayMs(hostClock_.nowMs());
     run_->param.startDelayDone = control.delayDone;
   }
   run_->param.referenceWalker = options_.plain_walker != 0;

@@ -28,8 +28,8 @@
 #include "platform/posix/posix_clock.h"
 #include "platform/posix/posix_file_system.h"
 #include "platform/posix/posix_font_finder.h"
-#include "platform/posix/posix_sockets.h"
 #include "platform/posix/posix_serial.h"
+#include "platform/posix/posix_sockets.h"
 #include "platform/posix/threaded_queue.h"
 #include "platform/sdl/sdl_platform.h"
 #include "platform/text/freetype_text_engine.h"
@@ -107,6 +107,7 @@ class Player {
   std::vector<TimedEvent> script_;
   NetPolicy policy_;
 
+  PosixClock hostClock_{std::nullopt};  // of the start picture; runs have their own
   std::unique_ptr<PosixClock> clock_;
   std::unique_ptr<ThreadedQueue> queue_;
   std::unique_ptr<HeadlessPlatform> headless_;

@@ -1,7 +1,6 @@
 #include "net/script/vex_classes.h"
 
 #include "net/script/downloads.h"
-
 #include "net/script/vex_wrapper.h"
 #include "net/vex_player.h"
 #include "net/vex_server.h"
