@@ -262,6 +262,7 @@ TEST(NetLayer, AHandlerMayDeleteAnything) {
       MemoryNetwork network;
       NetMachine machine(network, kServer);
       VexNode* node = machine.api.MakeNode();
+      const auto keepNode = node->weak_from_this().lock();
       machine.onEvent = [&, left = 1](const VexEvent& event) mutable {
         if (event.number != number || left-- <= 0) return;
         if (what == 0 && event.first) event.first->Delete();
