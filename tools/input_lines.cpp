@@ -3,45 +3,13 @@
 #include <nlohmann/json.hpp>
 #include <sstream>
 
-#include "platform/keys.h"
+#include "tools/key_names.h"
 
 namespace vl {
 
 namespace {
 
 using nlohmann::json;
-
-struct KeyName {
-  const char* name;
-  int32_t code;
-};
-constexpr KeyName kKeyNames[] = {
-    {"BACKSPACE", kKeyBack},
-    {"TAB", kKeyTab},
-    {"ENTER", kKeyReturn},
-    {"RETURN", kKeyReturn},
-    {"SHIFT", kKeyShift},
-    {"CONTROL", kKeyControl},
-    {"ALT", kKeyMenu},
-    {"ESCAPE", kKeyEscape},
-    {"SPACE", kKeySpace},
-    {"PAGEUP", kKeyPrior},
-    {"PAGEDOWN", kKeyNext},
-    {"END", kKeyEnd},
-    {"HOME", kKeyHome},
-    {"LEFT", kKeyLeft},
-    {"UP", kKeyUp},
-    {"RIGHT", kKeyRight},
-    {"DOWN", kKeyDown},
-    {"INSERT", kKeyInsert},
-    {"DELETE", kKeyDelete},
-    {"LSHIFT", kKeyLeftShift},
-    {"RSHIFT", kKeyRightShift},
-    {"LCONTROL", kKeyLeftControl},
-    {"RCONTROL", kKeyRightControl},
-    {"LALT", kKeyLeftMenu},
-    {"RALT", kKeyRightMenu},
-};
 
 // A number of a line, which must be whole and in range: JSON has larger ones.
 int64_t Number(const json& line, const char* name, int64_t least, int64_t most) {
@@ -68,14 +36,10 @@ int32_t Int(const json& line, const char* name, int32_t ifMissing) {
 
 int32_t KeyCode(const json& line) {
   if (line.contains("code")) return Int(line, "code");
-  std::string name = line.at("key").get<std::string>();
-  for (char& c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-  if (name.size() == 1) return static_cast<unsigned char>(name[0]);
-  for (const KeyName& key : kKeyNames) {
-    if (name == key.name) return key.code;
-  }
-  if (name.size() > 1 && name.size() <= 3 && name[0] == 'F') return kKeyF1 + std::stoi(name.substr(1)) - 1;
-  throw std::runtime_error("unknown key \"" + name + "\"");
+  const std::string name = line.at("key").get<std::string>();
+  int32_t code = 0;
+  if (!KeyOfName(name, code)) throw std::runtime_error("unknown key \"" + name + "\"");
+  return code;
 }
 
 int32_t CharCode(const json& line) {

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "platform/keys.h"
+#include "tools/key_names.h"
 
 namespace vl {
 
@@ -128,13 +128,6 @@ bool ParseScaling(const std::string& text, vl_scaling& scaling) {
 const char* NameOfScaling(vl_scaling scaling) { return kScalings[scaling]; }
 
 bool ParseKeyCombination(const std::string& text, KeyCombination& keys) {
-  struct Named {
-    const char* name;
-    int32_t code;
-  };
-  constexpr Named kNamed[] = {{"enter", kKeyReturn}, {"escape", kKeyEscape}, {"space", kKeySpace},   {"tab", kKeyTab},
-                              {"pause", kKeyPause},  {"insert", kKeyInsert}, {"home", kKeyHome},     {"end", kKeyEnd},
-                              {"pageup", kKeyPrior}, {"pagedown", kKeyNext}, {"print", kKeySnapshot}};
   keys = {};
   std::string rest = Lower(text);
   if (rest == "none") return true;
@@ -147,23 +140,7 @@ bool ParseKeyCombination(const std::string& text, KeyCombination& keys) {
     keys.mods |= bit;
     rest = rest.substr(plus + 1);
   }
-  if (rest.size() == 1 && ((rest[0] >= 'a' && rest[0] <= 'z') || (rest[0] >= '0' && rest[0] <= '9'))) {
-    keys.code = rest[0] >= 'a' ? rest[0] - 32 : rest[0];
-    return true;
-  }
-  if (rest.size() <= 3 && rest.size() > 1 && rest[0] == 'f' &&
-      std::all_of(rest.begin() + 1, rest.end(), [](char c) { return c >= '0' && c <= '9'; })) {
-    const int number = std::stoi(rest.substr(1));
-    keys.code = kKeyF1 + number - 1;
-    return number >= 1 && number <= 24;
-  }
-  for (const Named& named : kNamed) {
-    if (rest == named.name) {
-      keys.code = named.code;
-      return true;
-    }
-  }
-  return false;
+  return KeyOfName(rest, keys.code);
 }
 
 bool ParseSettings(const std::string& text, Settings& settings, std::string& error) {
