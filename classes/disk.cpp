@@ -5,6 +5,7 @@
 
 #include "classes/core_classes.h"
 #include "interpreter/system_errors.h"
+#include "platform/temporary_file.h"
 
 namespace vl {
 
@@ -14,7 +15,7 @@ constexpr uint32_t kFixedDrive = 0xABCD0020;
 constexpr uint32_t kUnknownDrive = 0xABCD0400;
 constexpr size_t kCopyBlockBytes = 32768;
 // Of a temporary file's names.
-constexpr int kMaxTries = 200000;
+constexpr const char* kTemporaryPrefix = "vl";
 
 }  // namespace
 
@@ -181,18 +182,12 @@ void CIDisk::CreateTemporaryFile() {
     const CValue& given = *interpreter.GetArg(0);
     if (given.type != VT_STRING) interpreter.RaiseError(ERR_BAD_ARGUMENT, 1);
     extension = given.StringView();
-    if (extension.starts_with('.')) extension.erase(0, 1);
-    std::erase_if(extension, [](char c) { return std::string_view("\\/:*?<>|\"").find(c) != std::string_view::npos; });
   }
   RunFiles& files = Files();
-  const std::string start = interpreter.services.environment->tempDirectory() + "\\vl";
-  for (int n = 1; n <= kMaxTries; ++n) {
-    const std::string path = start + std::to_string(n) + "." + extension;
-    FileStatus found;
-    std::string full;
-    if (!files.GetFullPath(path, &full)) break;
-    if (files.status(full, found)) continue;
-    if (!files.open(full, FileMode::Create)) break;
+  const std::string path =
+      MakeTemporaryFile(files, interpreter.services.environment->tempDirectory(), kTemporaryPrefix, extension);
+  std::string full;
+  if (!path.empty() && files.GetFullPath(path, &full)) {
     interpreter.AddTempFile(full);
     Result(full);
     return;
@@ -231,13 +226,6 @@ void CIDisk::GetLastDiskErrorString() {
 }
 
 namespace {
-
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
 
 constexpr MemberRow kRows[] = {
     Row(1, "GetCurrentDirectory", kMember<&CIDisk::GetCurrentDirectory>, "GetCurrentDirectory()"),

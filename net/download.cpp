@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <cctype>
 
+#include "platform/temporary_file.h"
+
 namespace vl {
 namespace {
 
-constexpr int kMostNames = 200000;
 constexpr size_t kLongestExtension = 5;
 constexpr std::string_view kFileScheme = "file://";
 
@@ -48,23 +49,6 @@ bool IsSameAddress(std::string_view a, std::string_view b) {
   };
   return a.size() == b.size() &&
          std::equal(a.begin(), a.end(), b.begin(), [&](char x, char y) { return fold(x) == fold(y); });
-}
-
-std::string MakeTemporaryFile(FileSystem& files, std::string_view folder, std::string_view prefix,
-                              std::string_view extension) {
-  std::string clean;
-  for (const char c : extension) {
-    if (std::string_view("\\/:*?<>|\"").find(c) == std::string_view::npos) clean += c;
-  }
-  if (!clean.empty() && clean[0] == '.') clean.erase(0, 1);
-  for (int number = 1; number <= kMostNames; ++number) {
-    std::string path(folder);
-    path.append("\\").append(prefix).append(std::to_string(number)).append(".").append(clean);
-    if (files.exists(path)) continue;
-    // A name that is free and can't be made won't be any better with another number.
-    return files.open(path, FileMode::Create) ? path : std::string();
-  }
-  return {};
 }
 
 Downloader::~Downloader() {

@@ -100,10 +100,6 @@ class BlockingDownloader final : public Downloader {
   std::string resultPath_;
 };
 
-// Makes an empty file of a name that is free: folder, separator, prefix, number, dot, extension. "" when 200000 names
-// are taken.
-std::string MakeTemporaryFile(FileSystem& files, std::string_view folder, std::string_view prefix,
-                              std::string_view extension);
 // Ignoring case, and which slash it is.
 bool IsSameAddress(std::string_view a, std::string_view b);
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/temporary_file.h"
+
 namespace vl {
 namespace {
 

@@ -5,6 +5,7 @@
 
 #include "net/download.h"
 #include "platform/memory_files.h"
+#include "platform/temporary_file.h"
 
 namespace vl {
 namespace {
