@@ -42,16 +42,18 @@ bool NetPolicy::Allow(std::string_view rule) {
   return true;
 }
 
-void NetPolicy::AllowOrigin(std::string_view host) {
-  if (!host.empty()) rules_.push_back({Lower(host), ParseNetAddress(host), kAnyPort});
+void NetPolicy::SetOrigin(std::string_view host) {
+  origin_.reset();
+  if (!host.empty()) origin_ = Rule{Lower(host), ParseNetAddress(host), kAnyPort};
 }
 
 bool NetPolicy::Matches(std::string_view host, NetAddress address, int port) const {
   if (isOpen_ || IsLoopback(address)) return true;
-  return std::any_of(rules_.begin(), rules_.end(), [&](const Rule& rule) {
+  const auto fits = [&](const Rule& rule) {
     if (rule.port != kAnyPort && port != kAnyPort && rule.port != port) return false;
     return address != 0 ? rule.address == address : rule.host == host;
-  });
+  };
+  return (origin_ && fits(*origin_)) || std::any_of(rules_.begin(), rules_.end(), fits);
 }
 
 bool NetPolicy::MayConnect(std::string_view host, uint16_t port) const {

@@ -4,6 +4,7 @@
 // that doesn't answer: connections to it fail, what is sent there is lost, and nothing that comes from it arrives.
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,8 +17,8 @@ class NetPolicy {
  public:
   // "all", "HOST:PORT" or "HOST:*", where HOST is a name or an address. False, and unchanged, for anything else.
   bool Allow(std::string_view rule);
-  // Where the application came from: all its ports.
-  void AllowOrigin(std::string_view host);
+  // Where the application came from: all its ports. In place of the one before; "" for none.
+  void SetOrigin(std::string_view host);
 
   // By the text that a program gave; names are compared without case, not looked up.
   bool MayConnect(std::string_view host, uint16_t port) const;
@@ -35,6 +36,7 @@ class NetPolicy {
   bool Matches(std::string_view host, NetAddress address, int port) const;
 
   std::vector<Rule> rules_;
+  std::optional<Rule> origin_;
   bool isOpen_ = false;
 };
 

@@ -188,7 +188,7 @@ bool Player::AddFile(const std::string& name, const void* bytes, size_t size) {
 
 bool Player::SetOrigin(const std::string& host) {
   if (running_ || host.empty()) return false;
-  policy_.AllowOrigin(host);
+  origin_ = host;
   return true;
 }
 
@@ -265,7 +265,7 @@ bool Player::Start() {
       onFrame(clock->nowMs() - startMs, picture);
     };
   }
-  if (!baseUrl_.empty()) policy_.AllowOrigin(HostOfUrl(baseUrl_));
+  policy_.SetOrigin(baseUrl_.empty() ? origin_ : HostOfUrl(baseUrl_));
   transfers_ = std::make_unique<CurlTransfers>(
       [this](std::string_view host, uint16_t port) { return policy_.MayConnect(host, port); });
   services.transfers = transfers_.get();

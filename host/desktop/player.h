@@ -106,6 +106,7 @@ class Player {
   std::string baseUrl_;                      // where the application was fetched
   std::vector<TimedEvent> script_;
   NetPolicy policy_;
+  std::string origin_;  // as the embedder says; a fetched application has its own
 
   PosixClock hostClock_{std::nullopt};  // of the start picture; runs have their own
   std::unique_ptr<PosixClock> clock_;

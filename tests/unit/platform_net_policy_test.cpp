@@ -12,7 +12,7 @@ TEST(NetPolicy, RulesSayWhichHosts) {
   EXPECT_TRUE(policy.Allow("Games.example.org:5000"));
   EXPECT_TRUE(policy.Allow("10.0.0.2:*"));
   EXPECT_TRUE(policy.Allow("10.0.0.3:7000"));
-  policy.AllowOrigin("home.example.org");
+  policy.SetOrigin("home.example.org");
   const struct {
     const char* host;
     uint16_t port;
