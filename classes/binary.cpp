@@ -44,12 +44,6 @@ bool CIBinary::Allocate(int64_t size, int64_t keep) {
   return true;
 }
 
-bool CIBinary::SetBytes(std::span<const uint8_t> bytes) {
-  if (!Allocate(static_cast<int64_t>(bytes.size()))) return false;
-  if (!bytes.empty()) std::memcpy(data_.get(), bytes.data(), bytes.size());
-  return true;
-}
-
 bool CIBinary::LoadFrom(CStream& stream) {
   const int64_t length = stream.GetLength();
   const int32_t from = interpreter.GetArgInt(1);

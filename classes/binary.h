@@ -22,7 +22,6 @@ class CIBinary : public CIBaseClassImpl, public CByteSource {
   std::span<const uint8_t> Bytes() const override { return {data_.get(), static_cast<size_t>(size_)}; }
   std::span<uint8_t> WritableBytes() override { return {data_.get(), static_cast<size_t>(size_)}; }
   bool ResizeBytes(int64_t size) override { return Allocate(size, size); }
-  bool SetBytes(std::span<const uint8_t> bytes) override;
   uint8_t* Data() { return data_.get(); }
   int32_t ByteOrder() const { return byteOrder_; }
   // Of a block that came from elsewhere; a number that is no order counts as the machine's.

@@ -193,9 +193,6 @@ void CIBinary::Find() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
 constexpr MemberRow Order(uint16_t id, const char* name, uint32_t value) {
   return {id, name, MemberKind::Constant, nullptr, value, 0, "for SetByteOrdering"};
 }

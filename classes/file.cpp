@@ -246,13 +246,6 @@ void CIFile::IsOpened() { interpreter.GetResult().SetInt(file_ != nullptr); }
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "Open", kMember<&CIFile::Open>, "Open(path, mode): opens a file that is there; 1 or 0"),
     Row(2, "Create", kMember<&CIFile::CreateFile>, "Create(path, mode): makes a file or empties it; 1 or 0"),

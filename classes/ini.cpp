@@ -113,10 +113,6 @@ class CIIni : public CIBaseClassImpl {
   std::string path_;  // full; empty while no file is open
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "OpenFile", kMember<&CIIni::OpenFile>, "OpenFile(name): a bare name stands for the application's own file"),
     Row(2, "CloseFile", kMember<&CIIni::CloseFile>, "CloseFile()"),

@@ -100,10 +100,6 @@ void CIPointArray::GetCoord() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "AddPoint", kMember<&CIPointArray::AddPoint>, "AddPoint(values...): one or more points at the end"),
     Row(2, "InsertPoint", kMember<&CIPointArray::InsertPoint>, "InsertPoint(index, values...): before that point"),

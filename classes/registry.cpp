@@ -19,9 +19,6 @@ constexpr uint32_t kAccess = 0xABCD2001;  // of reading and of writing
 constexpr MemberRow Refuses(uint16_t id, const char* name) {
   return {id, name, MemberKind::Member, kMember<&CIRegistry::NotOffered>, 0, 0, "refused: error 20"};
 }
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
 
 constexpr MemberRow kRows[] = {
     Refuses(1, "CreateKey"),

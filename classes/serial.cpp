@@ -221,9 +221,6 @@ class CISerial : public CIBaseClassImpl, private SerialLine {
   int32_t timeoutMs_ = 5000;
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
 constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value) {
   return {id, name, MemberKind::Constant, nullptr, value, 0, "transfer mode"};
 }

@@ -172,34 +172,37 @@ void CIString::Replace() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
+constexpr MemberRow GivingRow(uint16_t id, const char* name, MemberFunction function, const char* help) {
   return {id, name, MemberKind::Member, function, 0, 0, help, nullptr, true};
 }
 
 constexpr MemberRow kRows[] = {
-    Row(1, "Big", kMember<&CIString::Big>, "Big(): the text in <BIG> tags"),
-    Row(2, "Bold", kMember<&CIString::Bold>, "Bold(): the text in <B> tags"),
-    Row(3, "FontColor", kMember<&CIString::FontColor>, "FontColor(color): the text in a <FONT COLOR> tag"),
-    Row(4, "FontSize", kMember<&CIString::FontSize>, "FontSize(size): the text in a <FONT SIZE> tag"),
-    Row(5, "Italics", kMember<&CIString::Italics>, "Italics(): the text in <I> tags"),
-    Row(6, "Small", kMember<&CIString::Small>, "Small(): the text in <SMALL> tags"),
-    Row(7, "Strike", kMember<&CIString::Strike>, "Strike(): the text in <STRIKE> tags"),
-    Row(8, "Sub", kMember<&CIString::Sub>, "Sub(): the text in <SUB> tags"),
-    Row(9, "Sup", kMember<&CIString::Sup>, "Sup(): the text in <SUP> tags"),
-    Row(10, "ToLowerCase", kMember<&CIString::ToLowerCase>, "ToLowerCase(): a copy in lower case"),
-    Row(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case"),
-    Row(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside"),
-    Row(13, "IndexOf", kMember<&CIString::IndexOf>, "IndexOf(text, start): first place of text from start on, or -1"),
-    Row(14, "LastIndexOf", kMember<&CIString::LastIndexOf>,
-        "LastIndexOf(text): last of the hits that don't overlap, or -1"),
-    Row(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end"),
-    Row(16, "Length", kMember<&CIString::Length>, "Length(): number of characters"),
-    Row(17, "GetFloat", kMember<&CIString::GetFloat>, "GetFloat(): the number in the text; 0x and 0b are read too"),
-    Row(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction"),
-    Row(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end"),
-    Row(20, "CompareNoCase", kMember<&CIString::CompareNoCase>,
-        "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
-    Row(21, "Replace", kMember<&CIString::Replace>, "Replace(what, with, caseSensitive): every occurrence replaced"),
+    GivingRow(1, "Big", kMember<&CIString::Big>, "Big(): the text in <BIG> tags"),
+    GivingRow(2, "Bold", kMember<&CIString::Bold>, "Bold(): the text in <B> tags"),
+    GivingRow(3, "FontColor", kMember<&CIString::FontColor>, "FontColor(color): the text in a <FONT COLOR> tag"),
+    GivingRow(4, "FontSize", kMember<&CIString::FontSize>, "FontSize(size): the text in a <FONT SIZE> tag"),
+    GivingRow(5, "Italics", kMember<&CIString::Italics>, "Italics(): the text in <I> tags"),
+    GivingRow(6, "Small", kMember<&CIString::Small>, "Small(): the text in <SMALL> tags"),
+    GivingRow(7, "Strike", kMember<&CIString::Strike>, "Strike(): the text in <STRIKE> tags"),
+    GivingRow(8, "Sub", kMember<&CIString::Sub>, "Sub(): the text in <SUB> tags"),
+    GivingRow(9, "Sup", kMember<&CIString::Sup>, "Sup(): the text in <SUP> tags"),
+    GivingRow(10, "ToLowerCase", kMember<&CIString::ToLowerCase>, "ToLowerCase(): a copy in lower case"),
+    GivingRow(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case"),
+    GivingRow(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside"),
+    GivingRow(13, "IndexOf", kMember<&CIString::IndexOf>,
+              "IndexOf(text, start): first place of text from start on, or -1"),
+    GivingRow(14, "LastIndexOf", kMember<&CIString::LastIndexOf>,
+              "LastIndexOf(text): last of the hits that don't overlap, or -1"),
+    GivingRow(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end"),
+    GivingRow(16, "Length", kMember<&CIString::Length>, "Length(): number of characters"),
+    GivingRow(17, "GetFloat", kMember<&CIString::GetFloat>,
+              "GetFloat(): the number in the text; 0x and 0b are read too"),
+    GivingRow(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction"),
+    GivingRow(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end"),
+    GivingRow(20, "CompareNoCase", kMember<&CIString::CompareNoCase>,
+              "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
+    GivingRow(21, "Replace", kMember<&CIString::Replace>,
+              "Replace(what, with, caseSensitive): every occurrence replaced"),
 };
 
 }  // namespace

@@ -130,12 +130,6 @@ class CISystem : public CIBaseClassImpl {
   void Result(const std::string& text) { interpreter.GetResult().SetString(text); }
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
 constexpr MemberRow Color(uint16_t n, const char* name) {
   return {static_cast<uint16_t>(55 + n),  name, MemberKind::Constant, nullptr, kColorFamily + n, 0,
           "system colour for GetSysColor"};

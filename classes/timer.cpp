@@ -79,19 +79,14 @@ class CITimer : public CIBaseClassImpl, public CAlarm {
   CValue privateData_;
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help,
-                        MemberKind kind = MemberKind::Member) {
-  return {id, name, kind, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "Start", kMember<&CITimer::Start>, "Start(): nothing happens with an interval of 0"),
     Row(2, "Stop", kMember<&CITimer::Stop>, "Stop()"),
     Row(3, "IsStarted", kMember<&CITimer::IsStarted>, "IsStarted(): 1 or 0"),
     Row(4, "SetInterval", kMember<&CITimer::SetInterval>, "SetInterval(ms): for the next Start"),
     Row(5, "GetInterval", kMember<&CITimer::GetInterval>, "GetInterval(): in ms"),
-    Row(6, "OnTimeElapsed", kMember<&CITimer::OnTimeElapsed>, "OnTimeElapsed = f: f(timer) after each interval",
-        MemberKind::Event),
+    {6, "OnTimeElapsed", MemberKind::Event, kMember<&CITimer::OnTimeElapsed>, 0, 0,
+     "OnTimeElapsed = f: f(timer) after each interval"},
     Row(7, "SetPrivateData", kMember<&CITimer::SetPrivateData>, "SetPrivateData(value): kept with the timer"),
     Row(8, "GetPrivateData", kMember<&CITimer::GetPrivateData>, "GetPrivateData(): what was kept"),
 };

@@ -40,6 +40,14 @@ struct MemberRow {
   NumberFunction onNumbers = nullptr;
 };
 
+// The rows that most tables are made of.
+constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
+  return {id, name, MemberKind::Member, function, 0, 0, help};
+}
+constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
+  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
+}
+
 // The value of a constant.
 void SetConstant(CValue& slot, const MemberRow& row);
 

@@ -3,6 +3,7 @@
 // What is lent is valid until the script's next statement.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -27,7 +28,11 @@ class CByteSource {
   // Bytes that come anew are 0. False, and unchanged, when the memory is spent.
   virtual bool ResizeBytes(int64_t size) = 0;
   // Takes over a copy. False when the memory is spent.
-  virtual bool SetBytes(std::span<const uint8_t> bytes) = 0;
+  bool SetBytes(std::span<const uint8_t> bytes) {
+    if (!ResizeBytes(static_cast<int64_t>(bytes.size()))) return false;
+    std::copy(bytes.begin(), bytes.end(), WritableBytes().begin());
+    return true;
+  }
 };
 
 }  // namespace vl

@@ -138,15 +138,9 @@ int32_t CIAnimation::WindowProcedure(WindowHandle window, uint32_t message, uint
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
 template <void (CFramePlayer::*Method)()>
 constexpr MemberRow Played(uint16_t id, const char* name, const char* help) {
   return Row(id, name, &PlayerMember<CIAnimation, Method>, help);
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 
 constexpr auto kMembers = std::to_array<MemberRow>({

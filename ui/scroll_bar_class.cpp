@@ -215,13 +215,6 @@ void CIScrollBar::SetPageSize() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
-
 constexpr auto kMembers = std::to_array<MemberRow>({
     Row(38, "GetPos", kMember<&CIScrollBar::GetPos>, "GetPos(): the position"),
     Row(39, "SetRange", kMember<&CIScrollBar::SetRange>, "SetRange(minimum, maximum): a missing one stays"),

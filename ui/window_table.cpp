@@ -14,14 +14,11 @@ constexpr uint8_t kGlobal = 0x60;  // the bare name means that member of the cur
 constexpr MemberRow Drawn(uint16_t id, const char* name) {
   return {id, name, MemberKind::Member, kMember<&CIWindow::ForwardToSurface>, 0, kGlobal, "as in Surface"};
 }
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
+constexpr MemberRow WindowRow(uint16_t id, const char* name, MemberFunction function, const char* help) {
   return {id, name, MemberKind::Member, function, 0, kGlobal, help};
 }
 constexpr MemberRow OnEvent(uint16_t id, const char* name, const char* help) {
   return {id, name, MemberKind::Event, kMember<&CIWindow::SetEvent>, 0, kGlobal, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 
 constexpr auto kDrawn = std::to_array<MemberRow>({
@@ -93,10 +90,10 @@ constexpr auto kDrawn = std::to_array<MemberRow>({
 });
 
 constexpr auto kOwnMembers = std::to_array<MemberRow>({
-    Row(103, "GetSurface", kMember<&CIWindow::GetSurface>, "GetSurface(): the surface behind the window"),
-    Row(104, "SetCursor", kMember<&CIWindow::SetCursor>,
-        "SetCursor(number) or SetCursor(picture, mask colour, x, y): the pointer over it"),
-    Row(105, "Input", kMember<&CIWindow::Input>, "Input(prompt): a line that the person types"),
+    WindowRow(103, "GetSurface", kMember<&CIWindow::GetSurface>, "GetSurface(): the surface behind the window"),
+    WindowRow(104, "SetCursor", kMember<&CIWindow::SetCursor>,
+              "SetCursor(number) or SetCursor(picture, mask colour, x, y): the pointer over it"),
+    WindowRow(105, "Input", kMember<&CIWindow::Input>, "Input(prompt): a line that the person types"),
     OnEvent(106, "OnDblClick", "OnDblClick = f: f(window, x, y, button)"),
     OnEvent(107, "OnSetFocus", "OnSetFocus = f: f(window)"),
     OnEvent(108, "OnKillFocus", "OnKillFocus = f: f(window)"),
@@ -106,42 +103,45 @@ constexpr auto kOwnMembers = std::to_array<MemberRow>({
     OnEvent(112, "OnDisplayChange", "OnDisplayChange = f: f(window, depth, width, height)"),
     OnEvent(113, "OnMinimize", "OnMinimize = f: f(window)"),
     OnEvent(114, "OnMaximize", "OnMaximize = f: f(window)"),
-    Row(115, "DoModal", kMember<&CIWindow::DoModal>, "DoModal(): keeps other windows quiet; needs FAKECHILD"),
-    Row(116, "EndModal", kMember<&CIWindow::EndModal>, "EndModal(): the contrary"),
-    Row(117, "SetIcon", kMember<&CIWindow::SetIcon>, "SetIcon(surface, size): its icon"),
-    Row(118, "EnableCloseBox", kMember<&CIWindow::EnableCloseBox>, "EnableCloseBox(flag): the box in the caption"),
-    Row(119, "SetAutoClose", kMember<&CIWindow::SetAutoClose>, "SetAutoClose(flag): 0 leaves the close to OnClose"),
-    Row(120, "Center", kMember<&CIWindow::Center>, "Center(window): onto that window, its parent or the screen"),
-    Row(121, "Maximize", kMember<&CIWindow::Maximize>, "Maximize()"),
-    Row(122, "IsMaximized", kMember<&CIWindow::IsMaximized>, "IsMaximized(): 1 or 0"),
-    Row(123, "Minimize", kMember<&CIWindow::Minimize>, "Minimize()"),
-    Row(124, "IsMinimized", kMember<&CIWindow::IsMinimized>, "IsMinimized(): 1 or 0"),
-    Row(125, "Restore", kMember<&CIWindow::Restore>, "Restore()"),
-    Row(126, "SetMinSize", kMember<&CIWindow::SetMinSize>, "SetMinSize(w, h): smallest outer size"),
-    Row(127, "SetMaxSize", kMember<&CIWindow::SetMaxSize>, "SetMaxSize(w, h): largest outer size"),
-    Row(128, "EnableDropFile", kMember<&CIWindow::EnableDropFile>, "EnableDropFile(flag): files may be dropped on it"),
+    WindowRow(115, "DoModal", kMember<&CIWindow::DoModal>, "DoModal(): keeps other windows quiet; needs FAKECHILD"),
+    WindowRow(116, "EndModal", kMember<&CIWindow::EndModal>, "EndModal(): the contrary"),
+    WindowRow(117, "SetIcon", kMember<&CIWindow::SetIcon>, "SetIcon(surface, size): its icon"),
+    WindowRow(118, "EnableCloseBox", kMember<&CIWindow::EnableCloseBox>,
+              "EnableCloseBox(flag): the box in the caption"),
+    WindowRow(119, "SetAutoClose", kMember<&CIWindow::SetAutoClose>,
+              "SetAutoClose(flag): 0 leaves the close to OnClose"),
+    WindowRow(120, "Center", kMember<&CIWindow::Center>, "Center(window): onto that window, its parent or the screen"),
+    WindowRow(121, "Maximize", kMember<&CIWindow::Maximize>, "Maximize()"),
+    WindowRow(122, "IsMaximized", kMember<&CIWindow::IsMaximized>, "IsMaximized(): 1 or 0"),
+    WindowRow(123, "Minimize", kMember<&CIWindow::Minimize>, "Minimize()"),
+    WindowRow(124, "IsMinimized", kMember<&CIWindow::IsMinimized>, "IsMinimized(): 1 or 0"),
+    WindowRow(125, "Restore", kMember<&CIWindow::Restore>, "Restore()"),
+    WindowRow(126, "SetMinSize", kMember<&CIWindow::SetMinSize>, "SetMinSize(w, h): smallest outer size"),
+    WindowRow(127, "SetMaxSize", kMember<&CIWindow::SetMaxSize>, "SetMaxSize(w, h): largest outer size"),
+    WindowRow(128, "EnableDropFile", kMember<&CIWindow::EnableDropFile>,
+              "EnableDropFile(flag): files may be dropped on it"),
     OnEvent(129, "OnDropFile", "OnDropFile = f: f(window, name, x, y)"),
-    Row(130, "SetFullScreenMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
-    Row(131, "SetWindowedMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
+    WindowRow(130, "SetFullScreenMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
+    WindowRow(131, "SetWindowedMode", kMember<&CIWindow::NotOffered>, "refused: error 20"),
     OnEvent(132, "OnMouseDown", "OnMouseDown = f: f(window, x, y, button)"),
     OnEvent(133, "OnMouseUp", "OnMouseUp = f: f(window, x, y, button)"),
     OnEvent(134, "OnMouseMove", "OnMouseMove = f: f(window, x, y)"),
-    Row(135, "GetHorizontalScrollBar", kMember<&CIWindow::GetHorizontalScrollBar>,
-        "GetHorizontalScrollBar(): of a window made with HSCROLL"),
-    Row(136, "GetVerticalScrollBar", kMember<&CIWindow::GetVerticalScrollBar>,
-        "GetVerticalScrollBar(): of a window made with VSCROLL"),
-    Row(137, "BeginMouseCapture", kMember<&CIWindow::BeginMouseCapture>,
-        "BeginMouseCapture(): the mouse is this window's"),
-    Row(138, "EndMouseCapture", kMember<&CIWindow::EndMouseCapture>, "EndMouseCapture()"),
-    Row(139, "HasMouseCapture", kMember<&CIWindow::HasMouseCapture>, "HasMouseCapture(): 1 or 0"),
-    Row(140, "Flash", kMember<&CIWindow::Flash>, "Flash(flag): draws attention"),
-    Row(141, "GetLeftBorderSize", kMember<&CIWindow::GetLeftBorderSize>, "GetLeftBorderSize(): pixels"),
-    Row(142, "GetRightBorderSize", kMember<&CIWindow::GetRightBorderSize>, "GetRightBorderSize(): pixels"),
-    Row(143, "GetTopBorderSize", kMember<&CIWindow::GetTopBorderSize>, "GetTopBorderSize(): pixels"),
-    Row(144, "GetBottomBorderSize", kMember<&CIWindow::GetBottomBorderSize>, "GetBottomBorderSize(): pixels"),
+    WindowRow(135, "GetHorizontalScrollBar", kMember<&CIWindow::GetHorizontalScrollBar>,
+              "GetHorizontalScrollBar(): of a window made with HSCROLL"),
+    WindowRow(136, "GetVerticalScrollBar", kMember<&CIWindow::GetVerticalScrollBar>,
+              "GetVerticalScrollBar(): of a window made with VSCROLL"),
+    WindowRow(137, "BeginMouseCapture", kMember<&CIWindow::BeginMouseCapture>,
+              "BeginMouseCapture(): the mouse is this window's"),
+    WindowRow(138, "EndMouseCapture", kMember<&CIWindow::EndMouseCapture>, "EndMouseCapture()"),
+    WindowRow(139, "HasMouseCapture", kMember<&CIWindow::HasMouseCapture>, "HasMouseCapture(): 1 or 0"),
+    WindowRow(140, "Flash", kMember<&CIWindow::Flash>, "Flash(flag): draws attention"),
+    WindowRow(141, "GetLeftBorderSize", kMember<&CIWindow::GetLeftBorderSize>, "GetLeftBorderSize(): pixels"),
+    WindowRow(142, "GetRightBorderSize", kMember<&CIWindow::GetRightBorderSize>, "GetRightBorderSize(): pixels"),
+    WindowRow(143, "GetTopBorderSize", kMember<&CIWindow::GetTopBorderSize>, "GetTopBorderSize(): pixels"),
+    WindowRow(144, "GetBottomBorderSize", kMember<&CIWindow::GetBottomBorderSize>, "GetBottomBorderSize(): pixels"),
     OnEvent(145, "OnMouseWheel", "OnMouseWheel = f: f(window, delta)"),
-    Row(146, "SetShape", kMember<&CIWindow::SetShape>,
-        "SetShape(surface): cuts the window to the pixels that aren't 0"),
+    WindowRow(146, "SetShape", kMember<&CIWindow::SetShape>,
+              "SetShape(surface): cuts the window to the pixels that aren't 0"),
 });
 
 constexpr auto kOwnConstants = std::to_array<MemberRow>({

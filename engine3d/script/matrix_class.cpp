@@ -177,10 +177,6 @@ void CIMatrix::AddAngle() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "Reset", kMember<&CIMatrix::Reset>, "Reset(): all elements 0"),
     Row(2, "SetIdentity", kMember<&CIMatrix::SetIdentity>, "SetIdentity(): neither turns nor moves"),

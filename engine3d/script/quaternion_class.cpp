@@ -116,10 +116,6 @@ void CIQuaternion::MakeInvertedMatrix() { ResultMatrix(InvertedMatrixFromQuatern
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "SetW", kMember<&CIQuaternion::SetW>, "SetW(n): a number"),
     Row(2, "SetX", kMember<&CIQuaternion::SetX>, "SetX(n): a number"),

@@ -183,10 +183,6 @@ void CIVector::MulNormalMatrix() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 // v in the help: a Vector, an array of three numbers, or up to three numbers.
 constexpr MemberRow kRows[] = {
     Row(1, "Set", kMember<&CIVector::Set>, "Set(v): a Vector, an array of three numbers, or up to three numbers"),

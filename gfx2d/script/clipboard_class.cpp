@@ -99,10 +99,6 @@ class CIClipboard : public CIBaseClassImpl {
   }
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "HasText", kMember<&CIClipboard::HasText>, "HasText(): 1 or 0"),
     Row(2, "HasImage", kMember<&CIClipboard::HasImage>, "HasImage(): 1 or 0"),

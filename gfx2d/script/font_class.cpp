@@ -112,9 +112,6 @@ void CIFontContainer::SetFontObject(CIFont* newFont) {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
 constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value) {
   return {id, name, MemberKind::Constant, nullptr, value, 0, "for New Font"};
 }

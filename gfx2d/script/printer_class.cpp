@@ -233,10 +233,6 @@ class CIPrinter : public CIBaseClassImpl, public CIFontContainer {
   CValue keptSurface_{&interpreter};  // holds the surface while the document is open
 };
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "GetPrinterSurface", kMember<&CIPrinter::GetPrinterSurface>, "GetPrinterSurface(): of a page, or 0"),
     Row(2, "NewPage", kMember<&CIPrinter::NewPage>, "NewPage(): begins a page of the document"),

@@ -5,15 +5,9 @@ namespace vl {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
 template <void (CFramePlayer::*Method)()>
 constexpr MemberRow Played(uint16_t id, const char* name, const char* help) {
   return Row(id, name, &PlayerMember<CISprite, Method>, help);
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
 }
 
 constexpr MemberRow kRows[] = {

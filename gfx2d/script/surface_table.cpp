@@ -7,10 +7,6 @@ namespace vl {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-
 constexpr auto kMemberRows = std::to_array<MemberRow>({
     Row(1, "Write", kMember<&CISurface::Write>, "Write(...): its arguments as one text at the pen"),
     Row(2, "WriteLn", kMember<&CISurface::WriteLn>, "WriteLn(...): a line for each argument"),

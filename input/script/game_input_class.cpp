@@ -266,13 +266,6 @@ void CIGameInput::GetFFDevice() {
 
 namespace {
 
-constexpr MemberRow Row(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help};
-}
-constexpr MemberRow Constant(uint16_t id, const char* name, uint32_t value, const char* help) {
-  return {id, name, MemberKind::Constant, nullptr, value, 0, help};
-}
-
 constexpr MemberRow kRows[] = {
     Row(1, "Start", kMember<&CIGameInput::Start>,
         "Start(setting): by name or index, without one the application's; 1 when it runs, 0 also while another does"),
