@@ -259,6 +259,8 @@ void CCodeCompiler::EmitExits() {
           Emit(handlers::StopExpression, 1);
           break;
         }
+        // A value that can't be kept fails where it ended.
+        if (exit.kept) Emit(handlers::KeepSwitch, 1).offsetA = exit.kept;
         JumpToLabel(Here(), exit.label);
         Emit(handlers::Jump, 0);
         break;

@@ -76,6 +76,7 @@ class CCodeCompiler {
     Handler test = nullptr;  // of a condition
     uint32_t testOffset = 0;
     uint32_t afterTest = 0;  // of If: where an early end fails once the condition holds, or 0
+    int64_t kept = 0;        // of Switch: the local that keeps its value, or 0
   };
 
   uint16_t Kind() const { return TokenKindOf(i_.At(at_)); }

@@ -369,10 +369,14 @@ void CCodeCompiler::DoSwitch() {
   const BlockRecord& block = i_.blocks[TokenWord2(i_.At(token))];
   OpenScope(block);
   Step1();
+  const size_t valueExits = exits_.size();
   Value value = EvaluateNested(0, Use::Other);
   if (failed_) return;
   FlushOne(value);
   const int64_t kept = Temporary();
+  for (size_t e = valueExits; e < exits_.size(); ++e) {
+    if (exits_[e].use == Use::Other) exits_[e].kept = kept;
+  }
   Emit(handlers::KeepSwitch, 1).offsetA = kept;
   for (uint32_t label = TokenWord(i_.At(token)); label;) {
     const uint32_t at = label;
