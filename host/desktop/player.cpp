@@ -136,7 +136,7 @@ bool Player::FetchApplication() {
     const std::string path = isPlain ? address : PathOfFileUrl(address);
     char* const whole = path.empty() ? nullptr : realpath(path.c_str(), nullptr);
     if (!whole) {
-      errorDetail = control.url + ": no such file";
+      errorDetail = "no such file";
       return false;
     }
     const std::string full = whole;
@@ -164,11 +164,11 @@ bool Player::Fetch(const std::string& address, std::string& bytes) {
     const TransferProgress progress = transfers.read(id, bytes, kFetchBlock);
     if (progress.state == TransferState::Done) return true;
     if (progress.state == TransferState::Failed) {
-      errorDetail = address + ": can't be fetched";
+      errorDetail = "can't be fetched";
       return false;
     }
     if (bytes.size() > kMaxFetchedBytes) {
-      errorDetail = address + ": is too large";
+      errorDetail = "is too large";
       return false;
     }
     const bool hasCome = bytes.size() > before;
