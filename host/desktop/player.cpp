@@ -174,6 +174,10 @@ bool Player::Fetch(const std::string& address, std::string& bytes) {
     const bool hasCome = bytes.size() > before;
     if (sdl_) {
       sdl_->pumpHost(hasCome ? 0 : kFetchWaitMs);
+      if (sdl_->isCloseAsked()) {
+        errorDetail = "was given up";
+        return false;
+      }
     } else if (!hasCome) {
       std::unique_lock lock(mutex_);
       ended_.wait_for(lock, std::chrono::milliseconds(kFetchWaitMs));

@@ -89,6 +89,7 @@ struct SdlPlatform::Parts {
     joysticks.Announce(*queue);
     started = std::chrono::steady_clock::now();
     isStopSent = false;
+    isCloseAsked = false;
     isFinished = false;
     wheelRest = 0;
   }
@@ -131,6 +132,7 @@ struct SdlPlatform::Parts {
   std::atomic<bool> isFinished{false};
   std::chrono::steady_clock::time_point started;
   bool isStopSent = false;
+  bool isCloseAsked = false;
   // SDL goes up before the windows and down after them.
   SdlVideo video;
   std::unique_ptr<WindowMailbox> mailbox;
@@ -292,6 +294,8 @@ bool SdlPlatform::pumpHost(int timeoutMs) {
   return !isLast;
 }
 
+bool SdlPlatform::isCloseAsked() const { return parts_->isCloseAsked; }
+
 void SdlPlatform::finish() {
   parts_->isFinished = true;
   parts_->Wake();
@@ -318,6 +322,7 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
     case SDL_QUIT:
       // The run may be over, with only its error to be seen.
       if (windows.Find(kPanelWindow)) Offer(MakeEvent(EventType::Close, kPanelWindow));
+      isCloseAsked = true;
       queue->Push(MakeEvent(EventType::HostStop, 0));
       break;
     case SDL_KEYDOWN:
@@ -483,6 +488,7 @@ void SdlPlatform::Parts::TranslateWindow(const SDL_WindowEvent& e) {
       break;
     case SDL_WINDOWEVENT_CLOSE:
       event.type = EventType::Close;
+      isCloseAsked = isCloseAsked || window == kHostWindow;
       PushInput(event);
       return;
     case SDL_WINDOWEVENT_FOCUS_GAINED:

@@ -76,6 +76,9 @@ class SdlPlatform {
   // asked for and shows its newest pictures. False once finish() was called and all of that is done.
   bool pumpHost(int timeoutMs);
 
+  // On the host's thread: since the run began a person asked for its end. Its events tell the program as well.
+  bool isCloseAsked() const;
+
   // From any thread: the run has ended, or is to end.
   void finish();
   void requestStop();
