@@ -423,26 +423,52 @@ VL_NOINLINE CVariable* FindPlace(const Instruction* i, const CVarTable& table, u
   return variable;
 }
 
+// The variable of the object when it is a number and the slot may take it.
+VL_ALWAYS_INLINE bool ReadNumber(const Instruction* i, const CVarTable& table, uint32_t nameId, CValue& slot) {
+  CVariable* variable = table.Made(i->n, nameId);
+  if (!variable) [[unlikely]]
+    variable = FindPlace(i, table, nameId);
+  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) return false;
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  return true;
+}
+
 template <OperandKind N>
 const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
   CValue& slot = S[i->k];
   if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
     const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-    const auto nameId = static_cast<uint32_t>(i->b.number);
-    CVariable* variable = object->variables.Made(i->n, nameId);
-    if (!variable) [[unlikely]]
-      variable = FindPlace(i, object->variables, nameId);
-    if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
-      PutNumber(slot, *variable);
-      slot.lvalue = variable;
+    if (ReadNumber(i, object->variables, static_cast<uint32_t>(i->b.number), slot)) [[likely]]
       VL_GO(i + 3);
-    }
   }
   VL_GO(i + 1);
 }
 
 }  // namespace
+
+// `This.variable` in a method: passes over the instruction behind it, which does the same for anything else.
+const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  if (ReadNumber(i, x.i.thisObject->variables, static_cast<uint32_t>(i->b.number), S[i->k])) VL_GO(i + 2);
+  VL_GO(i + 1);
+}
+
+// A name in a method that may be a variable of its object.
+const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const NameInfo& name = *i->a.name;
+  CValue& local = At(L, i->offsetA);
+  CValue& slot = S[i->k];
+  if (local.type == VT_NEW_NAME) {
+    if (x.i.thisObject != &x.i && ReadNumber(i, x.i.thisObject->variables, name.nameId, slot)) VL_GO(i + 1);
+  } else if (local.type <= VT_FLOAT && slot.IsPlain()) {
+    PutNumber(slot, local);
+    slot.lvalue = &local;
+    VL_GO(i + 1);
+  }
+  x.LoadName(slot, name, L);
+  VL_GO(i + 1);
+}
 
 Handler MemberReadOf(OperandKind name) { return name == kLocal ? MemberRead<kLocal> : MemberRead<kName>; }
 

@@ -93,7 +93,7 @@ inline bool IsLateArray(const CValue& left) { return left.type == VT_NEW_ARRAY |
 
 void AssignSlowly(CExecutor& x, const Instruction* i, CValue* S) {
   x.StandAt(S, i->k, i->at);
-  x.Assign(S, i->k);
+  x.Assign(S, i->k, static_cast<uint16_t>(i->offsetA));
 }
 
 }  // namespace
@@ -355,7 +355,7 @@ const Instruction* MakeArray(CExecutor& x, const Instruction* i, CValue* S, CVal
   const uint32_t nameId = TokenNameId(x.i.At(left.data.token));
   CValue* variable = nullptr;
   if (left.type == VT_NEW_ARRAY) {
-    variable = &x.MakeVariable(nameId);
+    variable = &x.MakeVariable(nameId, static_cast<uint16_t>(i->offsetA));
   } else {
     variable = x.i.AddVariable(*static_cast<CIBaseObjectVar*>(left.lvalueObject), nameId, 0);
     left.SetInt(0);
