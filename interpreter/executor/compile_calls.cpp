@@ -69,7 +69,7 @@ bool CCodeCompiler::ScanOperand(uint32_t& at, Value& value) {
 
 // The arguments of the call at the cursor, when each is an operand or a sum, difference, product or mask of two.
 bool CCodeCompiler::ScanPlain(PlainCall& call) {
-  if (x_.traces == kAllTraces || nest_ > 0) return false;
+  if (nest_ > 0) return false;
   uint32_t at = Next(at_);
   while (KindAt(at) != TK_PAREN_CLOSE) {
     PlainArgument argument;

@@ -19,7 +19,20 @@ const Instruction* Parameter(CExecutor& x, const Instruction* i, CValue* S, CVal
   if (b->type > VT_FLOAT || !IsWayFree<T, kLocal, kSlot>(x, i, S)) [[unlikely]]
     VL_GO(i->target.target);
   PutNumber(At(L, i->offsetTarget), *b);
+  if constexpr (T == kAllTraces) {
+    PutNumber(x.bank[i->n], *b);
+    PutNumber(S[i->k], *b);
+  }
   VL_GO(i + 1);
+}
+
+template <Traces T>
+inline void PutTraces(CExecutor& x, const Instruction* i, CValue* S, const CValue& value, const CValue& right) {
+  if constexpr (T == kAllTraces) {
+    PutNumber(S[i->k + 1], right);
+    PutNumber(S[i->k], value);
+    PutNumber(x.bank[i->n], value);
+  }
 }
 
 template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
@@ -34,10 +47,12 @@ const Instruction* ParameterOfTwo(CExecutor& x, const Instruction* i, CValue* S,
     int32_t result;
     OnIntegers<Op>(a->data.integer, b->data.integer, result);
     PutInteger(parameter, result);
+    PutTraces<T>(x, i, S, parameter, *b);
     VL_GO(i + 1);
   }
   if constexpr (IsArithmetic(Op)) {
     PutReal(parameter, Arithmetic<Op>(RealOf(*a), RealOf(*b)));
+    PutTraces<T>(x, i, S, parameter, *b);
     VL_GO(i + 1);
   }
   VL_GO(i->target.target);
@@ -60,6 +75,7 @@ inline CExecutor::Frame& Push(CExecutor& x, const Instruction* i, CValue* S, CVa
   x.S = slot;
   x.L = locals;
   slot->type = VT_INTEGER;
+  if (T == kAllTraces) slot->data.integer = 0;
   slot->lvalue = nullptr;
   if (T != kNoTraces) x.i.argCounts[x.argBase] = static_cast<int32_t>(i->n & 0xFF);
   return frame;
@@ -186,6 +202,8 @@ constexpr Handler kParameterOfTwo[][2][3] = {VL_PARAMETER(T, TK_ADD), VL_PARAMET
 template <Traces T>
 constexpr Handler kPlainCall[3] = {PlainCall<T, CodeKind::Global>, PlainCall<T, CodeKind::Function>,
                                    PlainCall<T, CodeKind::Method>};
+template <Traces T>
+constexpr Handler kPlainMethod[2] = {PlainMethod<T, kLocal>, PlainMethod<T, kName>};
 
 }  // namespace
 
@@ -196,24 +214,33 @@ const Instruction* ResetArguments(CExecutor& x, const Instruction* i, CValue* S,
   VL_GO(i + 1);
 }
 
+// The row of a table with one for each kind of traces.
+template <typename T>
+const T& OfTraces(Traces traces, const T& none, const T& objects, const T& all) {
+  return traces == kNoTraces ? none : traces == kObjectTraces ? objects : all;
+}
+
 Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
-  const bool isFree = traces == kNoTraces;
-  if (op == 0) return (isFree ? kParameter<kNoTraces> : kParameter<kObjectTraces>)[b];
+  if (op == 0) {
+    return OfTraces(traces, kParameter<kNoTraces>, kParameter<kObjectTraces>, kParameter<kAllTraces>)[b];
+  }
   const int row = op == TK_ADD ? 0 : op == TK_SUB ? 1 : op == TK_MUL ? 2 : 3;
-  return (isFree ? kParameterOfTwo<kNoTraces> : kParameterOfTwo<kObjectTraces>)[row][a][b];
+  return OfTraces(traces, kParameterOfTwo<kNoTraces>, kParameterOfTwo<kObjectTraces>,
+                  kParameterOfTwo<kAllTraces>)[row][a][b];
 }
 
 Handler PlainCallOf(Traces traces, CodeKind code) {
-  return (traces == kNoTraces ? kPlainCall<kNoTraces> : kPlainCall<kObjectTraces>)[static_cast<size_t>(code)];
+  return OfTraces(traces, kPlainCall<kNoTraces>, kPlainCall<kObjectTraces>,
+                  kPlainCall<kAllTraces>)[static_cast<size_t>(code)];
 }
 
 Handler PlainMethodOf(Traces traces, OperandKind name) {
-  if (traces == kNoTraces) return name == kLocal ? PlainMethod<kNoTraces, kLocal> : PlainMethod<kNoTraces, kName>;
-  return name == kLocal ? PlainMethod<kObjectTraces, kLocal> : PlainMethod<kObjectTraces, kName>;
+  return OfTraces(traces, kPlainMethod<kNoTraces>, kPlainMethod<kObjectTraces>, kPlainMethod<kAllTraces>)[name];
 }
 
 Handler PlainOwnMethodOf(Traces traces) {
-  return traces == kNoTraces ? PlainOwnMethod<kNoTraces> : PlainOwnMethod<kObjectTraces>;
+  return OfTraces<Handler>(traces, PlainOwnMethod<kNoTraces>, PlainOwnMethod<kObjectTraces>,
+                           PlainOwnMethod<kAllTraces>);
 }
 
 }  // namespace vl::handlers
