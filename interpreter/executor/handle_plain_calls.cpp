@@ -36,26 +36,32 @@ inline void PutTraces(CExecutor& x, const Instruction* i, CValue* S, const CValu
 }
 
 template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
+VL_NOINLINE const Instruction* ParameterOfReals(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue* a = Read<A>(i->a, i->offsetA, nullptr, L);
+  const CValue* b = Read<B>(i->b, i->offsetB, nullptr, L);
+  if constexpr (IsArithmetic(Op)) {
+    if ((a->type | b->type) == VT_FLOAT && IsWayFree<T, A, B>(x, i, S)) {
+      CValue& parameter = At(L, i->offsetTarget);
+      PutReal(parameter, Arithmetic<Op>(RealOf(*a), RealOf(*b)));
+      PutTraces<T>(x, i, S, parameter, *b);
+      VL_GO(i + 1);
+    }
+  }
+  VL_GO(i->target.target);
+}
+
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* ParameterOfTwo(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* a = Read<A>(i->a, i->offsetA, nullptr, L);
   const CValue* b = Read<B>(i->b, i->offsetB, nullptr, L);
+  if ((a->type | b->type) != VT_INTEGER || !IsWayFree<T, A, B>(x, i, S)) [[unlikely]]
+    return ParameterOfReals<T, Op, A, B>(x, i, S, L);
   CValue& parameter = At(L, i->offsetTarget);
-  const int types = a->type | b->type;
-  if (types > VT_FLOAT || !IsWayFree<T, A, B>(x, i, S)) [[unlikely]]
-    VL_GO(i->target.target);
-  if (types == VT_INTEGER) [[likely]] {
-    int32_t result;
-    OnIntegers<Op>(a->data.integer, b->data.integer, result);
-    PutInteger(parameter, result);
-    PutTraces<T>(x, i, S, parameter, *b);
-    VL_GO(i + 1);
-  }
-  if constexpr (IsArithmetic(Op)) {
-    PutReal(parameter, Arithmetic<Op>(RealOf(*a), RealOf(*b)));
-    PutTraces<T>(x, i, S, parameter, *b);
-    VL_GO(i + 1);
-  }
-  VL_GO(i->target.target);
+  int32_t result;
+  OnIntegers<Op>(a->data.integer, b->data.integer, result);
+  PutInteger(parameter, result);
+  PutTraces<T>(x, i, S, parameter, *b);
+  VL_GO(i + 1);
 }
 
 // What is called, with what it was the last time: `b` the function, `offsetB` its code.
