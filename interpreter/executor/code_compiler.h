@@ -176,6 +176,7 @@ class CCodeCompiler {
   uint32_t ReadSubscripts(uint16_t base);
   void Unary(uint16_t k, Evaluation& e);
   void Parenthesis(uint16_t k, Evaluation& e);
+  bool MovesDown(Value& inner, uint16_t k, const Evaluation& e);
   void NewObject(uint16_t k);
   void FixedMember(uint16_t k, Evaluation& e);
   void ClassConstant(uint16_t k);

@@ -448,6 +448,23 @@ void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   Emit(handlers::Unary, k, op);
 }
 
+// Where nobody looks at slots, the value of a parenthesis may be had where it is needed: an operand stays one, and an
+// operator on operands leaves its result there.
+bool CCodeCompiler::MovesDown(Value& inner, uint16_t k, const Evaluation& e) {
+  if (x_.traces != kNoTraces || inner.isDefault || NeedsTarget(e)) return false;
+  if (inner.kind != kSlot) {
+    inner.k = k;
+    Push(inner);
+    return true;
+  }
+  if (lastBinary_ + 1 != Here()) return false;
+  Instruction& i = code_.instructions.back();
+  if (i.k != k + 1 || (i.n >> 8 & 3) == kSlot || (i.n >> 10 & 3) == kSlot) return false;
+  i.k = k;
+  PushSlot(k);
+  return true;
+}
+
 void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   Step1();
   Value inner = EvaluateNested(k, Use::Nested, true);
@@ -458,6 +475,7 @@ void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   }
   Step1();
   if (!IsMemberToken(Kind())) {
+    if (MovesDown(inner, k, e)) return;
     FlushOne(inner);
     Emit(handlers::SwapDown, k);
     PushSlot(k);

@@ -416,33 +416,41 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 
 namespace {
 
-// Looks the variable up and notes its place for the next time.
-VL_NOINLINE CVariable* FindPlace(const Instruction* i, const CVarTable& table, uint32_t nameId) {
+// Looks the variable up, notes its place for the next time, and reads a number. What is read otherwise is for the
+// instructions behind.
+VL_NOINLINE const Instruction* FindMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                          const CVarTable& table, uint32_t nameId, const Instruction* then) {
   CVariable* variable = table.Find(nameId);
   if (variable) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(variable));
-  return variable;
-}
-
-// The variable of the object when it is a number and the slot may take it.
-VL_ALWAYS_INLINE bool ReadNumber(const Instruction* i, const CVarTable& table, uint32_t nameId, CValue& slot) {
-  CVariable* variable = table.Made(i->n, nameId);
-  if (!variable) [[unlikely]]
-    variable = FindPlace(i, table, nameId);
-  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) return false;
+  CValue& slot = S[i->k];
+  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) VL_GO(i + 1);
   PutNumber(slot, *variable);
   slot.lvalue = variable;
-  return true;
+  VL_GO(then);
+}
+
+VL_ALWAYS_INLINE const Instruction* ReadMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                               const CVarTable& table, uint32_t nameId, const Instruction* then) {
+  CValue& slot = S[i->k];
+  CVariable* variable = table.Made(i->n, nameId);
+  if (!variable || (variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return FindMember(x, i, S, L, table, nameId, then);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(then);
 }
 
 template <OperandKind N>
 const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
-  CValue& slot = S[i->k];
-  if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
-    const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-    if (ReadNumber(i, object->variables, static_cast<uint32_t>(i->b.number), slot)) [[likely]]
-      VL_GO(i + 3);
-  }
+  if (source->type != VT_OBJECT || !source->data.object || source->data.object->classInfo) [[unlikely]]
+    VL_GO(i + 1);
+  const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
+  return ReadMember(x, i, S, L, object->variables, static_cast<uint32_t>(i->b.number), i + 3);
+}
+
+VL_NOINLINE const Instruction* LoadOwnSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[i->k], *i->a.name, L);
   VL_GO(i + 1);
 }
 
@@ -450,23 +458,27 @@ const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CVa
 
 // `This.variable` in a method: passes over the instruction behind it, which does the same for anything else.
 const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  if (ReadNumber(i, x.i.thisObject->variables, static_cast<uint32_t>(i->b.number), S[i->k])) VL_GO(i + 2);
-  VL_GO(i + 1);
+  return ReadMember(x, i, S, L, x.i.thisObject->variables, static_cast<uint32_t>(i->b.number), i + 2);
 }
 
 // A name in a method that may be a variable of its object.
 const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  const NameInfo& name = *i->a.name;
-  CValue& local = At(L, i->offsetA);
+  CValue* variable = &At(L, i->offsetA);
   CValue& slot = S[i->k];
-  if (local.type == VT_NEW_NAME) {
-    if (x.i.thisObject != &x.i && ReadNumber(i, x.i.thisObject->variables, name.nameId, slot)) VL_GO(i + 1);
-  } else if (local.type <= VT_FLOAT && slot.IsPlain()) {
-    PutNumber(slot, local);
-    slot.lvalue = &local;
-    VL_GO(i + 1);
+  if (variable->type == VT_NEW_NAME) {
+    const NameInfo& name = *i->a.name;
+    const CVarTable& table = x.i.thisObject->variables;
+    variable = table.Made(i->n, name.nameId);
+    if (!variable) [[unlikely]] {
+      CVariable* found = table.Find(name.nameId);
+      if (found) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(found));
+      return LoadOwnSlow(x, i, S, L);
+    }
   }
-  x.LoadName(slot, name, L);
+  if ((variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return LoadOwnSlow(x, i, S, L);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
   VL_GO(i + 1);
 }
 
