@@ -1,5 +1,7 @@
 #include "interpreter/keyword_table.h"
 
+#include <iterator>
+
 #include "interpreter/name_pool.h"
 #include "interpreter/token.h"
 
@@ -91,6 +93,42 @@ const KeywordRow* CKeywordTable::Find(std::string_view name) const {
 
 void AddLanguageKeywords(CKeywordTable& table) {
   for (const KeywordRow& row : kLanguage) table.Add(row);
+}
+
+namespace {
+
+// The rows of operators that begin with a character, in the table's order.
+struct OperatorRange {
+  uint8_t first = 0;
+  uint8_t behind = 0;
+};
+
+constexpr std::array<OperatorRange, 128> MakeOperatorRanges() {
+  std::array<OperatorRange, 128> ranges{};
+  constexpr auto kRows = static_cast<uint8_t>(std::size(kLanguage));
+  for (uint8_t r = 0; r < kRows; ++r) {
+    OperatorRange& range = ranges[static_cast<size_t>(kLanguage[r].name[0])];
+    if (range.behind == 0) range.first = r;
+    range.behind = static_cast<uint8_t>(r + 1);
+  }
+  return ranges;
+}
+constexpr std::array<OperatorRange, 128> kOperatorRanges = MakeOperatorRanges();
+
+}  // namespace
+
+const KeywordRow* LongestOperator(std::string_view text) {
+  const auto first = static_cast<uint8_t>(text[0]);
+  if (first >= kOperatorRanges.size()) return nullptr;
+  const KeywordRow* longest = nullptr;
+  size_t length = 0;
+  for (size_t r = kOperatorRanges[first].first; r < kOperatorRanges[first].behind; ++r) {
+    const std::string_view name = kLanguage[r].name;
+    if (name.size() <= length || !text.starts_with(name)) continue;
+    longest = &kLanguage[r];
+    length = name.size();
+  }
+  return longest;
 }
 
 const char* TokenSourceForm(uint32_t kind) {

@@ -275,10 +275,11 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     PushSlot(k);
     return;
   }
-  if (op < TK_CONDITIONAL || NeedsTarget(e)) Flush();
+  const bool isBinary = op > TK_CONDITIONAL && op != TK_NOT && op != TK_COMPLEMENT;
+  if (!isBinary || NeedsTarget(e)) Flush();
   Value& left = values_[values_.size() - 2];
   Value& right = values_.back();
-  if (op < TK_CONDITIONAL) {
+  if (!isBinary) {
     Emit(handlers::ReduceAny, k, op);
   } else {
     if (left.kind == kConstant || left.isDefault) FlushOne(left);

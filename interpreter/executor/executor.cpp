@@ -4,6 +4,7 @@
 
 #include "host/appfile/app_file.h"
 #include "interpreter/executor/code_compiler.h"
+#include "interpreter/executor/code_scan.h"
 #include "interpreter/executor/handlers.h"
 
 namespace vl {
@@ -92,27 +93,34 @@ CExecutor::~CExecutor() {
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
 
-// Few programs need all traces; what a program needs is known once it is compiled.
+// Functions are prepared at their first calls, but for those that may hold what only the walker knows.
 bool CExecutor::Prepare() {
-  traces = i.newSeen ? kObjectTraces : kNoTraces;
-  if (!CompileAll()) return false;
-  const Traces needed = suspects ? kAllTraces : collects ? kObjectTraces : traces;
-  if (needed == traces) return true;
-  traces = needed;
-  codes_.clear();
-  return CompileAll();
+  CCodeScan scan(i);
+  scan.Run();
+  const auto needed = [&] { return suspects ? kAllTraces : collects || i.newSeen ? kObjectTraces : kNoTraces; };
+  suspects = scan.suspects;
+  collects = scan.collects;
+  do {
+    traces = needed();
+    codes_.clear();
+    codeOf_.assign(i.blocks.size(), {});
+    for (const BlockRecord& block : i.blocks) {
+      if (block.kind != kBlockFunction || !scan.rare[static_cast<size_t>(&block - i.blocks.data())]) continue;
+      if (!CodeOf(block, CodeKind::Function)) return false;
+    }
+    auto top = std::make_unique<Code>();
+    if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
+    code = top.get();
+    codes_.push_back(std::move(top));
+  } while (needed() != traces);
+  return true;
 }
 
-bool CExecutor::CompileAll() {
-  codeOf_.assign(i.blocks.size(), {});
+bool CExecutor::PrepareAll() {
   for (const BlockRecord& block : i.blocks) {
     if (block.kind == kBlockFunction && !CodeOf(block, CodeKind::Function)) return false;
   }
-  auto top = std::make_unique<Code>();
-  if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
-  code = top.get();
-  codes_.push_back(std::move(top));
-  return true;
+  return traces == kAllTraces || (!suspects && (traces == kObjectTraces || (!collects && !i.newSeen)));
 }
 
 Code* CExecutor::MakeCode(const BlockRecord& block, CodeKind kind) {

@@ -19,6 +19,8 @@ class CExecutor {
 
   // False when the program holds something that only the walker knows; nothing has run then.
   bool Prepare();
+  // Prepares every function now. False when one can't be, or needs traces that aren't kept: then Prepare was wrong.
+  bool PrepareAll();
   // Runs the program from its start. Throws as the walker does.
   void RunProgram();
   // Runs an event function: its arguments are in the bank.
@@ -164,7 +166,6 @@ class CExecutor {
   CValue* FreeLocals() const { return L + code->locals; }
   class Run;
   void RunFrom(const Instruction* start);
-  bool CompileAll();
   void Unwind(Frame* frame, size_t pendingCount);
   void DropPending();
   void ReleaseLocals();
