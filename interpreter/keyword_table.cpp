@@ -97,36 +97,40 @@ void AddLanguageKeywords(CKeywordTable& table) {
 
 namespace {
 
-// The rows of operators that begin with a character, in the table's order.
-struct OperatorRange {
-  uint8_t first = 0;
-  uint8_t behind = 0;
+// The rows in the order of their first characters, and where each character's begin.
+struct OperatorRows {
+  std::array<uint8_t, std::size(kLanguage)> rows{};
+  std::array<uint8_t, 129> starts{};
 };
 
-constexpr std::array<OperatorRange, 128> MakeOperatorRanges() {
-  std::array<OperatorRange, 128> ranges{};
-  constexpr auto kRows = static_cast<uint8_t>(std::size(kLanguage));
-  for (uint8_t r = 0; r < kRows; ++r) {
-    OperatorRange& range = ranges[static_cast<size_t>(kLanguage[r].name[0])];
-    if (range.behind == 0) range.first = r;
-    range.behind = static_cast<uint8_t>(r + 1);
+constexpr OperatorRows SortOperators() {
+  OperatorRows sorted;
+  uint8_t count = 0;
+  for (size_t c = 0; c < 128; ++c) {
+    sorted.starts[c] = count;
+    for (size_t r = 0; r < std::size(kLanguage); ++r) {
+      if (static_cast<size_t>(kLanguage[r].name[0]) == c) sorted.rows[count++] = static_cast<uint8_t>(r);
+    }
   }
-  return ranges;
+  sorted.starts[128] = count;
+  return sorted;
 }
-constexpr std::array<OperatorRange, 128> kOperatorRanges = MakeOperatorRanges();
+constexpr OperatorRows kOperators = SortOperators();
 
 }  // namespace
 
 const KeywordRow* LongestOperator(std::string_view text) {
   const auto first = static_cast<uint8_t>(text[0]);
-  if (first >= kOperatorRanges.size()) return nullptr;
+  if (first >= 128) return nullptr;
   const KeywordRow* longest = nullptr;
   size_t length = 0;
-  for (size_t r = kOperatorRanges[first].first; r < kOperatorRanges[first].behind; ++r) {
-    const std::string_view name = kLanguage[r].name;
-    if (name.size() <= length || !text.starts_with(name)) continue;
-    longest = &kLanguage[r];
-    length = name.size();
+  for (size_t r = kOperators.starts[first]; r < kOperators.starts[first + 1u]; ++r) {
+    const KeywordRow& row = kLanguage[kOperators.rows[r]];
+    size_t same = 1;
+    while (row.name[same] && same < text.size() && row.name[same] == text[same]) ++same;
+    if (row.name[same] || same <= length) continue;
+    longest = &row;
+    length = same;
   }
   return longest;
 }

@@ -45,12 +45,14 @@ void CCodeScan::Run() {
     // The head of a function has been passed as a whole.
     kind = KindAt(at_);
   }
+  if (showers_ & families) suspects = true;
 }
 
 void CCodeScan::Look(uint32_t at, uint16_t kind, uint16_t next) {
   switch (kind) {
     case TK_NAME:
       starts_ = false;
+      if (next == TK_ASSIGN && functions_.empty()) x_.topNames.insert(TokenNameId(i_.At(at)));
       return;
     case TK_SEMICOLON:
       if (inFor_) {
@@ -66,7 +68,7 @@ void CCodeScan::Look(uint32_t at, uint16_t kind, uint16_t next) {
     case TK_DEFAULT:
       inFor_ = inCase_ = false;
       lists_ = brackets_ = 0;
-      pending_ = false;
+      pending_ = 0;
       StartStatement();
       return;
     case TK_PAREN_CLOSE:
@@ -85,6 +87,7 @@ void CCodeScan::Look(uint32_t at, uint16_t kind, uint16_t next) {
       return;
     case TK_ELEMENT:
       starts_ = false;
+      if (functions_.empty()) x_.topNames.insert(TokenNameId(i_.At(at)));
       if (inCase_) Rare();
       ++brackets_;
       openers_.push_back(Opener::Bracket);
@@ -165,8 +168,8 @@ void CCodeScan::Close(uint16_t next) {
     --lists_;
     if (before_ == TK_COMMA) Rare();
     if (pending_ && openers_.size() == pendingDepth_) {
-      pending_ = false;
-      if (next != TK_SEMICOLON) suspects = true;
+      if (next != TK_SEMICOLON) showers_ |= pending_;
+      pending_ = 0;
     }
   }
   // The statement of an If; those of loops start behind a brace.
@@ -184,12 +187,13 @@ void CCodeScan::Member(uint32_t at, uint16_t kind, uint16_t next) {
                        ((before_ == TK_BRACKET_CLOSE || before_ == TK_PAREN_CLOSE) && closedValue_);
   if (!follows || (inCase_ && !IsClass(before_))) Rare();
   const bool isFirst = leads_ && openers_.empty();
-  if (!IsClass(before_) && kind != TK_MEMBER_ELEMENT && MayShowSlot(TokenNameId(i_.At(at)))) {
+  if (!IsClass(before_) && kind != TK_MEMBER_ELEMENT) {
+    const uint8_t showers = x_.SlotShowers(TokenNameId(i_.At(at)));
     if (kind == TK_MEMBER_CALL && isFirst) {
-      pending_ = true;
+      pending_ = showers;
       pendingDepth_ = openers_.size();
     } else if (!isFirst || (next != TK_SEMICOLON && next != TK_ASSIGN)) {
-      suspects = true;
+      showers_ |= showers;
     }
   }
   if (kind == TK_MEMBER_CALL) {
@@ -204,6 +208,7 @@ void CCodeScan::Member(uint32_t at, uint16_t kind, uint16_t next) {
 void CCodeScan::Class(uint32_t at, uint16_t kind, uint16_t next) {
   if (starts_) isOwn_ = true;
   starts_ = false;
+  families |= CExecutor::FamilyOf(kind);
   if (before_ == TK_NEW) {
     // Its parenthesis isn't in the stream.
     if (++lists_ >= limits::kArgumentLevels || inCase_) Rare();
@@ -224,10 +229,10 @@ void CCodeScan::Class(uint32_t at, uint16_t kind, uint16_t next) {
   if (row->gives) return;
   const bool isFirst = leads_ && openers_.empty();
   if (next == TK_MEMBER_CALL && isFirst) {
-    pending_ = true;
+    pending_ = CExecutor::kAnyFamily;
     pendingDepth_ = 0;
   } else if (!isFirst || KindAt(Next(Next(at))) != TK_SEMICOLON) {
-    suspects = true;
+    showers_ |= CExecutor::kAnyFamily;
   }
 }
 
@@ -245,20 +250,6 @@ void CCodeScan::Operator(uint16_t kind, uint16_t next) {
   } else {
     starts_ = false;
   }
-}
-
-// Whether a member of any class in use by that name may leave its slot as it was.
-bool CCodeScan::MayShowSlot(uint32_t nameId) {
-  const auto [known, isNew] = showsSlot_.try_emplace(nameId, false);
-  if (!isNew) return known->second;
-  const std::string& name = i_.namePool->Name(nameId);
-  for (uint32_t id = 1; id <= kClassCount && !known->second; ++id) {
-    const CIClassInfo* info = i_.ClassInfo(id);
-    const KeywordRow* found = info && info->table ? info->keywords->Find(name) : nullptr;
-    const MemberRow* row = found && found->id < info->rows.size() ? info->rows[found->id] : nullptr;
-    if (row && row->kind != MemberKind::Constant && !row->gives) known->second = true;
-  }
-  return known->second;
 }
 
 }  // namespace vl

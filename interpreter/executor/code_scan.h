@@ -5,25 +5,21 @@
 // It may take too much for rare or for needed, never too little.
 #pragma once
 
-#include <unordered_map>
 #include <vector>
 
-#include "interpreter/interpretor.h"
+#include "interpreter/executor/executor.h"
 
 namespace vl {
 
 class CCodeScan {
  public:
-  explicit CCodeScan(CInterpretor& interpreter) : i_(interpreter), rare(interpreter.blocks.size(), false) {}
+  explicit CCodeScan(CExecutor& executor) : rare(executor.i.blocks.size(), false), x_(executor), i_(executor.i) {}
   void Run();
 
- private:
-  CInterpretor& i_;
-
- public:
-  bool suspects = false;   // a member that may show what a slot held
-  bool collects = false;   // one that collects objects
-  std::vector<bool> rare;  // by block, of functions
+  bool suspects = false;                     // a member that may show what a slot held
+  bool collects = false;                     // one that collects objects
+  uint8_t families = CExecutor::kAnyFamily;  // of which the program may have objects
+  std::vector<bool> rare;                    // by block, of functions
 
  private:
   // What a closing parenthesis or bracket belongs to.
@@ -48,11 +44,13 @@ class CCodeScan {
   void Rare() {
     if (!functions_.empty()) rare[functions_.back().block] = true;
   }
-  bool MayShowSlot(uint32_t nameId);
   uint16_t KindAt(uint32_t offset) const { return TokenKindOf(i_.At(offset)); }
   uint32_t Next(uint32_t offset) const { return offset + TokenSize(i_.At(offset)); }
 
+  CExecutor& x_;
+  CInterpretor& i_;
   uint32_t at_ = 0;
+  uint8_t showers_ = 0;      // the families of which a member would be suspicious
   uint16_t before_ = 0;      // kind of the token before
   bool closedValue_ = true;  // a closing parenthesis before was of a value, not of a call
   bool starts_ = true;       // nothing of the statement has been met
@@ -60,13 +58,12 @@ class CCodeScan {
   bool isOwn_ = false;       // the statement starts with what is no expression statement of the compiler's
   bool inFor_ = false;
   bool inCase_ = false;
-  bool pending_ = false;  // the call that closes next may show a slot if its value is used
+  uint8_t pending_ = 0;  // the call that closes next would be suspicious in these families, if its value is used
   size_t pendingDepth_ = 0;
   uint32_t lists_ = 0;  // argument lists that are open
   uint32_t brackets_ = 0;
   std::vector<Opener> openers_;
   std::vector<OpenFunction> functions_;
-  std::unordered_map<uint32_t, bool> showsSlot_;  // by name
 };
 
 }  // namespace vl

@@ -82,13 +82,7 @@ bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
 
 // A member of any class in use that might leave its slot as it was.
 void CCodeCompiler::NoteMember(uint32_t token) {
-  const std::string& name = i_.NameOf(i_.At(token));
-  for (uint32_t id = 1; id <= kClassCount && !x_.suspects; ++id) {
-    const CIClassInfo* info = i_.ClassInfo(id);
-    const KeywordRow* known = info && info->table ? info->keywords->Find(name) : nullptr;
-    const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
-    if (row && row->kind != MemberKind::Constant && !row->gives) x_.suspects = true;
-  }
+  if (x_.SlotShowers(TokenNameId(i_.At(token))) & x_.families) x_.suspects = true;
 }
 
 void CCodeCompiler::ClassConstant(uint16_t k) {

@@ -95,8 +95,9 @@ CExecutor::~CExecutor() {
 
 // Functions are prepared at their first calls, but for those that may hold what only the walker knows.
 bool CExecutor::Prepare() {
-  CCodeScan scan(i);
+  CCodeScan scan(*this);
   scan.Run();
+  families = scan.families;
   const auto needed = [&] { return suspects ? kAllTraces : collects || i.newSeen ? kObjectTraces : kNoTraces; };
   suspects = scan.suspects;
   collects = scan.collects;
@@ -114,6 +115,25 @@ bool CExecutor::Prepare() {
     codes_.push_back(std::move(top));
   } while (needed() != traces);
   return true;
+}
+
+CExecutor::Family CExecutor::FamilyOf(uint32_t classId) {
+  if (classId >= CLASS_CAMERA && classId <= CLASS_POINT3D) return kSceneFamily;
+  if (classId >= CLASS_VEX && classId <= CLASS_VEXSTATS) return kNetFamily;
+  return kAnyFamily;
+}
+
+uint8_t CExecutor::SlotShowers(uint32_t nameId) {
+  const auto [known, isNew] = slotShowers_.try_emplace(nameId, uint8_t{0});
+  if (!isNew) return known->second;
+  const std::string& name = i.namePool->Name(nameId);
+  for (uint32_t id = 1; id <= kClassCount; ++id) {
+    const CIClassInfo* info = i.ClassInfo(id);
+    const KeywordRow* found = info && info->table ? info->keywords->Find(name) : nullptr;
+    const MemberRow* row = found && found->id < info->rows.size() ? info->rows[found->id] : nullptr;
+    if (row && row->kind != MemberKind::Constant && !row->gives) known->second |= FamilyOf(id);
+  }
+  return known->second;
 }
 
 bool CExecutor::PrepareAll() {

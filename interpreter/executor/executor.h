@@ -5,6 +5,8 @@
 // loop now and then, which is where a host that must not be blocked could take over.
 #pragma once
 
+#include <unordered_set>
+
 #include "interpreter/executor/instruction.h"
 #include "interpreter/interpretor.h"
 
@@ -117,7 +119,19 @@ class CExecutor {
     published_ = true;
   }
   void Adopt();
-  bool IsSliceOver() { return ++rounds_ % kRoundsOfSlice == 0; }
+  bool IsSliceOver() {
+    if (--rounds_ > 0) return false;
+    rounds_ = kRoundsOfSlice;
+    return true;
+  }
+  // Objects of these come from New or from others of their family; those of all other classes may come from anywhere.
+  enum Family : uint8_t { kAnyFamily = 1, kSceneFamily = 2, kNetFamily = 4 };
+  static Family FamilyOf(uint32_t classId);
+  // The families of the classes with a member of that name that may leave its slot as it was.
+  uint8_t SlotShowers(uint32_t nameId);
+  uint8_t families = kAnyFamily;  // of which the program may have objects
+  // Names that the top level assigns to: most likely these are globals wherever they stand.
+  std::unordered_set<uint32_t> topNames;
 
   CInterpretor& i;
   int32_t fuel = 0;  // statements until Housekeep is needed
@@ -176,13 +190,14 @@ class CExecutor {
 
   std::vector<std::array<Code*, 3>> codeOf_;  // by block
   std::vector<std::unique_ptr<Code>> codes_;
+  std::unordered_map<uint32_t, uint8_t> slotShowers_;  // by name
   std::unordered_map<uint32_t, std::unique_ptr<Code>> expressions_;
   std::vector<std::unique_ptr<CValue[], void (*)(CValue*)>> segments_;
   uint32_t segment_ = 0;
   int32_t savedFuel_ = 0;
   bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
   bool published_ = true;  // the interpreter's countdown is the true one
-  uint32_t rounds_ = 0;
+  uint32_t rounds_ = kRoundsOfSlice;
 };
 
 inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
