@@ -88,6 +88,8 @@ Handler PlainMethodOf(Traces traces, OperandKind name);
 Handler PlainOwnMethodOf(Traces traces);
 // `name[b]` for reading or as the left side of an assignment.
 Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b);
+// `target = target outer (a inner b)` on locals; null when there is none for it.
+Handler AccumulateOf(uint16_t outer, uint16_t inner, OperandKind b);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
 // `=` as a statement with the right side as an operand, where a slot's rest need not be kept.
