@@ -405,7 +405,7 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   if (IsMemberToken(next)) {
     FlushOperands(e);
     PlainCall plain;
-    if (next == TK_MEMBER_CALL && (code_.kind != CodeKind::Method || name->sure) && ScanPlain(plain)) {
+    if (next == TK_MEMBER_CALL && nest_ == 0 && (code_.kind != CodeKind::Method || name->sure) && ScanPlain(plain)) {
       Value value;
       value.kind = name->sure ? kLocal : kName;
       value.name = name;

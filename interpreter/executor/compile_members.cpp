@@ -125,7 +125,8 @@ void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
         if (kind == TK_CURWINDOW) Emit(handlers::WindowValue, k, 1);
         Step1();
         PlainCall plain;
-        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && ScanPlain(plain)) {
+        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && nest_ == 0 &&
+            ScanPlain(plain)) {
           EmitPlain(plain, k, handlers::PlainOwnMethodOf(x_.traces));
         }
         Members(k, e, kind == TK_THIS ? MemberFrom::This : MemberFrom::CurWindow);

@@ -84,6 +84,7 @@ CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interp
   lastFrame = top + limits::kMaxCallDepth;
   leaveRest.run = handlers::LeaveRest;
   leaveMethod.run = handlers::LeaveMethod;
+  leaveLevel.run = handlers::LeaveLevel;
 }
 
 CExecutor::~CExecutor() {
@@ -233,9 +234,7 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
   i.thisObject = &self;
   code = callee;
   S = slot;
-  argBase = level;
-  i.argDepth = level;
-  bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  SetLevel(level);
   L = locals;
   uint32_t p = 0;
   for (const int64_t parameter : callee->parameters) {
@@ -264,6 +263,7 @@ const Instruction* CExecutor::Leave() {
   L = frame.L;
   if (frame.back == &leaveRest) return FinishLeave();
   if (frame.back == &leaveMethod) return FinishMethod();
+  if (frame.back == &leaveLevel) return FinishLevel();
   return frame.back;
 }
 
@@ -276,6 +276,12 @@ const Instruction* CExecutor::FinishMethod() {
   return then;
 }
 
+const Instruction* CExecutor::FinishLevel() {
+  DropHidden();
+  SetLevel(top[1].argBase);
+  return top[1].then;
+}
+
 const Instruction* CExecutor::FinishLeave() {
   const Frame frame = top[1];
   DropHidden();
@@ -285,9 +291,7 @@ const Instruction* CExecutor::FinishLeave() {
   }
   i.thisObject = frame.self;
   if (segment_ != frame.segment) SetSegment(frame.segment);
-  argBase = frame.argBase;
-  i.argDepth = argBase;
-  bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
+  SetLevel(frame.argBase);
   if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
   if (!frame.held) [[likely]]
     return frame.then;
@@ -414,7 +418,7 @@ CValue& CExecutor::MakeVariable(uint32_t nameId, uint16_t level) {
     hidden.emplace_back(&i, &local, top).value.Assign(local);
     ++hiddenCount;
     // The end of the call must look for it.
-    if (top->back != &leaveRest && top->back != &leaveMethod) MakeFull(*top);
+    if (IsPlainEnd(top->back)) MakeFull(*top);
   }
   local.SetInt(0);
   local.level = level;

@@ -74,12 +74,29 @@ class CExecutor {
                            CValue* slot, const Instruction* back, uint32_t level, uint32_t count, bool constructs);
   // Ends the current call; its value is in S[0]. Gives what comes next, with S and L set.
   const Instruction* Leave();
-  // What `leaveRest` and `leaveMethod` do: undoes what more than a plain call the one that has just ended has changed.
+  // What `leaveRest`, `leaveMethod` and `leaveLevel` do: undoes what more than a plain call the one that has just ended
+  // has changed.
   const Instruction* FinishLeave();
   const Instruction* FinishMethod();
+  const Instruction* FinishLevel();
   Code* CodeOf(const BlockRecord& block, CodeKind kind) {
     Code* known = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
     return known ? known : MakeCode(block, kind);
+  }
+  // Has `frame`, of a call that starts, end with what another level of arguments takes.
+  void TakeLevel(Frame& frame, const Instruction* back, uint32_t level) {
+    frame.back = &leaveLevel;
+    frame.then = back;
+    frame.argBase = argBase;
+    SetLevel(level);
+  }
+  void SetLevel(uint32_t level) {
+    argBase = level;
+    i.argDepth = level;
+    bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  }
+  bool IsPlainEnd(const Instruction* back) const {
+    return back != &leaveRest && back != &leaveMethod && back != &leaveLevel;
   }
   void CloseScope(const std::vector<int64_t>& offsets, uint16_t level);
 
@@ -150,6 +167,7 @@ class CExecutor {
   Frame* lastFrame = nullptr;
   Instruction leaveRest;
   Instruction leaveMethod;
+  Instruction leaveLevel;  // of a call among the arguments of another one
   std::vector<Pending> pending;
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
@@ -203,12 +221,12 @@ class CExecutor {
 inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
                                                 uint32_t level, uint32_t count) {
   CValue* const locals = FreeLocals();
-  if (top == lastFrame || slot > slotsSafe || locals > localsSafe || level != argBase ||
-      count < callee.parameterCount || !IsPlainCallee(callee)) [[unlikely]] {
+  if (top == lastFrame || slot > slotsSafe || locals > localsSafe || count < callee.parameterCount ||
+      !IsPlainCallee(callee)) [[unlikely]] {
     return nullptr;
   }
   // The parameters are the first locals. What isn't plain numbers takes the other way, which fills them anew.
-  const CValue* argument = bank;
+  const CValue* argument = bank + (level - argBase) * limits::kArgumentsPerLevel;
   CValue* const behind = locals + 1 + callee.parameterCount;
   for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
     if (argument->type > VT_FLOAT) [[unlikely]] {
@@ -219,7 +237,11 @@ inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot
     variable->data = argument->data;
   }
   Frame& frame = *++top;
-  frame.back = back;
+  if (level == argBase) {
+    frame.back = back;
+  } else {
+    TakeLevel(frame, back, level);
+  }
   frame.S = S;
   frame.L = L;
   frame.code = code;

@@ -124,6 +124,11 @@ const Instruction* LeaveRest(CExecutor& x, const Instruction* i, CValue* S, CVal
 
 namespace {
 
+VL_NOINLINE const Instruction* LeaveLevelSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const Instruction* next = x.FinishLevel();
+  VL_GO(next);
+}
+
 VL_NOINLINE const Instruction* LeaveMethodSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const Instruction* next = x.FinishMethod();
   VL_GO(next);
@@ -138,6 +143,13 @@ const Instruction* LeaveMethod(CExecutor& x, const Instruction* i, CValue* S, CV
   --frame.held->pins;
   x.i.thisObject = frame.self;
   VL_GO(frame.then);
+}
+
+const Instruction* LeaveLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  if (x.hiddenCount) [[unlikely]]
+    return LeaveLevelSlow(x, i, S, L);
+  x.SetLevel(x.top[1].argBase);
+  VL_GO(x.top[1].then);
 }
 
 const Instruction* EndWalk(CExecutor& x, const Instruction* i, CValue* S, CValue* L) { return nullptr; }

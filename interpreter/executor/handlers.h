@@ -31,6 +31,7 @@ const Instruction* StoreArray(CExecutor& x, const Instruction* i, CValue* S, CVa
 
 const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* PlainLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ResetArguments(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -57,6 +58,7 @@ const Instruction* LoopIf(CExecutor& x, const Instruction* i, CValue* S, CValue*
 const Instruction* EndEvent(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* LeaveRest(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* LeaveMethod(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* LeaveLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* EndWalk(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Delete(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -82,7 +84,7 @@ Handler ArgumentOf(Traces traces, OperandKind b);
 // The same for a call whose arguments run no code: straight to the parameter. With an operator, or 0 for `b` alone.
 Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 // Such a call: passes over what does the same for anything else. Of a function's name, as code of that kind sees it.
-Handler PlainCallOf(Traces traces, CodeKind code);
+Handler PlainCallOf(Traces traces, CodeKind code, bool isNested);
 // Of a method of the script object that a name holds, or of This.
 Handler PlainMethodOf(Traces traces, OperandKind name);
 Handler PlainOwnMethodOf(Traces traces);
