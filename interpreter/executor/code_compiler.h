@@ -147,6 +147,7 @@ class CCodeCompiler {
   void DoBreak(bool isContinue);
   void DoReturn();
   void EmitReturnZero();
+  void ReturnOfTwo();
   void OpenScope(const BlockRecord& block);
   void EmitClose(uint32_t levels);
   void PopScope();

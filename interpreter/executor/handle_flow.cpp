@@ -100,7 +100,30 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
   return LeaveQuickly(x, i, S, L);
 }
 
+// `Return a + b` of numbers where no slot is looked at; passes on to the two instructions behind it for anything else.
+template <uint16_t Op, OperandKind A, OperandKind B>
+const Instruction* ReturnOfTwo(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue* a = Read<A>(i->a, i->offsetA, &S[1], L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &S[2], L);
+  if ((a->type | b->type | S[0].type) != VT_INTEGER) [[unlikely]]
+    VL_GO(i + 1);
+  int32_t result;
+  OnIntegers<Op>(a->data.integer, b->data.integer, result);
+  S[0].data.integer = result;
+  return LeaveQuickly(x, i, S, L);
+}
+
 }  // namespace
+
+Handler ReturnOfTwoOf(uint16_t op, OperandKind a, OperandKind b) {
+#define VL_RETURN_B(Op, A) \
+  { ReturnOfTwo<Op, A, kLocal>, nullptr, ReturnOfTwo<Op, A, kConstant>, ReturnOfTwo<Op, A, kSlot> }
+#define VL_RETURN_AB(Op) \
+  { VL_RETURN_B(Op, kLocal), VL_RETURN_B(Op, kSlot) }
+  static constexpr Handler kTable[3][2][4] = {VL_RETURN_AB(TK_ADD), VL_RETURN_AB(TK_SUB), VL_RETURN_AB(TK_MUL)};
+  if ((op != TK_ADD && op != TK_SUB && op != TK_MUL) || (a != kLocal && a != kSlot)) return nullptr;
+  return kTable[op == TK_ADD ? 0 : op == TK_SUB ? 1 : 2][a == kLocal ? 0 : 1][b];
+}
 
 Handler ReturnOf(CodeKind code, Traces traces, OperandKind b) {
 #define VL_RETURN(T) \

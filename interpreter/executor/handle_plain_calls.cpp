@@ -67,8 +67,9 @@ const Instruction* ParameterOfTwo(CExecutor& x, const Instruction* i, CValue* S,
 // What is called, with what it was the last time: `b` the function, `offsetB` its code.
 inline const Code& CalleeOf(const Instruction* i) { return *reinterpret_cast<const Code*>(i->offsetB); }
 
+template <Traces T = kAllTraces>
 inline bool HasRoom(const CExecutor& x, const CValue* slot, const CValue* locals) {
-  return x.top != x.lastFrame && slot <= x.slotsSafe && locals <= x.localsSafe && slot->IsPlain();
+  return x.top != x.lastFrame && slot <= x.slotsSafe && locals <= x.localsSafe && IsFree<T>(*slot);
 }
 
 template <Traces T>
@@ -93,6 +94,8 @@ bool Link(CExecutor& x, const Instruction* i, CValue* S, const BlockRecord& bloc
   auto* known = const_cast<Instruction*>(i);
   known->b.pointer = &block;
   known->offsetB = reinterpret_cast<int64_t>(callee);
+  // A number there is what the quick way looks for.
+  if (S[i->k].IsPlain()) S[i->k].SetInt(0);
   // As much room as several such calls need, so that deep ones seldom come here.
   const CValue* wanted = &S[i->k] + 4 * CExecutor::kPlainCells;
   if (&S[i->k] > x.slotsSafe && wanted < x.slots + limits::kMaxValues) x.NeedSlots(wanted);
@@ -127,7 +130,7 @@ const Instruction* PlainCall(CExecutor& x, const Instruction* i, CValue* S, CVal
   CValue* const slot = &S[i->k];
   CValue* const locals = &At(L, i->offsetTarget);
   if (variable.type != VT_FUNCTION || variable.data.function != i->b.pointer || !SeesGlobals<K>(x, i) ||
-      !HasRoom(x, slot, locals)) [[unlikely]] {
+      !HasRoom<T>(x, slot, locals)) [[unlikely]] {
     return PlainCallSlow<K>(x, i, S, L);
   }
   Push<T>(x, i, S, L, slot, locals).back = i->target.target;
@@ -143,7 +146,7 @@ const Instruction* PlainNestedCall(CExecutor& x, const Instruction* i, CValue* S
   CValue* const locals = &At(L, i->offsetTarget);
   const uint32_t level = x.argBase + (i->n >> 8);
   if (variable.type != VT_FUNCTION || variable.data.function != i->b.pointer || !SeesGlobals<K>(x, i) ||
-      !HasRoom(x, slot, locals)) [[unlikely]] {
+      !HasRoom<T>(x, slot, locals)) [[unlikely]] {
     return PlainCallSlow<K>(x, i, S, L);
   }
   CExecutor::Frame& frame = Push<T>(x, i, S, L, slot, locals);
@@ -184,7 +187,7 @@ VL_ALWAYS_INLINE const Instruction* CallMethod(CExecutor& x, const Instruction* 
   CValue* const slot = &S[i->k];
   CValue* const locals = &At(L, i->offsetTarget);
   const CVariable* method = object ? object->variables.Made(i->n >> 8, MethodName(x, i)) : nullptr;
-  if (!method || method->type != VT_FUNCTION || method->data.function != i->b.pointer || !HasRoom(x, slot, locals))
+  if (!method || method->type != VT_FUNCTION || method->data.function != i->b.pointer || !HasRoom<T>(x, slot, locals))
       [[unlikely]] {
     return PlainMethodSlow(x, i, S, L, object);
   }

@@ -80,6 +80,8 @@ Handler StoreOf(Traces traces, OperandKind target, OperandKind b);
 Handler BinaryStoreOf(Traces traces, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
 Handler StepOf(Traces traces, uint16_t op, OperandKind a);
 Handler ReturnOf(CodeKind code, Traces traces, OperandKind b);
+// With an operator; null when there is none for it.
+Handler ReturnOfTwoOf(uint16_t op, OperandKind a, OperandKind b);
 Handler ArgumentOf(Traces traces, OperandKind b);
 // The same for a call whose arguments run no code: straight to the parameter. With an operator, or 0 for `b` alone.
 Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
