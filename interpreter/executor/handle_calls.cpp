@@ -435,7 +435,7 @@ VL_ALWAYS_INLINE const Instruction* ReadMember(CExecutor& x, const Instruction* 
                                                const CVarTable& table) {
   CValue& slot = S[i->k];
   CVariable* variable = table.Made(i->n, static_cast<uint32_t>(i->b.number));
-  if (!variable || (variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) [[unlikely]]
     return FindMember<Behind>(x, i, S, L, table);
   PutNumber(slot, *variable);
   slot.lvalue = variable;
@@ -476,7 +476,7 @@ const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue
       return LoadOwnSlow(x, i, S, L);
     }
   }
-  if ((variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+  if (variable->type > VT_FLOAT || !slot.IsPlain()) [[unlikely]]
     return LoadOwnSlow(x, i, S, L);
   PutNumber(slot, *variable);
   slot.lvalue = variable;

@@ -24,8 +24,18 @@ VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CVal
   VL_GO(i + 1);
 }
 
+// Where only traces of objects are kept, none is left by a target that is new or holds a number or a text.
+bool LeavesNoObject(CExecutor& x, const NameInfo& name, const CValue* S, CValue* L) {
+  if (x.traces != kObjectTraces || !S[1].IsPlain()) return false;
+  const CValue* target = x.FindName(name, L);
+  return !target || target->type <= VT_STRING;
+}
+
 VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const auto b = static_cast<OperandKind>(i->n >> 3 & 3);
+  if ((b == kSlot || b == kConstant) && S[2].IsPlain() && LeavesNoObject(x, *i->a.name, S, L)) {
+    return StoreAny(x, i, S, L);
+  }
   x.LoadName(S[1], *i->a.name, L);
   if (b != kSlot) LoadOperand(x, S[2], b, i->b, L);
   x.StandAt(S, 1, i->at);
@@ -72,6 +82,7 @@ VL_NOINLINE const Instruction* BinaryStoreAny(CExecutor& x, const Instruction* i
 
 VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const uint16_t op = i->n & 0xFF;
+  if (LeavesNoObject(x, *i->target.name, S, L)) return BinaryStoreAny(x, i, S, L);
   x.LoadName(S[1], *i->target.name, L);
   ReduceSlowly(x, i, S, L, 2, op, static_cast<OperandKind>(i->n >> 8 & 3), static_cast<OperandKind>(i->n >> 10 & 3));
   x.StandAt(S, 1, i->at);

@@ -24,7 +24,7 @@ VL_NOINLINE const Instruction* LoadLocalSlow(CExecutor& x, const Instruction* i,
 const Instruction* LoadLocal(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& local = At(L, i->offsetA);
-  if ((local.type | slot.type) > VT_FLOAT) [[unlikely]]
+  if (local.type > VT_FLOAT || !slot.IsPlain()) [[unlikely]]
     return LoadLocalSlow(x, i, S, L);
   PutNumber(slot, local);
   slot.lvalue = &local;
@@ -160,7 +160,7 @@ const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CVa
   const CValue& above = S[i->k + 1];
   const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
   CValue* const target = left.lvalue;
-  if ((above.type | left.type | right.type) > VT_FLOAT || !target || target->type > VT_FLOAT) [[unlikely]]
+  if ((left.type | right.type) > VT_FLOAT || !above.IsPlain() || !target || target->type > VT_FLOAT) [[unlikely]]
     return AssignAwaySlow(x, i, S, L);
   PutNumber(*target, right);
   VL_END_STATEMENT(i + 1);

@@ -57,10 +57,10 @@ VL_ALWAYS_INLINE bool OnIntegers(int32_t a, int32_t b, int32_t& result) {
   return true;
 }
 
-// Whether a slot may be written. Where all traces are kept, omitted values stand in some.
+// Whether a slot may be written. Where traces are kept, names of new variables and omitted values stand in some.
 template <Traces T>
 inline bool IsFree(const CValue& slot) {
-  return T == kAllTraces ? slot.IsPlain() : slot.type <= VT_FLOAT;
+  return T == kNoTraces ? slot.type <= VT_FLOAT : slot.IsPlain();
 }
 
 // Whether the slots of an operator may be written: they own nothing, or hold the operands themselves.
