@@ -10,7 +10,7 @@ namespace vl {
 namespace {
 
 WireWriter WriteText(uint16_t type, uint32_t channel, uint32_t sender, std::string_view text) {
-  WireWriter writer(kToPlayerText);
+  WireWriter writer(kToPlayerText, text.size());
   writer.Half(type).Word(channel).Word(sender).Text(text);
   return writer;
 }
@@ -37,6 +37,7 @@ void VexServer::OnDelete() {
 void VexServer::Process() {
   if (api.sockets.hasNews(tcp_)) {
     if (const SocketId accepted = api.sockets.acceptTcp(tcp_)) {
+      if (api.sockets.hasNews(tcp_)) api.hasWork = true;
       if (connections.Count() < limits::kMaxNetConnections) {
         connections.Add(std::make_shared<VexConnection>(*this, accepted));
       } else {
@@ -123,7 +124,7 @@ VexConnection::VexConnection(VexServer& server, SocketId socket)
 void VexConnection::OnDelete() {
   api.Fire({kVexDeadConnection, &server, this, {}, 0});
   // What was queued before the end leaves with it.
-  stream.Pump(api.NowMs());
+  stream.Pump();
   server.connections.Take(this);
   while (VexSession* session = sessions.At(0)) Leave(*session);
   stream.Close();
@@ -149,7 +150,7 @@ bool VexConnection::Process() {
       stream.Drop();
     }
   }
-  return stream.Pump(api.NowMs());
+  return stream.Pump();
 }
 
 void VexConnection::Handle(const VexMessage& message) {
