@@ -72,7 +72,7 @@ void VexServer::HandleBlast(std::span<const uint8_t> datagram) {
   }
   VexSession* session = SessionWithId(blast->channel);
   if (!session) return;
-  const auto keep = session->weak_from_this().lock();
+  const VexKept kept(session);
   for (size_t i = 0; i < session->connections.Count() && !IsDeleted(); ++i) {
     const VexConnection& member = *session->connections.At(static_cast<int64_t>(i));
     if (member.id == blast->sender) continue;
@@ -101,6 +101,7 @@ void VexServer::SendText(std::string_view text, uint16_t type) {
 }
 
 void VexServer::BlastText(std::string_view text, uint16_t type) {
+  const VexKept kept(this);
   connections.ForEach([&](VexConnection& connection) { connection.BlastText(text, type); });
 }
 
@@ -218,7 +219,7 @@ void VexConnection::SignOff(int64_t index) {
 }
 
 void VexConnection::Leave(VexSession& session) {
-  const auto keep = session.weak_from_this().lock();
+  const VexKept kept(&session);
   session.Leave(*this);
   session.DeleteIfEmpty();
 }
@@ -274,6 +275,7 @@ void VexSession::QueueToAll(const WireWriter& message, const VexConnection* but)
 void VexSession::SendText(std::string_view text, uint16_t type) { QueueToAll(WriteText(type, id, 0, text), nullptr); }
 
 void VexSession::BlastText(std::string_view text, uint16_t type) {
+  const VexKept kept(this);
   for (size_t i = 0; i < connections.Count() && !server.IsDeleted(); ++i) {
     const VexConnection& member = *connections.At(static_cast<int64_t>(i));
     server.SendBlast({type, id, 0, member.id, text}, member);
