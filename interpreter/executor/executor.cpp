@@ -142,8 +142,18 @@ void CExecutor::RunProgram() {
   code = program;
   bank = i.args.data();
   argBase = 0;
+  // The top level has no frame that an error would unwind: what an expression kept aside must go all the same.
+  struct TopLocals {
+    CValue* first;
+    uint32_t count;
+    ~TopLocals() {
+      for (CValue* local = first; local != first + count; ++local) {
+        local->Release();
+        local->type = VT_NEW_NAME;
+      }
+    }
+  } locals{L, program->locals};
   RunFrom(program->instructions.data());
-  ReleaseLocals();
 }
 
 void CExecutor::RunEvent(const BlockRecord& block) {
