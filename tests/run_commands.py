@@ -582,10 +582,112 @@ def two_players_of_two_processes(b):
             player.kill()
 
 
+NET_RELAY = """
+port = Program.GetParamValue("PORT");
+heard = ""; came = 0; done = 0;
+net = New Vex();
+server = net.HostServer(port);
+server.OnNewConnection = NewConnection;
+While (done == 0) { Wait(20); }
+left = server.GetConnectionCount();
+Function NewConnection(s, c) { came = came + 1; c.OnMsgFromClient = FromClient; }
+Function FromClient(c, text, type) {
+  heard += text + type + ";";
+  c.BlastText("got " + text, 7);
+  If (text == "end") { done = 1; }
+}
+"""
+
+
+def plain_player(address, port, name):
+    """TCP and UDP at an address of its own, so that the port of datagrams isn't the server's."""
+    udp = socket.socket(type=socket.SOCK_DGRAM)
+    udp.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+    udp.bind((address, port + 1))
+    udp.settimeout(60)
+    tcp = socket.create_connection(("127.0.0.1", port), timeout=60, source_address=(address, 0))
+    tcp.sendall(struct.pack("<BH", 12, 3) + text_field(name) + b"\x04" + text_field(b"room"))
+    read_exactly(tcp, 24 + 7)
+    return tcp, udp
+
+
+def datagrams_of_plain_clients(b):
+    """Blasts to the server, from it, and relayed by it to the other members, to the byte; strange ones do nothing."""
+    b.write("server.vlq", NET_RELAY)
+    port = free_ports()
+    process = start(b, "server.vlq", port)
+    target = ("127.0.0.1", port + 1)
+    try:
+        connect_when_there(port).close()
+        (a_tcp, a_udp), (b_tcp, b_udp) = plain_player("127.0.0.2", port, b"Ann"), plain_player("127.0.0.3", port, b"Bo")
+        joined = read_exactly(a_tcp, 13 + 7 + 13 + 8)
+        a_id, session = struct.unpack("<II", joined[1:9])
+        b_id = struct.unpack("<I", read_exactly(b_tcp, 13 + 6 + 13 + 8)[1:5])[0]
+        for strange in (b"", b"\x02", b"\x01" * 14, b"\x63" * 30, b"\x02" + b"\xff" * 4000, b"\x01" + b"\0" * 5000):
+            a_udp.sendto(strange, target)
+        a_udp.sendto(struct.pack("<BHI", 2, 5, a_id) + b"quick", target)
+        got = a_udp.recv(5000)
+        expect(got == struct.pack("<BHIII", 1, 7, 0, 0, a_id) + b"got quick", got)
+        a_udp.sendto(struct.pack("<BHIII", 1, 9, session, a_id, 0) + b"all", target)
+        got = b_udp.recv(5000)
+        expect(got == struct.pack("<BHIII", 1, 9, session, a_id, b_id) + b"all", got)
+        a_tcp.sendall(struct.pack("<BH", 2, 1) + text_field(b"end"))
+        heard = finish_run(process)["heard"]
+        expect(heard == "quick5;end1;", heard)
+        for s in (a_tcp, a_udp, b_tcp, b_udp):
+            s.close()
+    finally:
+        process.kill()
+
+
+def a_thousand_connects_in_a_row(b):
+    """Some break off at once, some within a message, some say nothing and stay: the server serves the next one."""
+    b.write("server.vlq", NET_RELAY)
+    port = free_ports()
+    process = start(b, "server.vlq", port)
+    try:
+        connect_when_there(port).close()
+        silent = []
+        for i in range(1000):
+            peer = socket.create_connection(("127.0.0.1", port), timeout=60)
+            if i % 4 == 1:
+                peer.sendall(struct.pack("<BHI", 12, 3, 100) + b"half")
+            if i % 4 == 2:
+                peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            if i % 50 == 0:
+                silent.append(peer)
+            else:
+                peer.close()
+        with socket.create_connection(("127.0.0.1", port), timeout=60) as last:
+            last.sendall(struct.pack("<BH", 12, 3) + text_field(b"Last") + struct.pack("<BH", 2, 1) + text_field(b"end"))
+            result = finish_run(process)
+        expect(result["heard"] == "end1;" and result["came"] == 1, result)
+        # Those who said nothing are still there; the others' ends may be seen a moment later.
+        expect(len(silent) + 1 <= result["left"] <= 1001, result)
+        for peer in silent:
+            peer.close()
+    finally:
+        process.kill()
+
+
+def the_hosts_stop_in_real_time(b):
+    """--max-time counts by the real clock as well; the program ends in order, whether it waits or not."""
+    for name, body in (("waits", "While (1) Wait(1000);"), ("works", "While (1) x = x + 1;"),
+                       ("deaf", "DisableEvents(); While (1) x = x + 1;"),
+                       ("listens", 'l = New VexSocket(); l.Listen(7000); s = New VexSocket(); s.SetTimeOut(1000000); '
+                        's.Connect("127.0.0.1", 7000); b = s.Recv(10);')):
+        b.write(name + ".vlq", "x = 0; started = 1; " + body)
+        start_time = time.monotonic()
+        out, _ = b.run("run", name + ".vlq", "--headless", "--clock", "real", "--max-time", "300", "--globals", "-")
+        expect(json.loads(out)["started"] == 1, out)
+        expect(time.monotonic() - start_time >= 0.3, f"{name}: it ended before its time")
+
+
 TESTS = [frames_in_a_folder, kept_files, printed_pages, printed_to_a_queue, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
          recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
-         reference_as_json, wire_by_a_plain_client, two_players_of_two_processes, cut_files, flipped_bits, absurd_sizes]
+         reference_as_json, wire_by_a_plain_client, two_players_of_two_processes,
+         datagrams_of_plain_clients, a_thousand_connects_in_a_row, the_hosts_stop_in_real_time, cut_files, flipped_bits, absurd_sizes]
 
 
 def main():

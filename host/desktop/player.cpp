@@ -247,6 +247,11 @@ bool Player::Start() {
   if (options_.backend != VL_BACKEND_HEADLESS || options_.real_network) {
     sockets_ = std::make_unique<PosixSockets>();
     services.sockets = sockets_.get();
+    if (sdl_) {
+      sdl_->setSleeper(*sockets_);
+    } else {
+      queue_->SetSleeper(*sockets_);
+    }
   }
   if (services.sockets) {
     policedSockets_ = std::make_unique<PolicedSockets>(*services.sockets, policy_);
@@ -265,7 +270,8 @@ bool Player::Start() {
   inputTap_.reset();
   gate_.reset();
   if (!IsVirtual()) {
-    gate_ = std::make_unique<RunGate>(*services.clock, *services.events);
+    // The desktop's back end counts by itself.
+    gate_ = std::make_unique<RunGate>(*services.clock, *services.events, sdl_ ? 0 : options_.max_time_ms);
     services.clock = gate_.get();
     services.events = gate_.get();
     tap_->onPresent = [gate = gate_.get()] { gate->OnPresent(); };

@@ -214,6 +214,8 @@ void SdlPlatform::renew(std::optional<uint32_t> seed) {
   p.MakeMailbox(follows ? p.windows.SizeOf(kHostWindow) : p.options.size);
 }
 
+void SdlPlatform::setSleeper(Sleeper& sleeper) { parts_->queue->SetSleeper(sleeper); }
+
 void SdlPlatform::setScaling(Scaling scaling) {
   Parts& p = *parts_;
   p.windows.SetScaling(scaling);
