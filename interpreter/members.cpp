@@ -290,11 +290,11 @@ void CInterpretor::NewScriptObject() {
     CInterpretor& i;
     CIBaseObjectVar* object;
     ~Owner() {
-      --object->refCount;
+      object->Unhold();
       i.Unpin(object);
     }
   } owner{*this, new CIBaseObjectVar(*this, Listing::Listed)};
-  ++owner.object->refCount;
+  owner.object->Hold();
   ++owner.object->pins;
   CallFunction(block, *owner.object);
   CValue& slot = *values[sp];

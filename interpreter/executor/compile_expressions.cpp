@@ -155,7 +155,13 @@ CCodeCompiler::Value CCodeCompiler::EvaluateNested(uint16_t base, Use use, bool 
   e.parenthesis = parenthesis;
   e.place = place;
   const size_t exits = exits_.size();
+  const uint32_t around = parentheses_;
+  const bool behindSign = inUnary_;
+  parentheses_ = parenthesis ? around + 1 : 0;
+  inUnary_ = false;
   Value value = Evaluate(e);
+  parentheses_ = around;
+  inUnary_ = behindSign;
   if (failed_) return value;
   if (exits_.size() != exits) {
     FlushOne(value);
@@ -419,7 +425,10 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
 void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   const uint16_t op = Kind();
   Step1();
+  const bool behindSign = inUnary_;
+  inUnary_ = true;
   Primary(k, e);
+  inUnary_ = behindSign;
   if (failed_ || op == TK_ADD) return;
   Value& value = values_.back();
   if (op == TK_SUB && value.kind == kConstant && value.constant->type <= VT_FLOAT) {

@@ -68,7 +68,7 @@ class CExecutor::Run {
   size_t subscripts_;
 };
 
-CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter) {
+CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter), scratch(&interpreter) {
   globals.absent = &absent;
   uint32_t count = 0;
   for (uint32_t bucket = 0; bucket < CNamePool::kBuckets; ++bucket) {
@@ -262,7 +262,7 @@ const Instruction* CExecutor::Leave() {
     }
     result.lvalue = nullptr;
     ++i.newsSinceCollection;
-    --held->refCount;
+    held->Unhold();
   }
   i.Unpin(held);
   return back;
@@ -274,7 +274,7 @@ void CExecutor::DropPending() {
   if (call.text) {
     EndText(call);
   } else if (call.object) {
-    if (call.made) --call.object->refCount;
+    if (call.made) call.object->Unhold();
     i.Unpin(call.object);
   }
 }
@@ -282,7 +282,7 @@ void CExecutor::DropPending() {
 // An error leaves these calls. An object under construction is given up with its call.
 void CExecutor::Unwind(Frame* frame, size_t pendingCount) {
   while (top > frame) {
-    if (top->constructs) --top->held->refCount;
+    if (top->constructs) top->held->Unhold();
     top->constructs = false;
     Leave();
   }
@@ -387,7 +387,7 @@ void CExecutor::SwapSlots(CValue& a, CValue& b) {
   }
 }
 
-void CExecutor::Assign(CValue* S, uint32_t k) {
+void CExecutor::Assign(CValue* S, uint32_t k, bool keepsPlace) {
   CValue& left = S[k];
   CValue& right = S[k + 1];
   if (right.type >= VT_NEW_NAME && right.type <= VT_NEW_ELEMENT) i.RaiseError(ERR_UNDEFINED);
@@ -403,9 +403,24 @@ void CExecutor::Assign(CValue* S, uint32_t k) {
     case VT_NEW_ELEMENT: {
       CValue* variable = left.lvalue;
       if (variable->type != VT_ARRAY) i.RaiseError(ERR_UNDEFINED);
-      CValue& element = variable->data.array->Store(left.data.token, right);
+      CArrayStore& store = *variable->data.array;
+      const uint32_t index = left.data.token;
+      if (left.level) {
+        // The element was there: the slots change places, as they do for any place that is assigned to.
+        const bool isNumber = store.ReadNumber(index, left);
+        left.lvalue = nullptr;
+        if (!isNumber) i.RaiseError(ERR_INTERNAL);
+        store.Store(index, right);
+        break;
+      }
+      CValue* element = nullptr;
+      if (keepsPlace) {
+        element = &store.StoreInCell(index, right);
+      } else {
+        store.Store(index, right);
+      }
       left.Assign(right);
-      left.lvalue = &element;
+      left.lvalue = element;
       return;
     }
     default:

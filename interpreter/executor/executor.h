@@ -77,8 +77,9 @@ class CExecutor {
   // The variable that a name finds; null for none.
   CValue* FindName(const NameInfo& name, CValue* locals);
   void LoadName(CValue& slot, const NameInfo& name, CValue* locals);
-  // `=` on S[k] and S[k + 1], but for arrays that don't exist yet.
-  void Assign(CValue* S, uint32_t k);
+  // `=` on S[k] and S[k + 1], but for arrays that don't exist yet. The result's place is only kept where something may
+  // still assign to it.
+  void Assign(CValue* S, uint32_t k, bool keepsPlace);
   static void SwapSlots(CValue& a, CValue& b);
   // The variable that an assignment to a name of no variable makes, in the frame.
   CValue& MakeVariable(uint32_t nameId);
@@ -133,6 +134,7 @@ class CExecutor {
   bool suspects = false;      // the compiler has met a member that may show what a slot held
   bool collects = false;      // and one that collects objects
   CVariable absent;
+  CValue scratch;  // an element that is only a number, while something needs it as a value of its own
   CVariableIndex globals;
 
  private:

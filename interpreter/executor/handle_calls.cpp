@@ -168,7 +168,7 @@ const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S,
   CExecutor::Pending call;
   call.block = variable->data.function;
   auto* object = new CIBaseObjectVar(x.i, CIBaseClassImpl::Listing::Listed);
-  ++object->refCount;
+  object->Hold();
   ++object->pins;
   call.object = object;
   call.made = true;

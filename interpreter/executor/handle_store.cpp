@@ -29,7 +29,7 @@ VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CVa
   x.LoadName(S[1], *i->a.name, L);
   if (b != kSlot) LoadOperand(x, S[2], b, i->b, L);
   x.StandAt(S, 1, i->at);
-  x.Assign(S, 1);
+  x.Assign(S, 1, false);
   if (i->n & 1) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }
@@ -75,7 +75,7 @@ VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* 
   x.LoadName(S[1], *i->target.name, L);
   ReduceSlowly(x, i, S, L, 2, op, static_cast<OperandKind>(i->n >> 8 & 3), static_cast<OperandKind>(i->n >> 10 & 3));
   x.StandAt(S, 1, i->at);
-  x.Assign(S, 1);
+  x.Assign(S, 1, false);
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }

@@ -24,6 +24,7 @@ const Instruction* DropKept(CExecutor& x, const Instruction* i, CValue* S, CValu
 const Instruction* SourceOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ElementOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Subscript(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* ElementAtPair(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ElementEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MemberElementOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MakeArray(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -75,6 +76,13 @@ Handler ReturnOf(Traces traces, OperandKind b);
 Handler ArgumentOf(Traces traces, OperandKind b);
 // `name[b]` for reading or as the left side of an assignment.
 Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b);
+// Whether ElementStoreOf has a form with the operator.
+bool HasElementForm(uint16_t op);
+// A whole statement on an element of numbers: `a[b] = target`, `a[b] op= target`, `a[b]++`, and with a second operand
+// in the instruction behind it `a[b] = target op more`. Goes over `at` instructions where it can do that, and to those
+// behind its own otherwise. Names are read as `name` tells, unless they are constants.
+Handler ElementStoreOf(Traces traces, uint16_t op, OperandKind name, bool isConstB, bool isConstTarget,
+                       bool isConstMore);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
 // `=` as a statement with the right side as an operand, where a slot's rest need not be kept.

@@ -66,6 +66,14 @@ struct Instruction {
   int64_t offsetTarget = 0;  // of a target that is a name
 };
 
+// What an element is wanted for.
+enum ElementFlags : uint8_t {
+  kAssignFollows = 1,  // `=` stands behind it: it need not exist
+  kMemberFollows = 2,
+  kPlaceWanted = 4,   // something may assign to it while other code has run
+  kPlaceByIndex = 8,  // the statement assigns to it and runs no code: its array and index are enough
+};
+
 // Where the value lies whose member comes next.
 enum class MemberFrom : uint8_t { Source, This, CurWindow, SlotText, Inner };
 
