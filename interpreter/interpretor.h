@@ -227,6 +227,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void MakeClassObject(uint16_t classKind);
   // Members of texts: error 11 where there are none; a String for one call, and its return.
   const CIClassInfo& RequireTexts();
+  CIBaseClassImpl* MakeText(CITextHolder*& holder);
   CIBaseClassImpl* TakeText(CITextHolder*& holder);
   void GiveText(CIBaseClassImpl* object, CITextHolder* holder) { freeTexts_.push_back({object, holder}); }
   [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);

@@ -166,12 +166,14 @@ const CIClassInfo& CInterpretor::RequireTexts() {
   return *info;
 }
 
+CIBaseClassImpl* CInterpretor::MakeText(CITextHolder*& holder) {
+  CIBaseClassImpl* object = RequireTexts().table->create(*this);
+  holder = &dynamic_cast<CITextHolder&>(*object);
+  return object;
+}
+
 CIBaseClassImpl* CInterpretor::TakeText(CITextHolder*& holder) {
-  if (freeTexts_.empty()) {
-    CIBaseClassImpl* object = RequireTexts().table->create(*this);
-    holder = &dynamic_cast<CITextHolder&>(*object);
-    return object;
-  }
+  if (freeTexts_.empty()) return MakeText(holder);
   const FreeText text = freeTexts_.back();
   freeTexts_.pop_back();
   holder = text.holder;

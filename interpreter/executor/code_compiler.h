@@ -157,6 +157,7 @@ class CCodeCompiler {
   uint32_t Arguments(uint16_t k);
   bool IsDropped(const Evaluation& e, uint16_t k) const;
   void NoteMember(uint32_t token);
+  const MemberRow* QuickTextMember(uint32_t token) const;
   bool NeedsTarget(const Evaluation& e) const;
   void Flush();
   // The same, but a name that the statement assigns to stays a name where no trace of its reading is needed.
@@ -193,9 +194,9 @@ class CCodeCompiler {
   uint32_t start_ = 0;
   uint32_t end_ = 0;
   bool failed_ = false;
-  bool inUnary_ = false;         // the primary stands behind a sign
-  uint32_t parentheses_ = 0;     // around the evaluation, up to the next list or statement
-  uint32_t shortcut_ = kNone;    // an instruction that does the whole statement where it can
+  bool inUnary_ = false;       // the primary stands behind a sign
+  uint32_t parentheses_ = 0;   // around the evaluation, up to the next list or statement
+  uint32_t shortcut_ = kNone;  // an instruction that does the whole statement where it can
   static constexpr uint32_t kNone = UINT32_MAX;
   uint32_t nest_ = 0;  // argument lists under evaluation
   uint32_t declared_ = UINT32_MAX;

@@ -45,9 +45,8 @@ void CCodeCompiler::PrimaryElement(uint16_t k, Evaluation& e) {
       Value value;
       value.kind = name->sure ? kLocal : kName;
       value.name = name;
-      Instruction& i =
-          Emit(handlers::ElementAtOf(x_.traces, value.kind, subscript.kind), k,
-               flags | subscript.kind << 8 | value.kind << 12);
+      Instruction& i = Emit(handlers::ElementAtOf(x_.traces, value.kind, subscript.kind), k,
+                            flags | subscript.kind << 8 | value.kind << 12);
       SetA(i, value);
       SetB(i, subscript);
       if (flags & kMemberFollows) {

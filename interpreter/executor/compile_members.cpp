@@ -125,6 +125,15 @@ bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
   return e.use == Use::Statement && e.ops.size() == 1 && k <= 1 && Kind() == TK_SEMICOLON;
 }
 
+// The row of a member of texts that has a quick way; null for none.
+const MemberRow* CCodeCompiler::QuickTextMember(uint32_t token) const {
+  const CIClassInfo* info = i_.ClassInfo(CLASS_STRING);
+  const KeywordRow* known =
+      info && info->table && info->table->create ? info->keywords->Find(i_.NameOf(i_.At(token))) : nullptr;
+  const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+  return row && row->onNumbers ? row : nullptr;
+}
+
 // A member of any class in use that might leave its slot as it was.
 void CCodeCompiler::NoteMember(uint32_t token) {
   const std::string& name = i_.NameOf(i_.At(token));
@@ -233,7 +242,7 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     const uint16_t kind = Kind();
     if (kind == TK_MEMBER_CALL) {
       Flush();
-      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from));
+      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from)).b.pointer = QuickTextMember(token);
       Step1();
       const uint32_t count = Arguments(k);
       if (failed_) return;

@@ -273,6 +273,8 @@ void CExecutor::DropPending() {
   pending.pop_back();
   if (call.text) {
     EndText(call);
+  } else if (!call.object && !call.block) {
+    --heldTexts;
   } else if (call.object) {
     if (call.made) call.object->Unhold();
     i.Unpin(call.object);
@@ -448,7 +450,15 @@ void CExecutor::Invoke(CIBaseClassImpl& object, const MemberRow& row, uint32_t i
   Adopt();
 }
 
+void CExecutor::ReserveText() {
+  if (i.freeTexts_.size() > heldTexts) return;
+  CITextHolder* holder = nullptr;
+  CIBaseClassImpl* object = i.MakeText(holder);
+  i.GiveText(object, holder);
+}
+
 void CExecutor::BeginText(const CValue& slot) {
+  ReserveText();
   Pending call;
   call.object = i.TakeText(call.text);
   call.text->SetHeldText(Text::Share(slot.data.text));

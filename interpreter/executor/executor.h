@@ -101,6 +101,8 @@ class CExecutor {
   // Takes a String for the text in the slot.
   void BeginText(const CValue& slot);
   void EndText(const Pending& call);
+  // A String for one more text, as the walk would have made it by now, for those that do without.
+  void ReserveText();
   // The work between statements that isn't just counting.
   void Housekeep(const CValue* S);
   // The machine-wide count of statements, while a member or the tick runs.
@@ -133,6 +135,7 @@ class CExecutor {
   Traces traces = kNoTraces;  // what the slots are needed for
   bool suspects = false;      // the compiler has met a member that may show what a slot held
   bool collects = false;      // and one that collects objects
+  uint32_t heldTexts = 0;     // texts whose member waits for its arguments without a String
   CVariable absent;
   CValue scratch;  // an element that is only a number, while something needs it as a value of its own
   CVariableIndex globals;

@@ -89,18 +89,12 @@ VL_NOINLINE void StoreInArray(CExecutor& x, const Instruction* i, CValue* S) {
   left.lvalue = nullptr;
 }
 
-inline const CValue* ReadAny(uint32_t kind, const Operand& operand, int64_t offset, CValue* L) {
-  return kind == kConstant ? operand.constant
-         : kind == kLocal  ? Read<kLocal>(operand, offset, nullptr, L)
-                           : Read<kName>(operand, offset, nullptr, L);
-}
-
 // The same for an element with a cell, which need not be a number.
 template <Traces T>
 VL_NOINLINE const Instruction* ElementWithCell(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
-  const CValue* variable = ReadAny(i->n >> 12, i->a, i->offsetA, L);
-  const CValue* subscript = ReadAny(i->n >> 8 & 3, i->b, i->offsetB, L);
+  const CValue* variable = ReadAny(i->n >> 12, i->a, i->offsetA, nullptr, L);
+  const CValue* subscript = ReadAny(i->n >> 8 & 3, i->b, i->offsetB, nullptr, L);
   if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && (T == kNoTraces || S[i->k + 1].IsPlain())) {
     const CArrayStore& store = *variable->data.array;
     const int32_t index = subscript->data.integer;
@@ -159,15 +153,15 @@ Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b) {
 // `name[b, target]`; over `at` instructions where it is a number, or an element to be assigned to.
 const Instruction* ElementAtPair(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const uint32_t kinds = i->n;
-  const CValue* variable = ReadAny(kinds >> 8 & 3, i->a, i->offsetA, L);
-  const CValue* first = ReadAny(kinds >> 10 & 3, i->b, i->offsetB, L);
-  const CValue* second = ReadAny(kinds >> 12 & 3, i->target, i->offsetTarget, L);
+  const CValue* variable = ReadAny(kinds >> 8 & 3, i->a, i->offsetA, nullptr, L);
+  const CValue* first = ReadAny(kinds >> 10 & 3, i->b, i->offsetB, nullptr, L);
+  const CValue* second = ReadAny(kinds >> 12 & 3, i->target, i->offsetTarget, nullptr, L);
   CValue& slot = S[i->k];
   if (variable->type == VT_ARRAY && (first->type | second->type) == VT_INTEGER && slot.IsPlain() &&
       S[i->k + 1].IsPlain()) [[likely]] {
     const CArrayStore& store = *variable->data.array;
-    const uint32_t index = store.InsideOfTwo(static_cast<uint32_t>(first->data.integer),
-                                             static_cast<uint32_t>(second->data.integer));
+    const uint32_t index =
+        store.InsideOfTwo(static_cast<uint32_t>(first->data.integer), static_cast<uint32_t>(second->data.integer));
     if (store.ReadNumber(index, slot)) {
       slot.lvalue = nullptr;
       if (kinds & kPlaceByIndex) {
@@ -326,7 +320,8 @@ const Instruction* ChangeElement(CExecutor& x, const Instruction* i, CValue* S, 
   if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && S[1].IsPlain() && IsFreeOf<T>(S, 2)) [[likely]] {
     CArrayStore& store = *variable->data.array;
     const uint32_t index = store.InsideOfOne(static_cast<uint32_t>(subscript->data.integer));
-    if (store.ReadNumber(index, S[1]) && Calculate<Op>(S[1], S[1], *value) && store.WriteNumber(index, S[1])) [[likely]] {
+    if (store.ReadNumber(index, S[1]) && Calculate<Op>(S[1], S[1], *value) && store.WriteNumber(index, S[1]))
+        [[likely]] {
       VL_END_STATEMENT(i + i->at);
     }
   }
@@ -351,13 +346,11 @@ Handler ChangeRow(bool isConstB, bool isConstTarget) {
 
 template <Traces T, uint16_t Op, OperandKind N>
 Handler StoreOfRow(bool isConstB, bool isConstTarget, bool isConstMore) {
-  static constexpr Handler kTable[2][2][2] = {{{StoreElementOf<T, Op, N, N, N, N>, StoreElementOf<T, Op, N, N, N, kConstant>},
-                                               {StoreElementOf<T, Op, N, N, kConstant, N>,
-                                                StoreElementOf<T, Op, N, N, kConstant, kConstant>}},
-                                              {{StoreElementOf<T, Op, N, kConstant, N, N>,
-                                                StoreElementOf<T, Op, N, kConstant, N, kConstant>},
-                                               {StoreElementOf<T, Op, N, kConstant, kConstant, N>,
-                                                StoreElementOf<T, Op, N, kConstant, kConstant, kConstant>}}};
+  static constexpr Handler kTable[2][2][2] = {
+      {{StoreElementOf<T, Op, N, N, N, N>, StoreElementOf<T, Op, N, N, N, kConstant>},
+       {StoreElementOf<T, Op, N, N, kConstant, N>, StoreElementOf<T, Op, N, N, kConstant, kConstant>}},
+      {{StoreElementOf<T, Op, N, kConstant, N, N>, StoreElementOf<T, Op, N, kConstant, N, kConstant>},
+       {StoreElementOf<T, Op, N, kConstant, kConstant, N>, StoreElementOf<T, Op, N, kConstant, kConstant, kConstant>}}};
   return kTable[isConstB][isConstTarget][isConstMore];
 }
 
@@ -390,8 +383,8 @@ Handler ElementStore(uint16_t op, bool b, bool target, bool more) {
 }  // namespace
 
 bool HasElementForm(uint16_t op) {
-  return (op >= TK_ADD_ASSIGN && op <= TK_MUL_ASSIGN) || op == TK_ADD || op == TK_SUB || op == TK_MUL ||
-         op == TK_AND || op == TK_MOD;
+  return (op >= TK_ADD_ASSIGN && op <= TK_MUL_ASSIGN) || op == TK_ADD || op == TK_SUB || op == TK_MUL || op == TK_AND ||
+         op == TK_MOD;
 }
 
 Handler ElementStoreOf(Traces traces, uint16_t op, OperandKind name, bool isConstB, bool isConstTarget,

@@ -19,7 +19,11 @@ VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CVal
   if (!value || (value->type >= VT_NEW_NAME && value->type <= VT_NEW_ELEMENT)) x.i.RaiseError(ERR_UNDEFINED);
   CValue* target = x.FindName(*i->a.name, L);
   if (!target) target = &x.MakeNamed(*i->a.name);
-  target->Assign(*value);
+  if (kind == kSlot) {
+    MoveValue(*target, *value);
+  } else {
+    target->Assign(*value);
+  }
   if (i->n & 1) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }
@@ -60,22 +64,28 @@ const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* 
 // `target = a + b`: the slots 1 to 3 hold the value, the target's old one, and b.
 // The same where no trace is needed.
 VL_NOINLINE const Instruction* BinaryStoreAny(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  ReduceSlowly(x, i, S, L, 2, i->n & 0xFF, static_cast<OperandKind>(i->n >> 8 & 3),
-               static_cast<OperandKind>(i->n >> 10 & 3));
-  const CValue& value = S[2];
-  CValue* target = x.FindName(*i->target.name, L);
-  if (!target) target = &x.MakeNamed(*i->target.name);
-  target->Assign(value);
+  const auto a = static_cast<OperandKind>(i->n >> 8 & 3);
+  const auto b = static_cast<OperandKind>(i->n >> 10 & 3);
+  if (!AppendToTarget(x, i, S, L, i->n & 0xFF, a, b)) {
+    ReduceSlowly(x, i, S, L, 2, i->n & 0xFF, a, b);
+    CValue* target = x.FindName(*i->target.name, L);
+    if (!target) target = &x.MakeNamed(*i->target.name);
+    MoveValue(*target, S[2]);
+  }
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }
 
 VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const uint16_t op = i->n & 0xFF;
-  x.LoadName(S[1], *i->target.name, L);
-  ReduceSlowly(x, i, S, L, 2, op, static_cast<OperandKind>(i->n >> 8 & 3), static_cast<OperandKind>(i->n >> 10 & 3));
-  x.StandAt(S, 1, i->at);
-  x.Assign(S, 1, false);
+  const auto a = static_cast<OperandKind>(i->n >> 8 & 3);
+  const auto b = static_cast<OperandKind>(i->n >> 10 & 3);
+  if (!AppendToTarget(x, i, S, L, op, a, b)) {
+    x.LoadName(S[1], *i->target.name, L);
+    ReduceSlowly(x, i, S, L, 2, op, a, b);
+    x.StandAt(S, 1, i->at);
+    x.Assign(S, 1, false);
+  }
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }
