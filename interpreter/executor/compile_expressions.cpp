@@ -104,17 +104,22 @@ void CCodeCompiler::SideExit(uint32_t instruction, const Evaluation& e, uint16_t
     for (size_t o = evaluation->ops.size(); o-- > 1;) {
       --k;
       // What waits behind a conditional ends at the colon; here is none.
-      exit.steps.push_back({evaluation->ops[o], k, 0});
+      const auto left = std::find_if(values_.begin(), values_.end(), [&](const Value& v) { return v.k == k; });
+      exit.steps.push_back({evaluation->ops[o], k, 0, left != values_.end() ? left->lateToken : 0});
     }
     if (evaluation->use != Use::Branch || !early) break;
     k = evaluation->keptAt;
-    exit.steps.push_back({TK_COLON, k, evaluation->kept});
+    exit.steps.push_back({TK_COLON, k, evaluation->kept, 0});
     evaluation = evaluation->outer;
   }
   exit.use = evaluation->use;
   exit.label = evaluation->label;
   exit.k = static_cast<uint16_t>(evaluation->base + 1);
   exit.place = evaluation->place;
+  exit.nest = nest_;
+  // What stands behind it may be evaluated by the member.
+  if (Kind() == TK_ASSIGN) code_.levelAt[Next(at_)] = Level();
+  exit.scopes = scopes_;
   exits_.push_back(std::move(exit));
 }
 
@@ -206,7 +211,6 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       const auto b = static_cast<OperandKind>(i.n >> 10 & 3);
       i.run = handlers::BinaryStoreOf(x_.traces, binary, left.kind, a, b);
       i.n = static_cast<uint16_t>(i.n | left.kind << 12 | flags << 14);
-      i.k = 1;
       i.target.name = left.name;
       i.offsetTarget = left.name->offset;
     } else {
@@ -215,6 +219,7 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       SetA(i, left);
       SetB(i, right);
     }
+    code_.instructions.back().k = Level();
   }
   values_.clear();
   PushSlot(1);
@@ -231,6 +236,7 @@ void CCodeCompiler::AssignStatement(uint16_t k) {
   if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
   Instruction& i = Emit(handlers::AssignAwayOf(right.kind), k, right.kind);
   SetB(i, right);
+  i.offsetA = Level();
   if (late) {
     // An array that was made late comes back here, in front of the end of the statement.
     const uint32_t over = NewLabel();
@@ -265,7 +271,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     if (op == TK_ASSIGN) {
       const uint32_t late = values_[values_.size() - 2].lateToken;
       if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
-      Emit(isStatement && !late ? handlers::AssignStatement : handlers::Assign, k);
+      Emit(isStatement && !late ? handlers::AssignStatement : handlers::Assign, k).offsetA = Level();
       if (late) Bind(lateArrays_.back().back);
       statementDone_ = isStatement && !late;
     } else {
@@ -381,6 +387,13 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   const uint16_t next = Kind();
   if (IsMemberToken(next)) {
     FlushOperands(e);
+    PlainCall plain;
+    if (next == TK_MEMBER_CALL && (code_.kind != CodeKind::Method || name->sure) && ScanPlain(plain)) {
+      Value value;
+      value.kind = name->sure ? kLocal : kName;
+      value.name = name;
+      SetA(EmitPlain(plain, k, handlers::PlainMethodOf(x_.traces, value.kind)), value);
+    }
     // The common `name.variable`, with the two instructions behind it for anything else.
     const uint32_t member = at_;
     if (next == TK_MEMBER && !IsMemberToken(KindAt(Next(member))) && code_.kind != CodeKind::Method) {
@@ -399,6 +412,7 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
     Step1();
     SideExit(instruction, e, k, true);
     Members(k, e, MemberFrom::Source);
+    EndPlain(plain);
     return;
   }
   if (next == TK_ASSIGN || next == TK_PAREN_CLOSE) MayMake(name);
@@ -411,9 +425,10 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
     Flush();
     const uint32_t back = at_;
     at_ = token;
-    Instruction& i = Emit(handlers::LoadNamed, k);
+    Instruction& i =
+        Emit(code_.kind == CodeKind::Method && !name->declared ? handlers::LoadOwn : handlers::LoadNamed, k);
     i.a.name = name;
-    i.n = 1;
+    i.offsetA = name->offset;
     at_ = back;
     value.kind = kSlot;
     // The end of its statement may still be stored to by name.
@@ -442,6 +457,23 @@ void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   Emit(handlers::Unary, k, op);
 }
 
+// Where nobody looks at slots, the value of a parenthesis may be had where it is needed: an operand stays one, and an
+// operator on operands leaves its result there.
+bool CCodeCompiler::MovesDown(Value& inner, uint16_t k, const Evaluation& e) {
+  if (x_.traces != kNoTraces || inner.isDefault || NeedsTarget(e)) return false;
+  if (inner.kind != kSlot) {
+    inner.k = k;
+    Push(inner);
+    return true;
+  }
+  if (lastBinary_ + 1 != Here()) return false;
+  Instruction& i = code_.instructions.back();
+  if (i.k != k + 1 || (i.n >> 8 & 3) == kSlot || (i.n >> 10 & 3) == kSlot) return false;
+  i.k = k;
+  PushSlot(k);
+  return true;
+}
+
 void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   Step1();
   Value inner = EvaluateNested(k, Use::Nested, true);
@@ -452,6 +484,7 @@ void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   }
   Step1();
   if (!IsMemberToken(Kind())) {
+    if (MovesDown(inner, k, e)) return;
     FlushOne(inner);
     Emit(handlers::SwapDown, k);
     PushSlot(k);

@@ -1,4 +1,4 @@
-// Calls, members and objects of the code compiler.
+// Members and objects of the code compiler.
 #include "interpreter/executor/code_compiler.h"
 #include "interpreter/executor/handlers.h"
 
@@ -10,51 +10,6 @@ constexpr const char kErrorEvent[] = "OnError";
 // Collects objects, also in a program that makes none itself.
 constexpr const char kCollector[] = "Flush";
 }  // namespace
-
-// The list behind an opened parenthesis, into the bank; gives the count.
-uint32_t CCodeCompiler::Arguments(uint16_t k) {
-  Flush();
-  if (nest_ > 0) Emit(handlers::CheckLevel, k, nest_);
-  uint32_t count = 0;
-  if (Kind() != TK_PAREN_CLOSE) {
-    ++nest_;
-    for (;;) {
-      if (count >= limits::kArgumentsPerLevel - 1) {
-        Fail();
-        return 0;
-      }
-      const uint32_t place = (nest_ - 1) * limits::kArgumentsPerLevel + count;
-      Value value = EvaluateNested(k, Use::Argument, false, place);
-      if (failed_) return 0;
-      if (value.isDefault) FlushOne(value);
-      // A literal text in the bank is put there by way of its slot, as any other value.
-      Instruction& i = Emit(handlers::ArgumentOf(x_.traces, value.kind), k + 1u, place << 2 | value.kind);
-      SetB(i, value);
-      i.offsetA = static_cast<int64_t>(place * sizeof(CValue));
-      ++count;
-      if (Kind() != TK_COMMA) break;
-      Step1();
-    }
-    --nest_;
-  }
-  if (Kind() != TK_PAREN_CLOSE || nest_ > limits::kArgumentLevels) {
-    Fail();
-    return 0;
-  }
-  Step1();
-  return count;
-}
-
-void CCodeCompiler::Call(uint16_t k) {
-  Flush();
-  NameInfo* name = NameAt(at_);
-  Emit(handlers::CallBegin, k).a.name = name;
-  Step1();
-  const uint32_t count = Arguments(k);
-  if (failed_) return;
-  Emit(handlers::CallEnd, k, count | nest_ << 8);
-  PushSlot(k);
-}
 
 void CCodeCompiler::NewObject(uint16_t k) {
   Flush();
@@ -184,7 +139,12 @@ void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
         // Where there is no window, that fails at the word itself.
         if (kind == TK_CURWINDOW) Emit(handlers::WindowValue, k, 1);
         Step1();
+        PlainCall plain;
+        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && ScanPlain(plain)) {
+          EmitPlain(plain, k, handlers::PlainOwnMethodOf(x_.traces));
+        }
         Members(k, e, kind == TK_THIS ? MemberFrom::This : MemberFrom::CurWindow);
+        EndPlain(plain);
         return;
       }
       Emit(kind == TK_THIS ? handlers::ThisValue : handlers::WindowValue, k);
@@ -258,6 +218,10 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     if (kind == TK_MEMBER) {
       const uint16_t next = Kind();
       const bool chains = IsMemberToken(next);
+      // A variable of This is often a number and at its place.
+      if (from == MemberFrom::This && code_.kind == CodeKind::Method && !chains) {
+        Emit(handlers::OwnMember, k).b.number = TokenNameId(i_.At(token));
+      }
       const uint32_t instruction = Here();
       Instruction& i = Emit(handlers::MemberGet, k,
                             static_cast<uint32_t>(from) | (next == TK_ASSIGN ? 0x100 : 0) | (chains ? 0x200 : 0));

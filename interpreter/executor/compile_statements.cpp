@@ -207,13 +207,13 @@ void CCodeCompiler::Test(uint32_t offset, bool isLoop, bool isIf) {
 void CCodeCompiler::OpenScope(const BlockRecord& block) {
   open_.push_back(&block);
   scopes_.push_back(&code_.scopes.emplace_back());
-  Emit(handlers::OpenScope, 0);
+  if (code_.kind == CodeKind::Global) Emit(handlers::OpenScope, 0);
 }
 
 // Code that closes the innermost blocks.
 void CCodeCompiler::EmitClose(uint32_t levels) {
   if (levels == 0) return;
-  Instruction& i = Emit(handlers::CloseScope, 0, levels);
+  Instruction& i = Emit(code_.kind == CodeKind::Global ? handlers::CloseScope : handlers::CloseLocals, 0, levels);
   i.a.pointer = scopes_[scopes_.size() - levels];
   i.b.number = static_cast<int64_t>(open_.size() - levels + 1);
 }
@@ -338,7 +338,7 @@ void CCodeCompiler::DoCloseBrace() {
       PopScope();
       break;
     case kBlockFunction:
-      Emit(handlers::ReturnZero, 0);
+      EmitReturnZero();
       PopScope();
       break;
     default:
@@ -427,14 +427,20 @@ void CCodeCompiler::DoReturn() {
   }
   Step1();
   if (Kind() == TK_SEMICOLON) {
-    Emit(handlers::ReturnZero, 0);
+    EmitReturnZero();
     return;
   }
   Value value = EvaluateNested(0, Use::Other);
   if (failed_) return;
   if (value.isDefault) FlushOne(value);
-  Instruction& i = Emit(handlers::ReturnOf(x_.traces, value.kind), 0, value.kind);
+  BehindLocals(Here());
+  Instruction& i = Emit(handlers::ReturnOf(code_.kind, x_.traces, value.kind), 0, value.kind);
   SetB(i, value);
+}
+
+void CCodeCompiler::EmitReturnZero() {
+  BehindLocals(Here());
+  Emit(code_.kind == CodeKind::Global ? handlers::EndEvent : handlers::ReturnZero, 0);
 }
 
 }  // namespace vl

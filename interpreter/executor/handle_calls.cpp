@@ -425,33 +425,71 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 
 namespace {
 
-// Looks the variable up and notes its place for the next time.
-VL_NOINLINE CVariable* FindPlace(const Instruction* i, const CVarTable& table, uint32_t nameId) {
+// Looks the variable up, notes its place for the next time, and reads a number. What is read otherwise is for the
+// instructions behind.
+VL_NOINLINE const Instruction* FindMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                          const CVarTable& table, uint32_t nameId, const Instruction* then) {
   CVariable* variable = table.Find(nameId);
   if (variable) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(variable));
-  return variable;
+  CValue& slot = S[i->k];
+  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) VL_GO(i + 1);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(then);
+}
+
+VL_ALWAYS_INLINE const Instruction* ReadMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                               const CVarTable& table, uint32_t nameId, const Instruction* then) {
+  CValue& slot = S[i->k];
+  CVariable* variable = table.Made(i->n, nameId);
+  if (!variable || (variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return FindMember(x, i, S, L, table, nameId, then);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(then);
 }
 
 template <OperandKind N>
 const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
-  CValue& slot = S[i->k];
-  if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
-    const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-    const auto nameId = static_cast<uint32_t>(i->b.number);
-    CVariable* variable = object->variables.Made(i->n, nameId);
-    if (!variable) [[unlikely]]
-      variable = FindPlace(i, object->variables, nameId);
-    if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
-      PutNumber(slot, *variable);
-      slot.lvalue = variable;
-      VL_GO(i + 3);
-    }
-  }
+  if (source->type != VT_OBJECT || !source->data.object || source->data.object->classInfo) [[unlikely]]
+    VL_GO(i + 1);
+  const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
+  return ReadMember(x, i, S, L, object->variables, static_cast<uint32_t>(i->b.number), i + 3);
+}
+
+VL_NOINLINE const Instruction* LoadOwnSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[i->k], *i->a.name, L);
   VL_GO(i + 1);
 }
 
 }  // namespace
+
+// `This.variable` in a method: passes over the instruction behind it, which does the same for anything else.
+const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  return ReadMember(x, i, S, L, x.i.thisObject->variables, static_cast<uint32_t>(i->b.number), i + 2);
+}
+
+// A name in a method that may be a variable of its object.
+const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue* variable = &At(L, i->offsetA);
+  CValue& slot = S[i->k];
+  if (variable->type == VT_NEW_NAME) {
+    const NameInfo& name = *i->a.name;
+    const CVarTable& table = x.i.thisObject->variables;
+    variable = table.Made(i->n, name.nameId);
+    if (!variable) [[unlikely]] {
+      CVariable* found = table.Find(name.nameId);
+      if (found) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(found));
+      return LoadOwnSlow(x, i, S, L);
+    }
+  }
+  if ((variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return LoadOwnSlow(x, i, S, L);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(i + 1);
+}
 
 Handler MemberReadOf(OperandKind name) { return name == kLocal ? MemberRead<kLocal> : MemberRead<kName>; }
 

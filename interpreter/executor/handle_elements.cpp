@@ -213,7 +213,7 @@ const Instruction* MakeArray(CExecutor& x, const Instruction* i, CValue* S, CVal
   const uint32_t nameId = TokenNameId(x.i.At(left.data.token));
   CValue* variable = nullptr;
   if (left.type == VT_NEW_ARRAY) {
-    variable = &x.MakeVariable(nameId);
+    variable = &x.MakeVariable(nameId, static_cast<uint16_t>(i->offsetA));
   } else {
     variable = x.i.AddVariable(*static_cast<CIBaseObjectVar*>(left.lvalueObject), nameId, 0);
     left.SetInt(0);

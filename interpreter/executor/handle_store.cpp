@@ -1,4 +1,4 @@
-// Statements that assign a number to a name.
+// Statements that assign a number to a name. `k` is the function's block that may get it as a new local.
 #include "interpreter/executor/numbers.h"
 
 namespace vl::handlers {
@@ -18,7 +18,7 @@ VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CVal
   x.StandAt(S, 1, i->at);
   if (!value || (value->type >= VT_NEW_NAME && value->type <= VT_NEW_ELEMENT)) x.i.RaiseError(ERR_UNDEFINED);
   CValue* target = x.FindName(*i->a.name, L);
-  if (!target) target = &x.MakeNamed(*i->a.name);
+  if (!target) target = &x.MakeNamed(*i->a.name, i->k);
   if (kind == kSlot) {
     MoveValue(*target, *value);
   } else {
@@ -33,7 +33,7 @@ VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CVa
   x.LoadName(S[1], *i->a.name, L);
   if (b != kSlot) LoadOperand(x, S[2], b, i->b, L);
   x.StandAt(S, 1, i->at);
-  x.Assign(S, 1, false);
+  x.Assign(S, 1, i->k, false);
   if (i->n & 1) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }
@@ -69,7 +69,7 @@ VL_NOINLINE const Instruction* BinaryStoreAny(CExecutor& x, const Instruction* i
   if (!AppendToTarget(x, i, S, L, i->n & 0xFF, a, b)) {
     ReduceSlowly(x, i, S, L, 2, i->n & 0xFF, a, b);
     CValue* target = x.FindName(*i->target.name, L);
-    if (!target) target = &x.MakeNamed(*i->target.name);
+    if (!target) target = &x.MakeNamed(*i->target.name, i->k);
     MoveValue(*target, S[2]);
   }
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
@@ -84,7 +84,7 @@ VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* 
     x.LoadName(S[1], *i->target.name, L);
     ReduceSlowly(x, i, S, L, 2, op, a, b);
     x.StandAt(S, 1, i->at);
-    x.Assign(S, 1, false);
+    x.Assign(S, 1, i->k, false);
   }
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);

@@ -65,14 +65,18 @@ const Instruction* Unary(CExecutor& x, const Instruction* i, CValue* S, CValue* 
 const Instruction* SwapDown(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& inner = S[i->k + 1];
-  slot.ForgetTarget();
-  if (slot.type <= VT_FLOAT && inner.type <= VT_FLOAT) {
-    std::swap(slot.type, inner.type);
-    std::swap(slot.data, inner.data);
-    std::swap(slot.lvalue, inner.lvalue);
-  } else {
-    CExecutor::SwapSlots(slot, inner);
+  if (slot.type <= VT_FLOAT && inner.type <= VT_FLOAT) [[likely]] {
+    const ValueType type = slot.type;
+    const CValue::Data data = slot.data;
+    PutNumber(slot, inner);
+    slot.lvalue = inner.lvalue;
+    inner.type = type;
+    inner.data = data;
+    inner.lvalue = nullptr;
+    VL_GO(i + 1);
   }
+  slot.ForgetTarget();
+  CExecutor::SwapSlots(slot, inner);
   VL_GO(i + 1);
 }
 
@@ -93,7 +97,7 @@ inline bool IsLateArray(const CValue& left) { return left.type == VT_NEW_ARRAY |
 
 void AssignSlowly(CExecutor& x, const Instruction* i, CValue* S, bool keepsPlace) {
   x.StandAt(S, i->k, i->at);
-  x.Assign(S, i->k, keepsPlace);
+  x.Assign(S, i->k, static_cast<uint16_t>(i->offsetA), keepsPlace);
 }
 
 }  // namespace
@@ -105,8 +109,30 @@ const Instruction* Assign(CExecutor& x, const Instruction* i, CValue* S, CValue*
   VL_GO(i + 1);
 }
 
+namespace {
+
+VL_NOINLINE const Instruction* AssignStatementSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  AssignSlowly(x, i, S, false);
+  VL_END_STATEMENT(i + 1);
+}
+
+}  // namespace
+
+// The values change places; behind a statement nobody asks for the slots' variables.
 const Instruction* AssignStatement(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  if (!AssignNumber(S[i->k], S[i->k + 1])) AssignSlowly(x, i, S, false);
+  CValue& left = S[i->k];
+  CValue& right = S[i->k + 1];
+  CValue* const target = left.lvalue;
+  if ((left.type | right.type) > VT_FLOAT || !target || target->type > VT_FLOAT) [[unlikely]]
+    return AssignStatementSlow(x, i, S, L);
+  const ValueType type = right.type;
+  const CValue::Data data = right.data;
+  target->type = type;
+  target->data = data;
+  right.type = left.type;
+  right.data = left.data;
+  left.type = type;
+  left.data = data;
   VL_END_STATEMENT(i + 1);
 }
 

@@ -32,6 +32,7 @@ const Instruction* StoreArray(CExecutor& x, const Instruction* i, CValue* S, CVa
 
 const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* ResetArguments(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* NewScriptEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -39,6 +40,8 @@ const Instruction* NewClass(CExecutor& x, const Instruction* i, CValue* S, CValu
 const Instruction* MemberCallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MemberCallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MemberGet(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* FixedCall(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ThisValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* WindowValue(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -46,12 +49,15 @@ const Instruction* InnerMember(CExecutor& x, const Instruction* i, CValue* S, CV
 
 const Instruction* OpenScope(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CloseScope(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* CloseLocals(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* EndStatement(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Jump(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* JumpStatement(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* JumpUnless(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* LoopIf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
-const Instruction* Return(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* EndEvent(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* LeaveRest(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* LeaveMethod(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* EndWalk(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Delete(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -72,8 +78,15 @@ Handler CountLoopOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 Handler StoreOf(Traces traces, OperandKind target, OperandKind b);
 Handler BinaryStoreOf(Traces traces, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
 Handler StepOf(Traces traces, uint16_t op, OperandKind a);
-Handler ReturnOf(Traces traces, OperandKind b);
+Handler ReturnOf(CodeKind code, Traces traces, OperandKind b);
 Handler ArgumentOf(Traces traces, OperandKind b);
+// The same for a call whose arguments run no code: straight to the parameter. With an operator, or 0 for `b` alone.
+Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
+// Such a call: passes over what does the same for anything else. Of a function's name, as code of that kind sees it.
+Handler PlainCallOf(Traces traces, CodeKind code);
+// Of a method of the script object that a name holds, or of This.
+Handler PlainMethodOf(Traces traces, OperandKind name);
+Handler PlainOwnMethodOf(Traces traces);
 // `name[b]` for reading or as the left side of an assignment.
 Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b);
 // Whether ElementStoreOf has a form with the operator.

@@ -38,9 +38,10 @@ struct NameInfo {
   int64_t offset = 0;          // in bytes from L; of a cell that never exists for a name that is no local
   CVariable** cell = nullptr;  // the newest global of that name
   uint32_t nameId = 0;
-  uint32_t token = 0;     // a token of that name
-  bool isLocal = false;   // may be a variable of a call's frame
-  bool sure = false;      // most likely is one: a parameter, or declared somewhere
+  uint32_t token = 0;    // a token of that name
+  bool isLocal = false;  // may be a variable of a call's frame
+  bool sure = false;     // most likely is one: a parameter, or declared somewhere
+  bool isParameter = false;
   bool declared = false;  // stands behind Var: only the frame is looked at
 };
 
@@ -103,6 +104,8 @@ struct Code {
   uint32_t slots = 1;
   uint32_t parameterCount = 0;
   const Instruction* first = nullptr;
+  // The function's block, from 1, in which an expression stands that a member evaluates, by its place in the stream.
+  std::unordered_map<uint32_t, uint16_t> levelAt;
   int32_t part = 0;  // of the application, that the source belongs to
 
   Code() = default;
