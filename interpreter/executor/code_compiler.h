@@ -182,6 +182,14 @@ class CCodeCompiler {
   bool IsPlainOperand(uint32_t at);
   Value PlainOperand(uint32_t at);
   void EmitShortcut(NameInfo* name, uint32_t subscript, uint32_t behind);
+  // Statements on numbers with variables of script objects.
+  struct Term {
+    uint8_t kind = kConstant;
+    Operand operand{};
+    int64_t offset = 0;
+  };
+  void EmitTerms();
+  bool ReadTerm(uint32_t& at, bool isTarget, Term& term);
   bool EmitPair(uint16_t k, const Evaluation& e, NameInfo* name, uint32_t first);
   void Unary(uint16_t k, Evaluation& e);
   void Parenthesis(uint16_t k, Evaluation& e);

@@ -158,6 +158,7 @@ void CCodeCompiler::ExpressionStatement() {
   e.label = NewLabel();
   statementDone_ = false;
   shortcut_ = kNone;
+  EmitTerms();
   Value value = Evaluate(e);
   if (failed_) return;
   if (!statementDone_) {

@@ -146,7 +146,8 @@ class CExecutor {
   bool collects = false;      // and one that collects objects
   uint32_t heldTexts = 0;     // texts whose member waits for its arguments without a String
   CVariable absent;
-  CValue scratch;  // an element that is only a number, while something needs it as a value of its own
+  CVariable* nowhere = &absent;  // the cell of a name that no global has
+  CValue scratch;                // an element that is only a number, while something needs it as a value of its own
   CVariableIndex globals;
 
  public:

@@ -38,16 +38,23 @@ VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CVa
   VL_GO(i + 1);
 }
 
+// A local behind Var that doesn't exist: the statement makes it.
+template <Traces T, OperandKind V>
+inline bool IsMadeHere(const Operand& name, const CValue& target) {
+  return T != kAllTraces && V == kLocal && target.type == VT_NEW_NAME && name.name->declared;
+}
+
 template <Traces T, OperandKind V, OperandKind B>
 const Instruction* Store(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[1];
   CValue& right = S[2];
   CValue* target = Read<V>(i->a, i->offsetA, nullptr, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
-  if (target->type > VT_FLOAT || b->type > VT_FLOAT) [[unlikely]]
+  if ((target->type > VT_FLOAT && !IsMadeHere<T, V>(i->a, *target)) || b->type > VT_FLOAT) [[unlikely]]
     return T != kNoTraces ? StoreSlow(x, i, S, L) : StoreAny(x, i, S, L);
   if (T != kNoTraces && (!left.IsPlain() || (B != kSlot && !right.IsPlain()))) [[unlikely]]
     return StoreSlow(x, i, S, L);
+  if (T != kAllTraces && V == kLocal && target->type == VT_NEW_NAME) target->level = i->k;
   const ValueType type = b->type;
   const CValue::Data data = b->data;
   if constexpr (T == kAllTraces) {
@@ -99,10 +106,11 @@ const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CV
   const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
   const int types = a->type | b->type;
-  if (types > VT_FLOAT || target->type > VT_FLOAT) [[unlikely]]
+  if (types > VT_FLOAT || (target->type > VT_FLOAT && !IsMadeHere<T, V>(i->target, *target))) [[unlikely]]
     return T != kNoTraces ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
   if (T != kNoTraces && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
     return BinaryStoreSlow(x, i, S, L);
+  if (T != kAllTraces && V == kLocal && target->type == VT_NEW_NAME) target->level = i->k;
   if (types == VT_INTEGER) {
     const int32_t v = b->data.integer;
     int32_t result;

@@ -45,10 +45,25 @@ struct NameInfo {
   bool declared = false;  // stands behind Var: only the frame is looked at
 };
 
+// A variable of the script object that a name holds.
+struct MemberInfo {
+  int64_t offset = 0;  // of the name
+  CVariable* const* cell = nullptr;
+  uint32_t nameId = 0;         // of the member
+  mutable uint32_t place = 0;  // where it was the last time
+};
+
+// A term of a statement on numbers, beside kName and kConstant.
+inline constexpr uint8_t kMemberTerm = kSlot;
+// With its kinds: the target is a local that the statement may make.
+inline constexpr uint16_t kMakesTarget = 0x100;
+enum class TermForm : uint8_t { One, Two, RightFirst, LeftFirst };
+
 union Operand {
   int64_t number;
   const NameInfo* name;  // kLocal, kName
   const CValue* constant;
+  const MemberInfo* member;
   const Instruction* target;
   uint64_t index;  // of the target, until all instructions are there
   const void* pointer;
@@ -96,6 +111,7 @@ struct Code {
   std::vector<Instruction> instructions;
   std::deque<NameInfo> names;
   std::deque<CValue> constants;
+  std::deque<MemberInfo> members;
   std::unordered_map<uint32_t, NameInfo*> byName;  // of the locals
   std::deque<std::vector<int64_t>> scopes;         // offsets of the locals that each block may make
   std::vector<int64_t> parameters;                 // offsets
