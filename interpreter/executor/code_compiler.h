@@ -199,7 +199,9 @@ class CCodeCompiler {
   void ClassConstant(uint16_t k);
   // Members behind a value that is found as `from` tells.
   void Members(uint16_t k, Evaluation& e, MemberFrom from);
-  uint32_t Arguments(uint16_t k);
+  uint32_t Arguments(uint16_t k, bool isFlushed = false);
+  bool KeepsTarget(const Evaluation& e) const;
+  bool AssignsBehind(uint32_t at) const;
   bool IsDropped(const Evaluation& e, uint16_t k) const;
   void NoteMember(uint32_t token);
   const MemberRow* QuickTextMember(uint32_t token) const;

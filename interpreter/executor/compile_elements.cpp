@@ -214,6 +214,17 @@ bool CCodeCompiler::RunsNoCode(uint32_t at) const {
   return false;
 }
 
+// Whether anything is assigned to in the rest of the statement.
+bool CCodeCompiler::AssignsBehind(uint32_t at) const {
+  for (int t = 0; t < kLookAhead; ++t) {
+    const uint16_t kind = KindAt(at);
+    if (kind == TK_SEMICOLON) return false;
+    if (Assigns(kind) || kind == TK_END) return true;
+    at = Next(at);
+  }
+  return true;
+}
+
 // Whether any class in use has a member of that name.
 bool CCodeCompiler::IsClassMember(uint32_t token) const {
   const std::string& name = i_.NameOf(i_.At(token));

@@ -83,11 +83,14 @@ void CCodeCompiler::Flush() {
   for (Value& value : values_) FlushOne(value);
 }
 
-void CCodeCompiler::FlushOperands(const Evaluation& e) {
+bool CCodeCompiler::KeepsTarget(const Evaluation& e) const {
   const bool isStatement = e.use == Use::Statement || e.use == Use::Increment;
-  const bool keepsTarget = x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement &&
-                           e.ops.size() > 1 && e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 &&
-                           values_[0].name;
+  return x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement && e.ops.size() > 1 &&
+         e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 && values_[0].name;
+}
+
+void CCodeCompiler::FlushOperands(const Evaluation& e) {
+  const bool keepsTarget = KeepsTarget(e);
   for (size_t v = 0; v < values_.size(); ++v) {
     if (v > 0 || !keepsTarget) FlushOne(values_[v]);
   }
@@ -388,7 +391,8 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   if (IsMemberToken(next)) {
     FlushOperands(e);
     PlainCall plain;
-    if (next == TK_MEMBER_CALL && (code_.kind != CodeKind::Method || name->sure) && ScanPlain(plain)) {
+    if (next == TK_MEMBER_CALL && (code_.kind != CodeKind::Method || name->sure) && !QuickTextMember(at_) &&
+        ScanPlain(plain)) {
       Value value;
       value.kind = name->sure ? kLocal : kName;
       value.name = name;

@@ -201,10 +201,18 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     const uint32_t token = at_;
     const uint16_t kind = Kind();
     if (kind == TK_MEMBER_CALL) {
-      Flush();
-      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from)).b.pointer = QuickTextMember(token);
+      // A call changes no local of its caller: what is assigned to a local need not be known before.
+      const MemberRow* quick = QuickTextMember(token);
+      const bool keepsTarget = quick && code_.kind == CodeKind::Function && KeepsTarget(e) && !AssignsBehind(token) &&
+                               values_[0].kind == kLocal;
+      if (keepsTarget) {
+        FlushOperands(e);
+      } else {
+        Flush();
+      }
+      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from)).b.pointer = quick;
       Step1();
-      const uint32_t count = Arguments(k);
+      const uint32_t count = Arguments(k, keepsTarget);
       if (failed_) return;
       const uint32_t instruction = Here();
       const bool mayBeEvent = Kind() == TK_ASSIGN;

@@ -71,9 +71,15 @@ void CCodeCompiler::EmitTerms() {
     }
   }
   shortcut_ = Here();
-  const uint32_t kinds =
-      target.kind | terms[0].kind << 2 | terms[1].kind << 4 | terms[2].kind << 6 | (makes ? kMakesTarget : 0);
-  Instruction& i = Emit(handlers::TermsOf(x_.traces, form, ops[0], ops[1]), 2, kinds);
+  const uint32_t kinds = target.kind | terms[0].kind << 2 | terms[1].kind << 4 | terms[2].kind << 6;
+  TermTarget to = makes ? TermTarget::Made : TermTarget::Name;
+  if (target.kind == kMemberTerm) {
+    const bool isFirst = terms[0].kind == kMemberTerm && terms[0].operand.member->cell == target.operand.member->cell &&
+                         terms[0].operand.member->offset == target.operand.member->offset &&
+                         terms[0].operand.member->nameId == target.operand.member->nameId;
+    to = isFirst ? TermTarget::First : TermTarget::Member;
+  }
+  Instruction& i = Emit(handlers::TermsOf(x_.traces, form, to, ops[0], ops[1]), 2, kinds);
   i.k = Level();
   i.target = target.operand;
   i.offsetTarget = target.offset;
@@ -81,7 +87,7 @@ void CCodeCompiler::EmitTerms() {
   i.offsetA = terms[0].offset;
   i.b = terms[1].operand;
   i.offsetB = terms[1].offset;
-  Instruction& more = Emit(handlers::Jump, 2);
+  Instruction& more = Emit(handlers::Jump, 2, form == TermForm::One ? 2 : form == TermForm::RightFirst ? 4 : 3);
   more.a = terms[2].operand;
   more.offsetA = terms[2].offset;
 }

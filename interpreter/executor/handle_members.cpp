@@ -38,6 +38,12 @@ VL_NOINLINE const Instruction* NotePlaces(CExecutor& x, const Instruction* i, CV
   VL_GO(i + 2);
 }
 
+// What the walk would leave in the slots are numbers: an object that lies there goes.
+VL_NOINLINE const Instruction* FreeSlots(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  for (uint32_t k = 1; k <= i[1].n; ++k) S[k].SetInt(0);
+  VL_GO(i);
+}
+
 struct Number {
   ValueType type;
   CValue::Data data;
@@ -58,62 +64,99 @@ VL_ALWAYS_INLINE Number On(const A& a, const B& b) {
   return result;
 }
 
+template <TermForm F, uint16_t First, uint16_t Second, typename N, typename O>
+VL_ALWAYS_INLINE auto Calculate(const N& a, const N& b, const N& c, const O& on) {
+  if constexpr (F == TermForm::Two) {
+    return on.template operator()<First>(a, b);
+  } else if constexpr (F == TermForm::RightFirst) {
+    return on.template operator()<First>(a, on.template operator()<Second>(b, c));
+  } else {
+    return on.template operator()<Second>(on.template operator()<First>(a, b), c);
+  }
+}
+
+template <TermForm F>
+constexpr int kSlotsOf = F == TermForm::One          ? 2
+                         : F == TermForm::RightFirst ? 4
+                                                     : 3;
+
+template <int Count>
+VL_ALWAYS_INLINE bool ArePlain(const CValue* S) {
+  int types = S[1].type | S[2].type;
+  if (Count > 2) types |= S[3].type;
+  if (Count > 3) types |= S[4].type;
+  if (types <= VT_FLOAT) [[likely]]
+    return true;
+  return S[1].IsPlain() && S[2].IsPlain() && (Count < 3 || S[3].IsPlain()) && (Count < 4 || S[4].IsPlain());
+}
+
 // `target = a`, `target = a op b`, `target = a op (b op c)` and `target = (a op b) op c`, by the operators' precedence.
-template <Traces T, TermForm F, uint16_t First, uint16_t Second>
+template <Traces T, TermForm F, uint16_t First, uint16_t Second, TermTarget K>
 const Instruction* Terms(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const uint32_t kinds = i->n;
-  CValue* target = kinds & kMakesTarget ? &At(L, i->offsetTarget) : ReadTerm(kinds & 3, i->target, i->offsetTarget, L);
-  const CValue* a = ReadTerm(kinds >> 2 & 3, i->a, i->offsetA, L);
+  CValue* target = K == TermTarget::Made   ? &At(L, i->offsetTarget)
+                   : K == TermTarget::Name ? Read<kName>(i->target, i->offsetTarget, nullptr, L)
+                                           : FindMember(*i->target.member, L);
+  const CValue* a = K == TermTarget::First ? target : ReadTerm(kinds >> 2 & 3, i->a, i->offsetA, L);
   const CValue* b = F == TermForm::One ? a : ReadTerm(kinds >> 4 & 3, i->b, i->offsetB, L);
-  const CValue* c = F <= TermForm::Two ? a : ReadTerm(kinds >> 6 & 3, i[1].a, i[1].offsetA, L);
+  const CValue* c = F <= TermForm::Two ? b : ReadTerm(kinds >> 6 & 3, i[1].a, i[1].offsetA, L);
   if (!target || !a || !b || !c) [[unlikely]]
     return NotePlaces(x, i, S, L);
-  if ((a->type | b->type | c->type) > VT_FLOAT) [[unlikely]]
+  const int types = a->type | b->type | c->type;
+  if (types > VT_FLOAT) [[unlikely]]
     VL_GO(i + 2);
-  if (target->type > VT_FLOAT && !(kinds & kMakesTarget && target->type == VT_NEW_NAME)) [[unlikely]]
+  if (target->type > VT_FLOAT && !(K == TermTarget::Made && target->type == VT_NEW_NAME)) [[unlikely]]
     VL_GO(i + 2);
-  if (T != kNoTraces && !(S[1].IsPlain() && S[2].IsPlain() && S[3].IsPlain() && S[4].IsPlain())) [[unlikely]]
-    VL_GO(i + 2);
-  if (kinds & kMakesTarget && target->type == VT_NEW_NAME) target->level = i->k;
+  if (T != kNoTraces && !ArePlain<kSlotsOf<F>>(S)) [[unlikely]]
+    return FreeSlots(x, i, S, L);
+  if (K == TermTarget::Made && target->type == VT_NEW_NAME) target->level = i->k;
   if constexpr (F == TermForm::One) {
     PutNumber(*target, *a);
+  } else if ((a->type & b->type & c->type) == VT_FLOAT) {
+    const double result = Calculate<F, First, Second>(
+        a->data.real, b->data.real, c->data.real, []<uint16_t Op>(double u, double v) { return Arithmetic<Op>(u, v); });
+    PutReal(*target, result);
   } else {
-    Number result;
-    if constexpr (F == TermForm::Two) {
-      result = On<First>(*a, *b);
-    } else if constexpr (F == TermForm::RightFirst) {
-      result = On<First>(*a, On<Second>(*b, *c));
-    } else {
-      result = On<Second>(On<First>(*a, *b), *c);
-    }
+    const Number result =
+        Calculate<F, First, Second>(Number{a->type, a->data}, Number{b->type, b->data}, Number{c->type, c->data},
+                                    []<uint16_t Op>(const Number& u, const Number& v) { return On<Op>(u, v); });
     target->type = result.type;
     target->data = result.data;
   }
   VL_END_STATEMENT(i + i->at);
 }
 
+template <Traces T, TermForm F, uint16_t First, uint16_t Second>
+Handler TermsTo(TermTarget target) {
+  static constexpr Handler kTable[] = {
+      Terms<T, F, First, Second, TermTarget::Name>, Terms<T, F, First, Second, TermTarget::Made>,
+      Terms<T, F, First, Second, TermTarget::Member>, Terms<T, F, First, Second, TermTarget::First>};
+  return kTable[static_cast<int>(target)];
+}
+
 template <Traces T>
-Handler TermsFor(TermForm form, uint16_t first, uint16_t second) {
+Handler TermsFor(TermForm form, TermTarget target, uint16_t first, uint16_t second) {
   switch (form) {
     case TermForm::One:
-      return Terms<T, TermForm::One, TK_ADD, TK_ADD>;
+      return TermsTo<T, TermForm::One, TK_ADD, TK_ADD>(target);
     case TermForm::Two:
-      return first == TK_ADD   ? Terms<T, TermForm::Two, TK_ADD, TK_ADD>
-             : first == TK_SUB ? Terms<T, TermForm::Two, TK_SUB, TK_ADD>
-                               : Terms<T, TermForm::Two, TK_MUL, TK_ADD>;
+      return first == TK_ADD   ? TermsTo<T, TermForm::Two, TK_ADD, TK_ADD>(target)
+             : first == TK_SUB ? TermsTo<T, TermForm::Two, TK_SUB, TK_ADD>(target)
+                               : TermsTo<T, TermForm::Two, TK_MUL, TK_ADD>(target);
     case TermForm::RightFirst:
-      return first == TK_ADD ? Terms<T, TermForm::RightFirst, TK_ADD, TK_MUL>
-                             : Terms<T, TermForm::RightFirst, TK_SUB, TK_MUL>;
+      return first == TK_ADD ? TermsTo<T, TermForm::RightFirst, TK_ADD, TK_MUL>(target)
+                             : TermsTo<T, TermForm::RightFirst, TK_SUB, TK_MUL>(target);
     default:
-      return second == TK_ADD ? Terms<T, TermForm::LeftFirst, TK_MUL, TK_ADD>
-                              : Terms<T, TermForm::LeftFirst, TK_MUL, TK_SUB>;
+      return second == TK_ADD ? TermsTo<T, TermForm::LeftFirst, TK_MUL, TK_ADD>(target)
+                              : TermsTo<T, TermForm::LeftFirst, TK_MUL, TK_SUB>(target);
   }
 }
 
 }  // namespace
 
-Handler TermsOf(Traces traces, TermForm form, uint16_t first, uint16_t second) {
-  return traces == kNoTraces ? TermsFor<kNoTraces>(form, first, second) : TermsFor<kObjectTraces>(form, first, second);
+Handler TermsOf(Traces traces, TermForm form, TermTarget target, uint16_t first, uint16_t second) {
+  return traces == kNoTraces ? TermsFor<kNoTraces>(form, target, first, second)
+                             : TermsFor<kObjectTraces>(form, target, first, second);
 }
 
 }  // namespace vl::handlers

@@ -30,6 +30,18 @@ VL_NOINLINE const Instruction* StoreAny(CExecutor& x, const Instruction* i, CVal
 
 VL_NOINLINE const Instruction* StoreSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const auto b = static_cast<OperandKind>(i->n >> 3 & 3);
+  CValue& local = At(L, i->offsetA);
+  if (x.traces != kAllTraces && b == kSlot && i->a.name->declared && i->a.name->isLocal && local.type == VT_NEW_NAME &&
+      (S[2].type < VT_NEW_NAME || S[2].type > VT_NEW_ELEMENT)) {
+    // Behind Var: it is made here.
+    local.type = VT_INTEGER;
+    local.level = i->k;
+    local.Assign(S[2]);
+    S[1].SetNew(VT_NEW_NAME, i->a.name->token);
+    CExecutor::SwapSlots(S[1], S[2]);
+    if (i->n & 1) VL_END_STATEMENT(i + 1);
+    VL_GO(i + 1);
+  }
   x.LoadName(S[1], *i->a.name, L);
   if (b != kSlot) LoadOperand(x, S[2], b, i->b, L);
   x.StandAt(S, 1, i->at);

@@ -97,9 +97,9 @@ bool HasElementForm(uint16_t op);
 Handler ElementStoreOf(Traces traces, uint16_t op, OperandKind name, bool isConstB, bool isConstTarget,
                        bool isConstMore);
 // A statement on numbers whose terms are names, constants and variables of script objects: `target`, `a`, `b`, and `c`
-// in the instruction behind it; `n` tells their kinds, 2 bits each from `target` on. Goes over `at` instructions where
-// it can do that, and to those behind its own otherwise.
-Handler TermsOf(Traces traces, TermForm form, uint16_t first, uint16_t second);
+// in the instruction behind it, whose `n` is the count of slots that the walk would write; `n` tells their kinds, 2
+// bits each from `target` on. Goes over `at` instructions where it can do that, and to those behind its own otherwise.
+Handler TermsOf(Traces traces, TermForm form, TermTarget target, uint16_t first, uint16_t second);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
 // `=` as a statement with the right side as an operand, where a slot's rest need not be kept.

@@ -55,9 +55,9 @@ struct MemberInfo {
 
 // A term of a statement on numbers, beside kName and kConstant.
 inline constexpr uint8_t kMemberTerm = kSlot;
-// With its kinds: the target is a local that the statement may make.
-inline constexpr uint16_t kMakesTarget = 0x100;
 enum class TermForm : uint8_t { One, Two, RightFirst, LeftFirst };
+// Made: a local that the statement may make. First: the member that is the first term, too.
+enum class TermTarget : uint8_t { Name, Made, Member, First };
 
 union Operand {
   int64_t number;

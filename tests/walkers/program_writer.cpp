@@ -35,7 +35,7 @@ std::string CProgramWriter::ObjectExpression() {
 std::string CProgramWriter::TextExpression(int depth) {
   switch (Below(8)) {
     case 5:
-      return "(t + t)";
+      return "(t + t.SubString(0, 2))";
     case 6:
       return "t.CharAt(" + Primary(depth - 1) + ")";
     case 7:
@@ -177,6 +177,8 @@ void CProgramWriter::Assignment() {
       ElementStatement();
       return;
     case 16:
+      // Not a text that grows without end.
+      Line("t = t.SubString(0, 30);");
       Line("t = t + " + (Chance(70) ? Primary(1) : TextExpression(1)) + ";");
       return;
     case 17:
