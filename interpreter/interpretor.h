@@ -218,6 +218,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // --- What the executor shares with the walker ---
   // Whether the program runs from instructions, not by the walk over its tokens.
   bool IsPrepared() const { return executor_ != nullptr; }
+  // Prepares every function now, not at its first call. False when the program can't run from instructions after all.
+  bool PrepareAll();
   // Whether the evaluation slots hold what the walk would leave in them.
   bool KeepsSlots() const;
   // Runs an operator on values[sp] and values[sp + 1].

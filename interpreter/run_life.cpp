@@ -205,6 +205,8 @@ void CInterpretor::PrepareNames() {
 
 bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->traces == kAllTraces; }
 
+bool CInterpretor::PrepareAll() { return !executor_ || executor_->PrepareAll(); }
+
 // What the executor can't run as a whole is left to the walker.
 void CInterpretor::PrepareExecutor() {
   if (param.referenceWalker) return;

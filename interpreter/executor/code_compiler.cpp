@@ -115,6 +115,8 @@ void CCodeCompiler::AddLocal(uint32_t token) {
   name.token = token;
   name.cell = x_.CellOf(nameId);
   name.isLocal = true;
+  // Where no global of that name is in sight.
+  name.sure = code_.kind == CodeKind::Function && *name.cell == &x_.absent && !x_.topNames.contains(nameId);
   name.offset = NewLocal();
   code_.byName[nameId] = &name;
 }

@@ -147,6 +147,7 @@ class CCodeCompiler {
   void DoBreak(bool isContinue);
   void DoReturn();
   void EmitReturnZero();
+  void ReturnOfTwo();
   void OpenScope(const BlockRecord& block);
   void EmitClose(uint32_t levels);
   void PopScope();
@@ -161,6 +162,7 @@ class CCodeCompiler {
   void PrimaryOther(uint16_t k, Evaluation& e);
   void Reduce(uint16_t op, uint16_t k, Evaluation& e);
   bool StoreStatement(uint16_t op, const Evaluation& e);
+  void Accumulate(const Value& target);
   void AssignStatement(uint16_t k);
   void Conditional(uint16_t k, Evaluation& e);
   void PrimaryName(uint16_t k, Evaluation& e);

@@ -69,7 +69,6 @@ bool CCodeCompiler::ScanOperand(uint32_t& at, Value& value) {
 
 // The arguments of the call at the cursor, when each is an operand or a sum, difference, product or mask of two.
 bool CCodeCompiler::ScanPlain(PlainCall& call) {
-  if (nest_ > 0) return false;
   uint32_t at = Next(at_);
   while (KindAt(at) != TK_PAREN_CLOSE) {
     PlainArgument argument;
@@ -99,11 +98,16 @@ Instruction& CCodeCompiler::EmitPlain(PlainCall& call, uint16_t k, Handler run) 
   const uint32_t common = NewLabel();
   call.behind = NewLabel();
   const auto count = static_cast<uint32_t>(call.arguments.size());
+  if (nest_ > 0) {
+    JumpToLabel(Here(), common);
+    Emit(handlers::PlainLevel, k, nest_);
+  }
   for (uint32_t p = 0; p < count; ++p) {
     const PlainArgument& argument = call.arguments[p];
     BehindLocals(Here());
     JumpToLabel(Here(), common);
-    Instruction& i = Emit(handlers::ParameterOf(x_.traces, argument.op, argument.a.kind, argument.b.kind), k + 1u, p);
+    Instruction& i = Emit(handlers::ParameterOf(x_.traces, argument.op, argument.a.kind, argument.b.kind), k + 1u,
+                          p + nest_ * limits::kArgumentsPerLevel);
     SetA(i, argument.a);
     SetB(i, argument.b);
     i.offsetTarget = static_cast<int64_t>((p + 1) * sizeof(CValue));
@@ -111,7 +115,7 @@ Instruction& CCodeCompiler::EmitPlain(PlainCall& call, uint16_t k, Handler run) 
   const uint32_t instruction = Here();
   BehindLocals(instruction);
   JumpToLabel(instruction, call.behind);
-  Emit(run, k, count);
+  Emit(run, k, count | nest_ << 8);
   Bind(common);
   if (count > 0) {
     BehindLocals(Here());
@@ -125,7 +129,7 @@ void CCodeCompiler::Call(uint16_t k) {
   NameInfo* name = NameAt(at_);
   PlainCall plain;
   if (ScanPlain(plain)) {
-    Instruction& i = EmitPlain(plain, k, handlers::PlainCallOf(x_.traces, code_.kind));
+    Instruction& i = EmitPlain(plain, k, handlers::PlainCallOf(x_.traces, code_.kind, nest_ > 0));
     i.a.pointer = name->cell;
     i.offsetA = name->nameId;
   }

@@ -208,7 +208,8 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
     std::vector<Instruction>& all = code_.instructions;
     const bool joins = right.kind == kSlot && lastBinary_ + 1 == Here() && all.back().k == 2;
     const uint16_t binary = joins ? all.back().n & 0xFF : 0;
-    if (binary == TK_ADD || binary == TK_SUB || binary == TK_MUL) {
+    const bool isJoined = binary == TK_ADD || binary == TK_SUB || binary == TK_MUL;
+    if (isJoined) {
       Instruction& i = all.back();
       const auto a = static_cast<OperandKind>(i.n >> 8 & 3);
       const auto b = static_cast<OperandKind>(i.n >> 10 & 3);
@@ -223,11 +224,32 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       SetB(i, right);
     }
     code_.instructions.back().k = Level();
+    if (isJoined && isStatement) Accumulate(left);
   }
   values_.clear();
   PushSlot(1);
   statementDone_ = true;
   return true;
+}
+
+// `sum = sum + a * b`, whose two operators are the last instructions: one in front of them does both.
+void CCodeCompiler::Accumulate(const Value& target) {
+  std::vector<Instruction>& all = code_.instructions;
+  if (x_.traces != kNoTraces || target.kind != kLocal || all.size() < 2) return;
+  const Instruction& outer = all.back();
+  const Instruction& inner = all[all.size() - 2];
+  const auto kindOfA = [](const Instruction& i) { return static_cast<OperandKind>(i.n >> 8 & 3); };
+  const auto kindOfB = [](const Instruction& i) { return static_cast<OperandKind>(i.n >> 10 & 3); };
+  const auto op = static_cast<uint16_t>(inner.n & 0xFF);
+  if (kindOfA(outer) != kLocal || kindOfB(outer) != kSlot || outer.offsetA != target.name->offset) return;
+  if (inner.k != 3 || op < TK_ADD || op > TK_OPERATOR_LAST || kindOfA(inner) != kLocal ||
+      inner.run != handlers::BinaryOf(x_.traces, op, kLocal, kindOfB(inner))) {
+    return;
+  }
+  Instruction both = inner;
+  both.run = handlers::AccumulateOf(outer.n & 0xFF, op, kindOfB(inner));
+  both.offsetTarget = target.name->offset;
+  if (both.run) all.insert(all.end() - 2, both);
 }
 
 // The end of a statement that assigns to an element or a member.
@@ -284,10 +306,11 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     PushSlot(k);
     return;
   }
-  if (op < TK_CONDITIONAL || NeedsTarget(e)) Flush();
+  const bool isBinary = op > TK_CONDITIONAL && op != TK_NOT && op != TK_COMPLEMENT;
+  if (!isBinary || NeedsTarget(e)) Flush();
   Value& left = values_[values_.size() - 2];
   Value& right = values_.back();
-  if (op < TK_CONDITIONAL) {
+  if (!isBinary) {
     Emit(handlers::ReduceAny, k, op);
   } else {
     if (left.kind == kConstant || left.isDefault) FlushOne(left);
@@ -391,8 +414,8 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   if (IsMemberToken(next)) {
     FlushOperands(e);
     PlainCall plain;
-    if (next == TK_MEMBER_CALL && (code_.kind != CodeKind::Method || name->sure) && !QuickTextMember(at_) &&
-        ScanPlain(plain)) {
+    if (next == TK_MEMBER_CALL && nest_ == 0 && (code_.kind != CodeKind::Method || name->sure) &&
+        !QuickTextMember(at_) && ScanPlain(plain)) {
       Value value;
       value.kind = name->sure ? kLocal : kName;
       value.name = name;

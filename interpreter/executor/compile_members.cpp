@@ -91,13 +91,7 @@ const MemberRow* CCodeCompiler::QuickTextMember(uint32_t token) const {
 
 // A member of any class in use that might leave its slot as it was.
 void CCodeCompiler::NoteMember(uint32_t token) {
-  const std::string& name = i_.NameOf(i_.At(token));
-  for (uint32_t id = 1; id <= kClassCount && !x_.suspects; ++id) {
-    const CIClassInfo* info = i_.ClassInfo(id);
-    const KeywordRow* known = info && info->table ? info->keywords->Find(name) : nullptr;
-    const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
-    if (row && row->kind != MemberKind::Constant && !row->gives) x_.suspects = true;
-  }
+  if (x_.SlotShowers(TokenNameId(i_.At(token))) & x_.families) x_.suspects = true;
 }
 
 void CCodeCompiler::ClassConstant(uint16_t k) {
@@ -140,7 +134,8 @@ void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
         if (kind == TK_CURWINDOW) Emit(handlers::WindowValue, k, 1);
         Step1();
         PlainCall plain;
-        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && ScanPlain(plain)) {
+        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && nest_ == 0 &&
+            ScanPlain(plain)) {
           EmitPlain(plain, k, handlers::PlainOwnMethodOf(x_.traces));
         }
         Members(k, e, kind == TK_THIS ? MemberFrom::This : MemberFrom::CurWindow);

@@ -431,12 +431,27 @@ void CCodeCompiler::DoReturn() {
     EmitReturnZero();
     return;
   }
+  const size_t exits = exits_.size();
   Value value = EvaluateNested(0, Use::Other);
   if (failed_) return;
   if (value.isDefault) FlushOne(value);
+  if (value.kind == kSlot && exits_.size() == exits) ReturnOfTwo();
   BehindLocals(Here());
   Instruction& i = Emit(handlers::ReturnOf(code_.kind, x_.traces, value.kind), 0, value.kind);
   SetB(i, value);
+}
+
+// Puts an instruction in front of the operator that gives the value, which does that and the return.
+void CCodeCompiler::ReturnOfTwo() {
+  if (x_.traces != kNoTraces || code_.kind == CodeKind::Global || lastBinary_ + 1 != Here()) return;
+  std::vector<Instruction>& all = code_.instructions;
+  Instruction both = all.back();
+  if (both.k != 1) return;
+  both.run = handlers::ReturnOfTwoOf(both.n & 0xFF, static_cast<OperandKind>(both.n >> 8 & 3),
+                                     static_cast<OperandKind>(both.n >> 10 & 3));
+  if (!both.run) return;
+  BehindLocals(Here() - 1);
+  all.insert(all.end() - 1, both);
 }
 
 void CCodeCompiler::EmitReturnZero() {

@@ -4,6 +4,7 @@
 
 #include "host/appfile/app_file.h"
 #include "interpreter/executor/code_compiler.h"
+#include "interpreter/executor/code_scan.h"
 #include "interpreter/executor/handlers.h"
 
 namespace vl {
@@ -83,6 +84,7 @@ CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interp
   lastFrame = top + limits::kMaxCallDepth;
   leaveRest.run = handlers::LeaveRest;
   leaveMethod.run = handlers::LeaveMethod;
+  leaveLevel.run = handlers::LeaveLevel;
 }
 
 CExecutor::~CExecutor() {
@@ -92,27 +94,54 @@ CExecutor::~CExecutor() {
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
 
-// Few programs need all traces; what a program needs is known once it is compiled.
+// Functions are prepared at their first calls, but for those that may hold what only the walker knows.
 bool CExecutor::Prepare() {
-  traces = i.newSeen ? kObjectTraces : kNoTraces;
-  if (!CompileAll()) return false;
-  const Traces needed = suspects ? kAllTraces : collects ? kObjectTraces : traces;
-  if (needed == traces) return true;
-  traces = needed;
-  codes_.clear();
-  return CompileAll();
+  CCodeScan scan(*this);
+  scan.Run();
+  families = scan.families;
+  const auto needed = [&] { return suspects ? kAllTraces : collects || i.newSeen ? kObjectTraces : kNoTraces; };
+  suspects = scan.suspects;
+  collects = scan.collects;
+  do {
+    traces = needed();
+    codes_.clear();
+    codeOf_.assign(i.blocks.size(), {});
+    for (const BlockRecord& block : i.blocks) {
+      if (block.kind != kBlockFunction || !scan.rare[static_cast<size_t>(&block - i.blocks.data())]) continue;
+      if (!CodeOf(block, CodeKind::Function)) return false;
+    }
+    auto top = std::make_unique<Code>();
+    if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
+    code = top.get();
+    codes_.push_back(std::move(top));
+  } while (needed() != traces);
+  return true;
 }
 
-bool CExecutor::CompileAll() {
-  codeOf_.assign(i.blocks.size(), {});
+CExecutor::Family CExecutor::FamilyOf(uint32_t classId) {
+  if (classId >= CLASS_CAMERA && classId <= CLASS_POINT3D) return kSceneFamily;
+  if (classId >= CLASS_VEX && classId <= CLASS_VEXSTATS) return kNetFamily;
+  return kAnyFamily;
+}
+
+uint8_t CExecutor::SlotShowers(uint32_t nameId) {
+  const auto [known, isNew] = slotShowers_.try_emplace(nameId, uint8_t{0});
+  if (!isNew) return known->second;
+  const std::string& name = i.namePool->Name(nameId);
+  for (uint32_t id = 1; id <= kClassCount; ++id) {
+    const CIClassInfo* info = i.ClassInfo(id);
+    const KeywordRow* found = info && info->table ? info->keywords->Find(name) : nullptr;
+    const MemberRow* row = found && found->id < info->rows.size() ? info->rows[found->id] : nullptr;
+    if (row && row->kind != MemberKind::Constant && !row->gives) known->second |= FamilyOf(id);
+  }
+  return known->second;
+}
+
+bool CExecutor::PrepareAll() {
   for (const BlockRecord& block : i.blocks) {
     if (block.kind == kBlockFunction && !CodeOf(block, CodeKind::Function)) return false;
   }
-  auto top = std::make_unique<Code>();
-  if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
-  code = top.get();
-  codes_.push_back(std::move(top));
-  return true;
+  return traces == kAllTraces || (!suspects && (traces == kObjectTraces || (!collects && !i.newSeen)));
 }
 
 Code* CExecutor::MakeCode(const BlockRecord& block, CodeKind kind) {
@@ -205,9 +234,7 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
   i.thisObject = &self;
   code = callee;
   S = slot;
-  argBase = level;
-  i.argDepth = level;
-  bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  SetLevel(level);
   L = locals;
   uint32_t p = 0;
   for (const int64_t parameter : callee->parameters) {
@@ -236,6 +263,7 @@ const Instruction* CExecutor::Leave() {
   L = frame.L;
   if (frame.back == &leaveRest) return FinishLeave();
   if (frame.back == &leaveMethod) return FinishMethod();
+  if (frame.back == &leaveLevel) return FinishLevel();
   return frame.back;
 }
 
@@ -248,6 +276,12 @@ const Instruction* CExecutor::FinishMethod() {
   return then;
 }
 
+const Instruction* CExecutor::FinishLevel() {
+  DropHidden();
+  SetLevel(top[1].argBase);
+  return top[1].then;
+}
+
 const Instruction* CExecutor::FinishLeave() {
   const Frame frame = top[1];
   DropHidden();
@@ -257,9 +291,7 @@ const Instruction* CExecutor::FinishLeave() {
   }
   i.thisObject = frame.self;
   if (segment_ != frame.segment) SetSegment(frame.segment);
-  argBase = frame.argBase;
-  i.argDepth = argBase;
-  bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
+  SetLevel(frame.argBase);
   if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
   if (!frame.held) [[likely]]
     return frame.then;
@@ -388,7 +420,7 @@ CValue& CExecutor::MakeVariable(uint32_t nameId, uint16_t level) {
     hidden.emplace_back(&i, &local, top).value.Assign(local);
     ++hiddenCount;
     // The end of the call must look for it.
-    if (top->back != &leaveRest && top->back != &leaveMethod) MakeFull(*top);
+    if (IsPlainEnd(top->back)) MakeFull(*top);
   }
   local.SetInt(0);
   local.level = level;

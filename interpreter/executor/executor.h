@@ -5,6 +5,8 @@
 // loop now and then, which is where a host that must not be blocked could take over.
 #pragma once
 
+#include <unordered_set>
+
 #include "interpreter/executor/instruction.h"
 #include "interpreter/interpretor.h"
 
@@ -19,6 +21,8 @@ class CExecutor {
 
   // False when the program holds something that only the walker knows; nothing has run then.
   bool Prepare();
+  // Prepares every function now. False when one can't be, or needs traces that aren't kept: then Prepare was wrong.
+  bool PrepareAll();
   // Runs the program from its start. Throws as the walker does.
   void RunProgram();
   // Runs an event function: its arguments are in the bank.
@@ -70,12 +74,29 @@ class CExecutor {
                            CValue* slot, const Instruction* back, uint32_t level, uint32_t count, bool constructs);
   // Ends the current call; its value is in S[0]. Gives what comes next, with S and L set.
   const Instruction* Leave();
-  // What `leaveRest` and `leaveMethod` do: undoes what more than a plain call the one that has just ended has changed.
+  // What `leaveRest`, `leaveMethod` and `leaveLevel` do: undoes what more than a plain call the one that has just ended
+  // has changed.
   const Instruction* FinishLeave();
   const Instruction* FinishMethod();
+  const Instruction* FinishLevel();
   Code* CodeOf(const BlockRecord& block, CodeKind kind) {
     Code* known = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
     return known ? known : MakeCode(block, kind);
+  }
+  // Has `frame`, of a call that starts, end with what another level of arguments takes.
+  void TakeLevel(Frame& frame, const Instruction* back, uint32_t level) {
+    frame.back = &leaveLevel;
+    frame.then = back;
+    frame.argBase = argBase;
+    SetLevel(level);
+  }
+  void SetLevel(uint32_t level) {
+    argBase = level;
+    i.argDepth = level;
+    bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  }
+  bool IsPlainEnd(const Instruction* back) const {
+    return back != &leaveRest && back != &leaveMethod && back != &leaveLevel;
   }
   void CloseScope(const std::vector<int64_t>& offsets, uint16_t level);
 
@@ -117,7 +138,19 @@ class CExecutor {
     published_ = true;
   }
   void Adopt();
-  bool IsSliceOver() { return ++rounds_ % kRoundsOfSlice == 0; }
+  bool IsSliceOver() {
+    if (--rounds_ > 0) return false;
+    rounds_ = kRoundsOfSlice;
+    return true;
+  }
+  // Objects of these come from New or from others of their family; those of all other classes may come from anywhere.
+  enum Family : uint8_t { kAnyFamily = 1, kSceneFamily = 2, kNetFamily = 4 };
+  static Family FamilyOf(uint32_t classId);
+  // The families of the classes with a member of that name that may leave its slot as it was.
+  uint8_t SlotShowers(uint32_t nameId);
+  uint8_t families = kAnyFamily;  // of which the program may have objects
+  // Names that the top level assigns to: most likely these are globals wherever they stand.
+  std::unordered_set<uint32_t> topNames;
 
   CInterpretor& i;
   int32_t fuel = 0;  // statements until Housekeep is needed
@@ -136,6 +169,7 @@ class CExecutor {
   Frame* lastFrame = nullptr;
   Instruction leaveRest;
   Instruction leaveMethod;
+  Instruction leaveLevel;  // of a call among the arguments of another one
   std::vector<Pending> pending;
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
@@ -169,7 +203,6 @@ class CExecutor {
   CValue* FreeLocals() const { return L + code->locals; }
   class Run;
   void RunFrom(const Instruction* start);
-  bool CompileAll();
   void Unwind(Frame* frame, size_t pendingCount);
   void DropPending();
   void ReleaseLocals();
@@ -180,24 +213,25 @@ class CExecutor {
 
   std::vector<std::array<Code*, 3>> codeOf_;  // by block
   std::vector<std::unique_ptr<Code>> codes_;
+  std::unordered_map<uint32_t, uint8_t> slotShowers_;  // by name
   std::unordered_map<uint32_t, std::unique_ptr<Code>> expressions_;
   std::vector<std::unique_ptr<CValue[], void (*)(CValue*)>> segments_;
   uint32_t segment_ = 0;
   int32_t savedFuel_ = 0;
   bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
   bool published_ = true;  // the interpreter's countdown is the true one
-  uint32_t rounds_ = 0;
+  uint32_t rounds_ = kRoundsOfSlice;
 };
 
 inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
                                                 uint32_t level, uint32_t count) {
   CValue* const locals = FreeLocals();
-  if (top == lastFrame || slot > slotsSafe || locals > localsSafe || level != argBase ||
-      count < callee.parameterCount || !IsPlainCallee(callee)) [[unlikely]] {
+  if (top == lastFrame || slot > slotsSafe || locals > localsSafe || count < callee.parameterCount ||
+      !IsPlainCallee(callee)) [[unlikely]] {
     return nullptr;
   }
   // The parameters are the first locals. What isn't plain numbers takes the other way, which fills them anew.
-  const CValue* argument = bank;
+  const CValue* argument = bank + (level - argBase) * limits::kArgumentsPerLevel;
   CValue* const behind = locals + 1 + callee.parameterCount;
   for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
     if (argument->type > VT_FLOAT) [[unlikely]] {
@@ -208,7 +242,11 @@ inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot
     variable->data = argument->data;
   }
   Frame& frame = *++top;
-  frame.back = back;
+  if (level == argBase) {
+    frame.back = back;
+  } else {
+    TakeLevel(frame, back, level);
+  }
   frame.S = S;
   frame.L = L;
   frame.code = code;

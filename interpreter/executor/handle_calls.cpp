@@ -426,27 +426,29 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 namespace {
 
 // Looks the variable up, notes its place for the next time, and reads a number. What is read otherwise is for the
-// instructions behind.
+// instructions behind; a number goes on at the one `Behind`.
+template <int Behind>
 VL_NOINLINE const Instruction* FindMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
-                                          const CVarTable& table, uint32_t nameId, const Instruction* then) {
-  CVariable* variable = table.Find(nameId);
+                                          const CVarTable& table) {
+  CVariable* variable = table.Find(static_cast<uint32_t>(i->b.number));
   if (variable) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(variable));
   CValue& slot = S[i->k];
   if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) VL_GO(i + 1);
   PutNumber(slot, *variable);
   slot.lvalue = variable;
-  VL_GO(then);
+  VL_GO(i + Behind);
 }
 
+template <int Behind>
 VL_ALWAYS_INLINE const Instruction* ReadMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
-                                               const CVarTable& table, uint32_t nameId, const Instruction* then) {
+                                               const CVarTable& table) {
   CValue& slot = S[i->k];
-  CVariable* variable = table.Made(i->n, nameId);
+  CVariable* variable = table.Made(i->n, static_cast<uint32_t>(i->b.number));
   if (!variable || (variable->type | slot.type) > VT_FLOAT) [[unlikely]]
-    return FindMember(x, i, S, L, table, nameId, then);
+    return FindMember<Behind>(x, i, S, L, table);
   PutNumber(slot, *variable);
   slot.lvalue = variable;
-  VL_GO(then);
+  VL_GO(i + Behind);
 }
 
 template <OperandKind N>
@@ -454,8 +456,7 @@ const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CVa
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
   if (source->type != VT_OBJECT || !source->data.object || source->data.object->classInfo) [[unlikely]]
     VL_GO(i + 1);
-  const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-  return ReadMember(x, i, S, L, object->variables, static_cast<uint32_t>(i->b.number), i + 3);
+  return ReadMember<3>(x, i, S, L, static_cast<const CIBaseObjectVar*>(source->data.object)->variables);
 }
 
 VL_NOINLINE const Instruction* LoadOwnSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
@@ -467,7 +468,7 @@ VL_NOINLINE const Instruction* LoadOwnSlow(CExecutor& x, const Instruction* i, C
 
 // `This.variable` in a method: passes over the instruction behind it, which does the same for anything else.
 const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  return ReadMember(x, i, S, L, x.i.thisObject->variables, static_cast<uint32_t>(i->b.number), i + 2);
+  return ReadMember<2>(x, i, S, L, x.i.thisObject->variables);
 }
 
 // A name in a method that may be a variable of its object.

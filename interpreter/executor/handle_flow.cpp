@@ -100,7 +100,30 @@ const Instruction* ReturnValue(CExecutor& x, const Instruction* i, CValue* S, CV
   return LeaveQuickly(x, i, S, L);
 }
 
+// `Return a + b` of numbers where no slot is looked at; passes on to the two instructions behind it for anything else.
+template <uint16_t Op, OperandKind A, OperandKind B>
+const Instruction* ReturnOfTwo(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue* a = Read<A>(i->a, i->offsetA, &S[1], L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &S[2], L);
+  if ((a->type | b->type | S[0].type) != VT_INTEGER) [[unlikely]]
+    VL_GO(i + 1);
+  int32_t result;
+  OnIntegers<Op>(a->data.integer, b->data.integer, result);
+  S[0].data.integer = result;
+  return LeaveQuickly(x, i, S, L);
+}
+
 }  // namespace
+
+Handler ReturnOfTwoOf(uint16_t op, OperandKind a, OperandKind b) {
+#define VL_RETURN_B(Op, A) \
+  { ReturnOfTwo<Op, A, kLocal>, nullptr, ReturnOfTwo<Op, A, kConstant>, ReturnOfTwo<Op, A, kSlot> }
+#define VL_RETURN_AB(Op) \
+  { VL_RETURN_B(Op, kLocal), VL_RETURN_B(Op, kSlot) }
+  static constexpr Handler kTable[3][2][4] = {VL_RETURN_AB(TK_ADD), VL_RETURN_AB(TK_SUB), VL_RETURN_AB(TK_MUL)};
+  if ((op != TK_ADD && op != TK_SUB && op != TK_MUL) || (a != kLocal && a != kSlot)) return nullptr;
+  return kTable[op == TK_ADD ? 0 : op == TK_SUB ? 1 : 2][a == kLocal ? 0 : 1][b];
+}
 
 Handler ReturnOf(CodeKind code, Traces traces, OperandKind b) {
 #define VL_RETURN(T) \
@@ -124,6 +147,11 @@ const Instruction* LeaveRest(CExecutor& x, const Instruction* i, CValue* S, CVal
 
 namespace {
 
+VL_NOINLINE const Instruction* LeaveLevelSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const Instruction* next = x.FinishLevel();
+  VL_GO(next);
+}
+
 VL_NOINLINE const Instruction* LeaveMethodSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const Instruction* next = x.FinishMethod();
   VL_GO(next);
@@ -138,6 +166,13 @@ const Instruction* LeaveMethod(CExecutor& x, const Instruction* i, CValue* S, CV
   --frame.held->pins;
   x.i.thisObject = frame.self;
   VL_GO(frame.then);
+}
+
+const Instruction* LeaveLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  if (x.hiddenCount) [[unlikely]]
+    return LeaveLevelSlow(x, i, S, L);
+  x.SetLevel(x.top[1].argBase);
+  VL_GO(x.top[1].then);
 }
 
 const Instruction* EndWalk(CExecutor& x, const Instruction* i, CValue* S, CValue* L) { return nullptr; }

@@ -67,8 +67,9 @@ const Instruction* ParameterOfTwo(CExecutor& x, const Instruction* i, CValue* S,
 // What is called, with what it was the last time: `b` the function, `offsetB` its code.
 inline const Code& CalleeOf(const Instruction* i) { return *reinterpret_cast<const Code*>(i->offsetB); }
 
+template <Traces T = kAllTraces>
 inline bool HasRoom(const CExecutor& x, const CValue* slot, const CValue* locals) {
-  return x.top != x.lastFrame && slot <= x.slotsSafe && locals <= x.localsSafe && slot->IsPlain();
+  return x.top != x.lastFrame && slot <= x.slotsSafe && locals <= x.localsSafe && IsFree<T>(*slot);
 }
 
 template <Traces T>
@@ -83,7 +84,6 @@ inline CExecutor::Frame& Push(CExecutor& x, const Instruction* i, CValue* S, CVa
   slot->type = VT_INTEGER;
   if (T == kAllTraces) slot->data.integer = 0;
   slot->lvalue = nullptr;
-  if (T != kNoTraces) x.i.argCounts[x.argBase] = static_cast<int32_t>(i->n & 0xFF);
   return frame;
 }
 
@@ -94,6 +94,8 @@ bool Link(CExecutor& x, const Instruction* i, CValue* S, const BlockRecord& bloc
   auto* known = const_cast<Instruction*>(i);
   known->b.pointer = &block;
   known->offsetB = reinterpret_cast<int64_t>(callee);
+  // A number there is what the quick way looks for.
+  if (S[i->k].IsPlain()) S[i->k].SetInt(0);
   // As much room as several such calls need, so that deep ones seldom come here.
   const CValue* wanted = &S[i->k] + 4 * CExecutor::kPlainCells;
   if (&S[i->k] > x.slotsSafe && wanted < x.slots + limits::kMaxValues) x.NeedSlots(wanted);
@@ -128,10 +130,28 @@ const Instruction* PlainCall(CExecutor& x, const Instruction* i, CValue* S, CVal
   CValue* const slot = &S[i->k];
   CValue* const locals = &At(L, i->offsetTarget);
   if (variable.type != VT_FUNCTION || variable.data.function != i->b.pointer || !SeesGlobals<K>(x, i) ||
-      !HasRoom(x, slot, locals)) [[unlikely]] {
+      !HasRoom<T>(x, slot, locals)) [[unlikely]] {
     return PlainCallSlow<K>(x, i, S, L);
   }
   Push<T>(x, i, S, L, slot, locals).back = i->target.target;
+  if (T != kNoTraces) x.i.argCounts[x.argBase] = i->n;
+  VL_GO_WITH(CalleeOf(i).first, slot, locals);
+}
+
+// The same among the arguments of another call: `n` above 8 bits is how deep.
+template <Traces T, CodeKind K>
+const Instruction* PlainNestedCall(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CVariable& variable = GlobalOf(i);
+  CValue* const slot = &S[i->k];
+  CValue* const locals = &At(L, i->offsetTarget);
+  const uint32_t level = x.argBase + (i->n >> 8);
+  if (variable.type != VT_FUNCTION || variable.data.function != i->b.pointer || !SeesGlobals<K>(x, i) ||
+      !HasRoom<T>(x, slot, locals)) [[unlikely]] {
+    return PlainCallSlow<K>(x, i, S, L);
+  }
+  CExecutor::Frame& frame = Push<T>(x, i, S, L, slot, locals);
+  x.TakeLevel(frame, i->target.target, level);
+  if (T != kNoTraces) x.i.argCounts[level] = i->n & 0xFF;
   VL_GO_WITH(CalleeOf(i).first, slot, locals);
 }
 
@@ -167,7 +187,7 @@ VL_ALWAYS_INLINE const Instruction* CallMethod(CExecutor& x, const Instruction* 
   CValue* const slot = &S[i->k];
   CValue* const locals = &At(L, i->offsetTarget);
   const CVariable* method = object ? object->variables.Made(i->n >> 8, MethodName(x, i)) : nullptr;
-  if (!method || method->type != VT_FUNCTION || method->data.function != i->b.pointer || !HasRoom(x, slot, locals))
+  if (!method || method->type != VT_FUNCTION || method->data.function != i->b.pointer || !HasRoom<T>(x, slot, locals))
       [[unlikely]] {
     return PlainMethodSlow(x, i, S, L, object);
   }
@@ -176,6 +196,7 @@ VL_ALWAYS_INLINE const Instruction* CallMethod(CExecutor& x, const Instruction* 
   frame.then = i->target.target;
   frame.self = x.i.thisObject;
   frame.held = object;
+  if (T != kNoTraces) x.i.argCounts[x.argBase] = i->n & 0xFF;
   ++object->pins;
   x.i.thisObject = object;
   VL_GO_WITH(CalleeOf(i).first, slot, locals);
@@ -209,9 +230,19 @@ template <Traces T>
 constexpr Handler kPlainCall[3] = {PlainCall<T, CodeKind::Global>, PlainCall<T, CodeKind::Function>,
                                    PlainCall<T, CodeKind::Method>};
 template <Traces T>
+constexpr Handler kPlainNestedCall[3] = {PlainNestedCall<T, CodeKind::Global>, PlainNestedCall<T, CodeKind::Function>,
+                                         PlainNestedCall<T, CodeKind::Method>};
+template <Traces T>
 constexpr Handler kPlainMethod[2] = {PlainMethod<T, kLocal>, PlainMethod<T, kName>};
 
 }  // namespace
+
+// In front of the parameters of such a nested call: too deep a level is for the common way to tell.
+const Instruction* PlainLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  if (x.argBase + i->n >= limits::kArgumentLevels) [[unlikely]]
+    VL_GO(i->target.target);
+  VL_GO(i + 1);
+}
 
 // `n` parameters may have been written for a call that is made in the common way after all.
 const Instruction* ResetArguments(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
@@ -235,9 +266,13 @@ Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b) {
                   kParameterOfTwo<kAllTraces>)[row][a][b];
 }
 
-Handler PlainCallOf(Traces traces, CodeKind code) {
-  return OfTraces(traces, kPlainCall<kNoTraces>, kPlainCall<kObjectTraces>,
-                  kPlainCall<kAllTraces>)[static_cast<size_t>(code)];
+Handler PlainCallOf(Traces traces, CodeKind code, bool isNested) {
+  const auto kind = static_cast<size_t>(code);
+  if (isNested) {
+    return OfTraces(traces, kPlainNestedCall<kNoTraces>, kPlainNestedCall<kObjectTraces>,
+                    kPlainNestedCall<kAllTraces>)[kind];
+  }
+  return OfTraces(traces, kPlainCall<kNoTraces>, kPlainCall<kObjectTraces>, kPlainCall<kAllTraces>)[kind];
 }
 
 Handler PlainMethodOf(Traces traces, OperandKind name) {

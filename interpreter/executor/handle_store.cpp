@@ -109,6 +109,40 @@ VL_NOINLINE const Instruction* BinaryStoreSlow(CExecutor& x, const Instruction* 
   VL_GO(i + 1);
 }
 
+// What isn't two integers, or makes its target.
+template <Traces T, uint16_t Op, OperandKind V, OperandKind A, OperandKind B>
+VL_NOINLINE const Instruction* BinaryStoreReals(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& first = S[1];
+  CValue& left = S[2];
+  CValue& right = S[3];
+  CValue* target = Read<V>(i->target, i->offsetTarget, nullptr, L);
+  const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
+  const int types = a->type | b->type;
+  if (types > VT_FLOAT || (target->type > VT_FLOAT && !IsMadeHere<T, V>(i->target, *target)) ||
+      (T != kNoTraces && (!first.IsPlain() || !AreFree<T, A, B>(left, right)))) [[unlikely]] {
+    return T != kNoTraces ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
+  }
+  if (T != kAllTraces && V == kLocal && target->type == VT_NEW_NAME) target->level = i->k;
+  if (types == VT_INTEGER) {
+    if (T == kAllTraces) return BinaryStoreSlow(x, i, S, L);
+    int32_t sum;
+    OnIntegers<Op>(a->data.integer, b->data.integer, sum);
+    PutInteger(*target, sum);
+    if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
+    VL_GO(i + 1);
+  }
+  const double result = Arithmetic<Op>(RealOf(*a), RealOf(*b));
+  if constexpr (T == kAllTraces) {
+    if (B != kSlot) PutNumber(right, *b);
+    PutNumber(left, *target);
+    PutReal(first, result);
+  }
+  PutReal(*target, result);
+  if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
+  VL_GO(i + 1);
+}
+
 template <Traces T, uint16_t Op, OperandKind V, OperandKind A, OperandKind B>
 const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& first = S[1];
@@ -117,31 +151,19 @@ const Instruction* BinaryStore(CExecutor& x, const Instruction* i, CValue* S, CV
   CValue* target = Read<V>(i->target, i->offsetTarget, nullptr, L);
   const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
-  const int types = a->type | b->type;
-  if (types > VT_FLOAT || (target->type > VT_FLOAT && !IsMadeHere<T, V>(i->target, *target))) [[unlikely]]
-    return T != kNoTraces ? BinaryStoreSlow(x, i, S, L) : BinaryStoreAny(x, i, S, L);
-  if (T != kNoTraces && (!first.IsPlain() || !AreFree<T, A, B>(left, right))) [[unlikely]]
-    return BinaryStoreSlow(x, i, S, L);
-  if (T != kAllTraces && V == kLocal && target->type == VT_NEW_NAME) target->level = i->k;
-  if (types == VT_INTEGER) {
-    const int32_t v = b->data.integer;
-    int32_t result;
-    OnIntegers<Op>(a->data.integer, v, result);
-    if constexpr (T == kAllTraces) {
-      if (B != kSlot) PutInteger(right, v);
-      PutNumber(left, *target);
-      PutInteger(first, result);
-    }
-    PutInteger(*target, result);
-  } else {
-    const double result = Arithmetic<Op>(RealOf(*a), RealOf(*b));
-    if constexpr (T == kAllTraces) {
-      if (B != kSlot) PutNumber(right, *b);
-      PutNumber(left, *target);
-      PutReal(first, result);
-    }
-    PutReal(*target, result);
+  if ((a->type | b->type) != VT_INTEGER || target->type > VT_FLOAT ||
+      (T != kNoTraces && (!first.IsPlain() || !AreFree<T, A, B>(left, right)))) [[unlikely]] {
+    return BinaryStoreReals<T, Op, V, A, B>(x, i, S, L);
   }
+  const int32_t v = b->data.integer;
+  int32_t result;
+  OnIntegers<Op>(a->data.integer, v, result);
+  if constexpr (T == kAllTraces) {
+    if (B != kSlot) PutInteger(right, v);
+    PutNumber(left, *target);
+    PutInteger(first, result);
+  }
+  PutInteger(*target, result);
   if (i->n & 0x4000) VL_END_STATEMENT(i + 1);
   VL_GO(i + 1);
 }

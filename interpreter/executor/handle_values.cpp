@@ -12,15 +12,22 @@ void LoadOperand(CExecutor& x, CValue& slot, OperandKind kind, const Operand& op
   }
 }
 
+namespace {
+
+VL_NOINLINE const Instruction* LoadLocalSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[i->k], *i->a.name, L);
+  VL_GO(i + 1);
+}
+
+}  // namespace
+
 const Instruction* LoadLocal(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& local = At(L, i->offsetA);
-  if (local.type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
-    PutNumber(slot, local);
-    slot.lvalue = &local;
-    VL_GO(i + 1);
-  }
-  x.LoadName(slot, *i->a.name, L);
+  if ((local.type | slot.type) > VT_FLOAT) [[unlikely]]
+    return LoadLocalSlow(x, i, S, L);
+  PutNumber(slot, local);
+  slot.lvalue = &local;
   VL_GO(i + 1);
 }
 
@@ -147,22 +154,28 @@ VL_NOINLINE const Instruction* AssignAwaySlow(CExecutor& x, const Instruction* i
   VL_END_STATEMENT(i + 1);
 }
 
+// A number to an element that is known by its array and index.
+template <OperandKind B>
+const Instruction* AssignElement(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue& left = S[i->k];
+  const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
+  if (left.type != VT_NEW_ELEMENT || !S[i->k + 1].IsPlain() || right.type > VT_FLOAT || left.lvalue->type != VT_ARRAY ||
+      !left.lvalue->data.array->WriteNumber(left.data.token, right)) {
+    return AssignAwaySlow(x, i, S, L);
+  }
+  VL_END_STATEMENT(i + 1);
+}
+
 template <OperandKind B>
 const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue& left = S[i->k];
   const CValue& above = S[i->k + 1];
   const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
-  if (above.IsPlain() && left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue &&
-      left.lvalue->type <= VT_FLOAT) [[likely]] {
-    left.lvalue->type = right.type;
-    left.lvalue->data = right.data;
-    VL_END_STATEMENT(i + 1);
-  }
-  if (left.type == VT_NEW_ELEMENT && above.IsPlain() && right.type <= VT_FLOAT && left.lvalue->type == VT_ARRAY &&
-      left.lvalue->data.array->WriteNumber(left.data.token, right)) {
-    VL_END_STATEMENT(i + 1);
-  }
-  return AssignAwaySlow(x, i, S, L);
+  CValue* const target = left.lvalue;
+  if ((above.type | left.type | right.type) > VT_FLOAT || !target || target->type > VT_FLOAT) [[unlikely]]
+    return AssignElement<B>(x, i, S, L);
+  PutNumber(*target, right);
+  VL_END_STATEMENT(i + 1);
 }
 
 }  // namespace

@@ -32,6 +32,7 @@ const Instruction* StoreArray(CExecutor& x, const Instruction* i, CValue* S, CVa
 
 const Instruction* CheckLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* PlainLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ResetArguments(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* CallEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -58,6 +59,7 @@ const Instruction* LoopIf(CExecutor& x, const Instruction* i, CValue* S, CValue*
 const Instruction* EndEvent(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* LeaveRest(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* LeaveMethod(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* LeaveLevel(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ReturnZero(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* EndWalk(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Delete(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -79,11 +81,13 @@ Handler StoreOf(Traces traces, OperandKind target, OperandKind b);
 Handler BinaryStoreOf(Traces traces, uint16_t op, OperandKind target, OperandKind a, OperandKind b);
 Handler StepOf(Traces traces, uint16_t op, OperandKind a);
 Handler ReturnOf(CodeKind code, Traces traces, OperandKind b);
+// With an operator; null when there is none for it.
+Handler ReturnOfTwoOf(uint16_t op, OperandKind a, OperandKind b);
 Handler ArgumentOf(Traces traces, OperandKind b);
 // The same for a call whose arguments run no code: straight to the parameter. With an operator, or 0 for `b` alone.
 Handler ParameterOf(Traces traces, uint16_t op, OperandKind a, OperandKind b);
 // Such a call: passes over what does the same for anything else. Of a function's name, as code of that kind sees it.
-Handler PlainCallOf(Traces traces, CodeKind code);
+Handler PlainCallOf(Traces traces, CodeKind code, bool isNested);
 // Of a method of the script object that a name holds, or of This.
 Handler PlainMethodOf(Traces traces, OperandKind name);
 Handler PlainOwnMethodOf(Traces traces);
@@ -100,6 +104,8 @@ Handler ElementStoreOf(Traces traces, uint16_t op, OperandKind name, bool isCons
 // in the instruction behind it, whose `n` is the count of slots that the walk would write; `n` tells their kinds, 2
 // bits each from `target` on. Goes over `at` instructions where it can do that, and to those behind its own otherwise.
 Handler TermsOf(Traces traces, TermForm form, TermTarget target, uint16_t first, uint16_t second);
+// `target = target outer (a inner b)` on locals; null when there is none for it.
+Handler AccumulateOf(uint16_t outer, uint16_t inner, OperandKind b);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.
 Handler MemberReadOf(OperandKind name);
 // `=` as a statement with the right side as an operand, where a slot's rest need not be kept.

@@ -87,10 +87,16 @@ void MoveValue(CValue& target, CValue& slot);
 void BeginTextCall(CExecutor& x, const Instruction* i, CValue* S);
 bool EndTextCall(CExecutor& x, const Instruction* i, CValue* S);
 
+// Whether a slot may be written. Where all traces are kept, omitted values stand in some.
+template <Traces T>
+inline bool IsFree(const CValue& slot) {
+  return T == kAllTraces ? slot.IsPlain() : slot.type <= VT_FLOAT;
+}
+
 // Whether the slots of an operator may be written: they own nothing, or hold the operands themselves.
 template <Traces T, OperandKind A, OperandKind B>
 inline bool AreFree(const CValue& left, const CValue& right) {
-  return (A == kSlot || left.IsPlain()) && (T == kNoTraces || B == kSlot || right.IsPlain());
+  return (A == kSlot || IsFree<T>(left)) && (T == kNoTraces || B == kSlot || IsFree<T>(right));
 }
 
 // Puts the operands into their slots and runs the walker's operator.

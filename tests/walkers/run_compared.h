@@ -13,8 +13,9 @@ struct RunTrace {
   std::string counts;   // how often each object is referred to
   std::string slots;    // what slots and the argument bank hold
   bool compiled = false;
-  bool prepared = false;   // ran from instructions
-  bool keepsSlots = true;  // which kept the slots as the walk does
+  bool prepared = false;
+  bool allPrepared = true;  // ran from instructions
+  bool keepsSlots = true;   // which kept the slots as the walk does
 };
 
 RunTrace TraceRun(const std::string& program, bool plainWalk);
