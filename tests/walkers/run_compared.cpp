@@ -147,6 +147,7 @@ RunTrace TraceRun(const std::string& program, bool plainWalk) {
     trace.compiled = true;
     trace.outOfMemory = interpreter.budget.HasRefused();
     trace.prepared = interpreter.IsPrepared();
+    trace.allPrepared = interpreter.PrepareAll();
     trace.keepsSlots = interpreter.KeepsSlots();
     trace.globals = GlobalsToJson(interpreter);
     // Where an error left an evaluation, the operands in front of it may not be in their slots.
@@ -188,6 +189,7 @@ std::string CompareRuns(const std::string& program, bool* wasPrepared) {
   compare("traces", plain.rest, prepared.rest);
   compare("counts", plain.counts, prepared.counts);
   if (prepared.keepsSlots) compare("slots", plain.slots, prepared.slots);
+  if (!prepared.allPrepared) out += "a function that wasn't called can't be prepared\n";
   return out;
 }
 

@@ -15,6 +15,7 @@ struct RunTrace {
   bool compiled = false;
   bool outOfMemory = false;  // was refused some; the two ways hold locals elsewhere, so they are at different places
   bool prepared = false;     // ran from instructions
+  bool allPrepared = true;   // and so did all its functions
   bool keepsSlots = true;    // which kept the slots as the walk does
 };
 
