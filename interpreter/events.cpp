@@ -57,6 +57,8 @@ void CInterpretor::FireEvent() {
     uint32_t savedSp;
     ~InEvent() {
       --depth;
+      // The member that waits gives its result where it was called.
+      i.sp = savedSp;
       i.nextEvent = i.events.First();
     }
   } in{*this, inEvent, sp};

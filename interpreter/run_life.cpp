@@ -266,7 +266,9 @@ void CInterpretor::Reset() {
     uint32_t object = classLists[id].First();
     while (CIBaseClassImpl* o = classLists[id].Step(object)) DestroyObject(o, true);
     classLists[id].Clear();
+    suspected_[id] = {};
   }
+  nextObjectOrder = 0;
   for (const FreeText& text : freeTexts_) delete text.object;
   freeTexts_.clear();
   fixedObjects.fill(nullptr);

@@ -22,6 +22,7 @@ void VexApi::Poll() {
     pollsSinceUpdate_ = 0;
   }
   hasWork = false;
+  isPolling = true;
   const uint32_t now = NowMs();
   nodes.ForEach([&](VexNode& node) {
     node.players.ForEach([&](VexPlayer& player) {
@@ -50,6 +51,9 @@ void VexApi::Poll() {
     socket.stats.Read(now);
   });
   stats.Read(now);
+  isPolling = false;
+  // Handlers wrote to streams whose turn was over.
+  if (unsent > 0) hasWork = true;
 }
 
 VexPlayer* VexNode::Connect(std::string_view host, uint16_t port, std::string_view name) {

@@ -93,7 +93,9 @@ class VexApi {
   VexList<VexSocket> plainSockets;
   VexStats stats;
   size_t queuedBytes = 0;  // that wait in all streams
-  bool hasWork = false;    // after a Poll: another one has messages to handle without new news
+  size_t unsent = 0;       // streams with something that they haven't tried to send
+  bool hasWork = false;    // after a Poll: another one has something to do without new news
+  bool isPolling = false;
 
  private:
   static constexpr int kPollsAnUpdate = 16;

@@ -15,6 +15,7 @@ class VexBuffer {
   bool IsEmpty() const { return Size() == 0; }
   std::span<const uint8_t> Bytes() const { return std::span(data_).subspan(first_); }
 
+  void Reserve(size_t bytes) { data_.reserve(bytes); }
   void Append(std::span<const uint8_t> bytes) { data_.insert(data_.end(), bytes.begin(), bytes.end()); }
   void AppendU8(uint8_t v) { data_.push_back(v); }
   void AppendU16(uint16_t v) { AppendLittle(v, 2); }

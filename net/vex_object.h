@@ -6,11 +6,23 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace vl {
+
+class VexObject;
+
+// Keeps the memory of an object and of its owners for the length of a function.
+class VexKept {
+ public:
+  explicit VexKept(const VexObject* object);
+
+ private:
+  std::array<std::shared_ptr<const VexObject>, 4> kept_;  // a user, its channel, player and node
+};
 
 class VexObject : public std::enable_shared_from_this<VexObject> {
  public:
@@ -22,7 +34,8 @@ class VexObject : public std::enable_shared_from_this<VexObject> {
   void Delete() {
     if (isDeleted_) return;
     isDeleted_ = true;
-    const auto keep = weak_from_this().lock();
+    // With what it works with until its end: the handlers of its end may delete all of it.
+    const VexKept kept(this);
     OnDelete();
     if (onDestroy) onDestroy(*this);
   }
@@ -33,10 +46,21 @@ class VexObject : public std::enable_shared_from_this<VexObject> {
 
  protected:
   virtual void OnDelete() = 0;
+  // Null: the layer itself.
+  virtual const VexObject* Owner() const { return nullptr; }
 
  private:
+  friend class VexKept;
   bool isDeleted_ = false;
 };
+
+inline VexKept::VexKept(const VexObject* object) {
+  for (auto& kept : kept_) {
+    if (!object) return;
+    kept = object->weak_from_this().lock();
+    object = object->Owner();
+  }
+}
 
 template <typename T>
 class VexList {

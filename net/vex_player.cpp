@@ -29,7 +29,7 @@ VexPlayer::VexPlayer(VexNode& node, std::string_view host, uint16_t port, std::s
 void VexPlayer::OnDelete() {
   api.Fire({kVexPlayerDisconnected, this, nullptr, {}, 0});
   // What was queued before the end leaves with it.
-  stream.Pump(api.NowMs());
+  stream.Pump();
   node.players.Take(this);
   channels.DeleteAll();
   stream.Close();
@@ -49,7 +49,11 @@ bool VexPlayer::Process() {
       stream.Drop();
     }
   }
-  if (connected && !stream.Pump(api.NowMs())) return false;
+  if (!connected) {
+    stream.Defer();
+  } else if (!stream.Pump()) {
+    return false;
+  }
   ReceiveDatagrams();
   return !IsDeleted();
 }
@@ -169,11 +173,11 @@ VexChannel* VexPlayer::SignOn(std::string_view channelName) {
 }
 
 void VexPlayer::SendText(std::string_view text, uint16_t type) {
-  stream.Queue(WireWriter(kToServerText).Half(type).Text(text));
+  stream.Queue(WireWriter(kToServerText, text.size()).Half(type).Text(text));
 }
 
 void VexPlayer::BlastText(std::string_view text, uint16_t type) {
-  WireWriter datagram(kDatagramServerBlast);
+  WireWriter datagram(kDatagramServerBlast, text.size());
   datagram.Half(type).Word(id).Rest(text);
   if (VexServer* server = node.ServerWithConnection(id)) {
     server->HandleServerBlast(datagram.Bytes());
@@ -237,7 +241,7 @@ void VexChannel::OnDelete() {
 }
 
 void VexChannel::SendText(std::string_view text, uint16_t type) {
-  player.stream.Queue(WireWriter(kToServerSessionText).Half(type).Word(id).Text(text));
+  player.stream.Queue(WireWriter(kToServerSessionText, text.size()).Half(type).Word(id).Text(text));
 }
 
 void VexChannel::BlastText(std::string_view text, uint16_t type) {
@@ -263,7 +267,8 @@ void VexUser::OnDelete() {
 }
 
 void VexUser::SendText(std::string_view text, uint16_t type) {
-  channel.player.stream.Queue(WireWriter(kToServerUserText).Half(type).Word(channel.id).Word(id).Text(text));
+  channel.player.stream.Queue(
+      WireWriter(kToServerUserText, text.size()).Half(type).Word(channel.id).Word(id).Text(text));
 }
 
 void VexUser::BlastText(std::string_view text, uint16_t type) {

@@ -44,6 +44,7 @@ class VexPlayer final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &node; }
 
  private:
   // Messages of the server; what names an unknown channel or user is dropped.
@@ -80,6 +81,7 @@ class VexChannel final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &player; }
 };
 
 class VexUser final : public VexObject {
@@ -97,6 +99,7 @@ class VexUser final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &channel; }
 };
 
 }  // namespace vl

@@ -10,7 +10,7 @@ namespace vl {
 namespace {
 
 WireWriter WriteText(uint16_t type, uint32_t channel, uint32_t sender, std::string_view text) {
-  WireWriter writer(kToPlayerText);
+  WireWriter writer(kToPlayerText, text.size());
   writer.Half(type).Word(channel).Word(sender).Text(text);
   return writer;
 }
@@ -37,6 +37,7 @@ void VexServer::OnDelete() {
 void VexServer::Process() {
   if (api.sockets.hasNews(tcp_)) {
     if (const SocketId accepted = api.sockets.acceptTcp(tcp_)) {
+      if (api.sockets.hasNews(tcp_)) api.hasWork = true;
       if (connections.Count() < limits::kMaxNetConnections) {
         connections.Add(std::make_shared<VexConnection>(*this, accepted));
       } else {
@@ -71,7 +72,7 @@ void VexServer::HandleBlast(std::span<const uint8_t> datagram) {
   }
   VexSession* session = SessionWithId(blast->channel);
   if (!session) return;
-  const auto keep = session->weak_from_this().lock();
+  const VexKept kept(session);
   for (size_t i = 0; i < session->connections.Count() && !IsDeleted(); ++i) {
     const VexConnection& member = *session->connections.At(static_cast<int64_t>(i));
     if (member.id == blast->sender) continue;
@@ -100,6 +101,7 @@ void VexServer::SendText(std::string_view text, uint16_t type) {
 }
 
 void VexServer::BlastText(std::string_view text, uint16_t type) {
+  const VexKept kept(this);
   connections.ForEach([&](VexConnection& connection) { connection.BlastText(text, type); });
 }
 
@@ -123,7 +125,7 @@ VexConnection::VexConnection(VexServer& server, SocketId socket)
 void VexConnection::OnDelete() {
   api.Fire({kVexDeadConnection, &server, this, {}, 0});
   // What was queued before the end leaves with it.
-  stream.Pump(api.NowMs());
+  stream.Pump();
   server.connections.Take(this);
   while (VexSession* session = sessions.At(0)) Leave(*session);
   stream.Close();
@@ -149,7 +151,7 @@ bool VexConnection::Process() {
       stream.Drop();
     }
   }
-  return stream.Pump(api.NowMs());
+  return stream.Pump();
 }
 
 void VexConnection::Handle(const VexMessage& message) {
@@ -217,7 +219,7 @@ void VexConnection::SignOff(int64_t index) {
 }
 
 void VexConnection::Leave(VexSession& session) {
-  const auto keep = session.weak_from_this().lock();
+  const VexKept kept(&session);
   session.Leave(*this);
   session.DeleteIfEmpty();
 }
@@ -273,6 +275,7 @@ void VexSession::QueueToAll(const WireWriter& message, const VexConnection* but)
 void VexSession::SendText(std::string_view text, uint16_t type) { QueueToAll(WriteText(type, id, 0, text), nullptr); }
 
 void VexSession::BlastText(std::string_view text, uint16_t type) {
+  const VexKept kept(this);
   for (size_t i = 0; i < connections.Count() && !server.IsDeleted(); ++i) {
     const VexConnection& member = *connections.At(static_cast<int64_t>(i));
     server.SendBlast({type, id, 0, member.id, text}, member);

@@ -36,6 +36,7 @@ class VexServer final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &node; }
 
  private:
   void ReceiveDatagrams();
@@ -70,6 +71,7 @@ class VexConnection final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &server; }
 
  private:
   void Handle(const VexMessage& message);
@@ -103,6 +105,7 @@ class VexSession final : public VexObject {
 
  protected:
   void OnDelete() override;
+  const VexObject* Owner() const override { return &server; }
 
  private:
   uint32_t MasterId() const { return master ? master->id : 0; }

@@ -97,6 +97,7 @@ void VexSocket::Send(std::span<const uint8_t> bytes) {
         api.queuedBytes + bytes.size() > limits::kMaxNetQueuedBytes) {
       return;
     }
+    if (queue_.IsEmpty()) api.sockets.endNextWait();
     queue_.Add(bytes);
     api.queuedBytes += bytes.size();
     return;

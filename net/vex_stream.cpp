@@ -11,7 +11,18 @@ namespace vl {
 VexStream::VexStream(VexApi& api, SocketId socket, WireDirection incoming, VexTraffic traffic)
     : api_(api), socket_(socket), incoming_(incoming), traffic_(traffic) {}
 
+void VexStream::SetUnsent(bool isUnsent) {
+  if (isUnsent_ == isUnsent) return;
+  isUnsent_ = isUnsent;
+  if (!isUnsent) {
+    --api_.unsent;
+  } else if (++api_.unsent == 1 && !api_.isPolling) {
+    api_.sockets.endNextWait();
+  }
+}
+
 void VexStream::Close() {
+  SetUnsent(false);
   if (socket_ == 0) return;
   api_.sockets.close(socket_);
   socket_ = 0;
@@ -27,6 +38,7 @@ void VexStream::Queue(const WireWriter& message) {
     isOverfull_ = true;
     return;
   }
+  SetUnsent(true);
   out_.Add(bytes);
   api_.queuedBytes += bytes.size();
 }
@@ -40,6 +52,7 @@ bool VexStream::Receive() {
   in_.Append(std::span(scratch).first(static_cast<size_t>(count)));
   traffic_.In(static_cast<size_t>(count));
   Parse();
+  if (api_.sockets.hasNews(socket_)) api_.hasWork = true;
   // What can't become a message: nothing behind it could be understood.
   if (state_ == Parsed::Unknown || state_ == Parsed::TooLarge) return false;
   return state_ == Parsed::Complete || in_.Size() <= 4 * limits::kMaxNetMessageBytes;
@@ -48,15 +61,18 @@ bool VexStream::Receive() {
 void VexStream::Drop() {
   in_.Erase(0, message_.size);
   Parse();
-  if (state_ == Parsed::Complete) api_.hasWork = true;
+  if (state_ == Parsed::Complete || api_.sockets.hasNews(socket_)) api_.hasWork = true;
 }
 
-bool VexStream::Pump(uint32_t nowMs) {
+bool VexStream::Pump() {
+  // What the machine doesn't take now is tried again when it has room, which is news.
+  SetUnsent(false);
   if (isOverfull_ || state_ == Parsed::Unknown || state_ == Parsed::TooLarge) return false;
   while (!out_.IsEmpty()) {
     const auto waiting = out_.Waiting().first(std::min(out_.Size(), kSendBytes));
     const int64_t count = api_.sockets.send(socket_, waiting);
     if (count <= 0) {
+      const uint32_t nowMs = api_.NowMs();
       if (!isStalled_) stalledSinceMs_ = nowMs;
       isStalled_ = true;
       return nowMs - stalledSinceMs_ <= limits::kNetPatienceMs;

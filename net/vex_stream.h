@@ -28,7 +28,9 @@ class VexStream {
   const VexMessage* Message() const { return state_ == Parsed::Complete ? &message_ : nullptr; }
   void Drop();
   // Sends what the connection takes. False when the peer must be let go.
-  bool Pump(uint32_t nowMs);
+  bool Pump();
+  // Not connected yet: what waits needs no poll of its own.
+  void Defer() { SetUnsent(false); }
   void Close();
 
   SocketId Socket() const { return socket_; }
@@ -36,6 +38,7 @@ class VexStream {
  private:
   static constexpr size_t kReceiveBytes = 4096;
   static constexpr size_t kSendBytes = 65536;
+  void SetUnsent(bool isUnsent);
   void Parse() { state_ = ParseMessage(incoming_, in_.Bytes(), message_); }
 
   VexApi& api_;
@@ -49,6 +52,7 @@ class VexStream {
   uint32_t stalledSinceMs_ = 0;
   bool isStalled_ = false;
   bool isOverfull_ = false;
+  bool isUnsent_ = false;  // something waits that no Pump has tried to send
 };
 
 }  // namespace vl

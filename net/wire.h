@@ -82,7 +82,11 @@ std::optional<VexServerBlast> ParseServerBlast(std::span<const uint8_t> datagram
 // Writes one message or datagram.
 class WireWriter {
  public:
-  explicit WireWriter(uint8_t type) { buffer_.AppendU8(type); }
+  // `bytes`: of all its texts, so that the store grows once.
+  explicit WireWriter(uint8_t type, size_t bytes = 0) {
+    buffer_.Reserve(kFixedBytes + bytes);
+    buffer_.AppendU8(type);
+  }
   WireWriter& Half(uint16_t v) {
     buffer_.AppendU16(v);
     return *this;
@@ -103,6 +107,7 @@ class WireWriter {
   std::span<const uint8_t> Bytes() const { return buffer_.Bytes(); }
 
  private:
+  static constexpr size_t kFixedBytes = 32;  // more than the other fields of any message take
   VexBuffer buffer_;
 };
 

@@ -67,7 +67,7 @@ class EventQueue {
  public:
   virtual ~EventQueue() = default;
   // Takes the next event, waiting at most timeoutMs (0 polls, -1 for ever). The only call of the seam that
-  // blocks. False when the time passed without one.
+  // blocks. False when the time passed without one, or earlier when sockets have news.
   virtual bool waitEvent(Event& event, int timeoutMs) = 0;
   // The content that belongs to event.id; empty when it was taken before.
   virtual std::string takeBlob(uint32_t id) = 0;

@@ -51,6 +51,8 @@ class PolicedSockets final : public Sockets {
   SocketId openUdp(uint16_t port) override { return inner_.openUdp(port); }
   void close(SocketId socket) override { inner_.close(socket); }
   void update() override { inner_.update(); }
+  bool wakesWaits() override { return inner_.wakesWaits(); }
+  void endNextWait() override { inner_.endNextWait(); }
   bool hasNews(SocketId socket) override { return inner_.hasNews(socket); }
   bool hasConnected(SocketId socket) override { return inner_.hasConnected(socket); }
   bool hasFailed(SocketId socket) override { return inner_.hasFailed(socket); }

@@ -1,7 +1,8 @@
 // Sockets: TCP and UDP over IPv4, as a run sees them. No call waits.
 //
-// What a socket has is found out by update(), once a poll; hasNews, hasConnected and hasFailed answer as of then. Host
-// names are looked up behind connect. An address is a number with the first part of its text in the highest byte;
+// What a socket has is found out by update(), once a poll; hasNews, hasConnected and hasFailed answer as of then. News
+// stay until they are taken: by a receive that empties the socket or meets its end, by an accept that finds nobody.
+// Host names are looked up behind connect. An address is a number with the first part of its text in the highest byte;
 // 0 means none.
 #pragma once
 
@@ -40,6 +41,11 @@ class Sockets {
   virtual void close(SocketId socket) = 0;
 
   virtual void update() = 0;
+  // True when a wait of the event queue ends with whatever may happen next. Else somebody must look every millisecond
+  // or so: also while news of the last update() aren't taken.
+  virtual bool wakesWaits() { return false; }
+  // Something is to be sent at the next poll: the next wait of the event queue ends at once.
+  virtual void endNextWait() {}
   // Bytes, a datagram, a connection or an end may wait.
   virtual bool hasNews(SocketId socket) = 0;
   // TCP: the connection stands or stood.

@@ -10,6 +10,7 @@ import argparse
 import json
 import os
 import random
+import re
 import shutil
 import socket
 import struct
@@ -18,6 +19,9 @@ import sys
 import tempfile
 import time
 import zlib
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from harness.ipp_server import IppServer  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = sorted(os.listdir(os.path.join(ROOT, "examples")))
@@ -48,8 +52,8 @@ class Bench:
         with open(self.path(name), "rb") as f:
             return f.read()
 
-    def run(self, *args, status=0):
-        env = dict(os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1",
+    def run(self, *args, status=0, **variables):
+        env = dict(variables, **os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1",
                    XDG_DATA_HOME=self.path("data"))
         done = subprocess.run([self.vorlane, *args], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               stdin=subprocess.DEVNULL, cwd=self.folder, timeout=120, env=env)
@@ -152,30 +156,66 @@ p.InitDocument("open");
 
     def pages(name):
         pdf = b.read(os.path.join("paper", name))
-        table = int(pdf.split(b"startxref\n")[1].split()[0])
-        expect(pdf[table:table + 4] == b"xref", f"{name}: the table isn't where it is said to be")
-        for number, line in enumerate(pdf[table:].split(b"\n")[3:]):
-            if not line.endswith(b"n "):
-                break
-            expect(pdf[int(line.split()[0]):].startswith(b"%d 0 obj" % (number + 1)), f"{name}: object {number + 1}")
-        streams = pdf.split(b"/FlateDecode")[1:]
-        return [zlib.decompress(s.split(b"stream\n", 1)[1]) for s in streams]
+        expect(pdf.startswith(b"%PDF-") and pdf.rstrip().endswith(b"%%EOF"), name)
+        # A picture without colours is kept as grey, or as black and white.
+        found = []
+        for about, stream in re.findall(rb"<<([^<>]*/Subtype /Image[^<>]*)>>\s*stream\r?\n(.*?)\r?\nendstream", pdf, re.S):
+            expect(b"/Width 2480" in about and b"/Height 3508" in about, about)
+            bits = int(re.search(rb"/BitsPerComponent (\d+)", about)[1])
+            found.append((3 if b"/DeviceRGB" in about else 1, bits, zlib.decompress(stream)))
+        return found
 
     def pixel(page, x, y):
-        at = (y * 2480 + x) * 3
-        return tuple(page[at:at + 3])
+        components, bits, lines = page
+        if bits == 1:
+            return (lines[y * 310 + x // 8] >> (7 - x % 8) & 1) * 255,
+        at = (y * 2480 + x) * components
+        return tuple(lines[at:at + components])
 
     first, second = pages("Two - pages.pdf")
-    expect(len(first) == 2480 * 3508 * 3 and pixel(first, 5, 5) == pixel(second, 2479, 3507) == (255, 0, 0), "red pages")
+    expect(pixel(first, 5, 5) == pixel(second, 2479, 3507) == (255, 0, 0), "red pages")
     inch, = pages("Inch.pdf")
     white, blue = (255, 255, 255), (0, 0, 255)
     expect([pixel(inch, 299, 149), pixel(inch, 300, 10), pixel(inch, 10, 150)] == [blue, white, white], "an inch by a half")
     full, = pages("Inch-2.pdf")
     expect(pixel(full, 2479, 3507) == blue, "the whole page")
     text, = pages("Text.pdf")
-    ink = [i // 3 for i in range(0, 2480 * 100 * 3, 3) if text[i] < 128]
-    expect(ink and min(i % 2480 for i in ink) >= 8 and max(i // 2480 for i in ink) < 70, "a line of text")
+    ink = [(x, y) for y in range(100) for x in range(2480) if pixel(text, x, y)[0] < 128]
+    expect(ink and min(x for x, _ in ink) >= 8 and max(y for _, y in ink) < 70, "a line of text")
     b.run("run", "p.vlq", "--headless", status=1)
+
+
+def printed_to_a_queue(b):
+    server = IppServer("attic")
+    b.write("p.vlq", """
+p = New Printer();
+p.InitDocument("Menü");
+p.NewPage();
+s = p.GetPrinterSurface();
+If (p.GetPrinterWidth() > 0) s.Clear(RED);
+p.EndPage();
+p.SendDocument();
+p.InitDocument("never");
+p.NewPage();
+p.AbortDocument();
+w = p.GetPrinterWidth();
+p.InitDocument("last");
+w = p.GetPrinterWidth();
+""".encode("cp1252"))
+
+    def printed_width(queue):
+        out, _ = b.run("run", "p.vlq", "--headless", "--globals", "-", "--print-queue", queue, CUPS_SERVER=server.address)
+        return json.loads(out)["w"]
+
+    expect(printed_width("cellar") == 0 and not server.documents, "a queue that isn't there printed")
+    expect([printed_width("attic"), printed_width("default")] == [2480, 2480], "no printer")
+    expect(server.titles == ["Menü"] * 2, server.titles)
+    for kind, document in server.documents:
+        expect(kind == "application/pdf" and document.startswith(b"%PDF") and document.rstrip().endswith(b"%%EOF"), kind)
+    server.shutdown()
+    server.server_close()
+    expect(printed_width("attic") == 0, "a server that is gone printed")
+    b.run("run", "p.vlq", "--print-queue", "attic", "--print-to", "paper", status=64)
 
 
 def wrong_input_lines(b):
@@ -542,10 +582,112 @@ def two_players_of_two_processes(b):
             player.kill()
 
 
-TESTS = [frames_in_a_folder, kept_files, printed_pages, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
+NET_RELAY = """
+port = Program.GetParamValue("PORT");
+heard = ""; came = 0; done = 0;
+net = New Vex();
+server = net.HostServer(port);
+server.OnNewConnection = NewConnection;
+While (done == 0) { Wait(20); }
+left = server.GetConnectionCount();
+Function NewConnection(s, c) { came = came + 1; c.OnMsgFromClient = FromClient; }
+Function FromClient(c, text, type) {
+  heard += text + type + ";";
+  c.BlastText("got " + text, 7);
+  If (text == "end") { done = 1; }
+}
+"""
+
+
+def plain_player(address, port, name):
+    """TCP and UDP at an address of its own, so that the port of datagrams isn't the server's."""
+    udp = socket.socket(type=socket.SOCK_DGRAM)
+    udp.setsockopt(socket.SOL_SOCKET, socket.SO_REUSEADDR, 1)
+    udp.bind((address, port + 1))
+    udp.settimeout(60)
+    tcp = socket.create_connection(("127.0.0.1", port), timeout=60, source_address=(address, 0))
+    tcp.sendall(struct.pack("<BH", 12, 3) + text_field(name) + b"\x04" + text_field(b"room"))
+    read_exactly(tcp, 24 + 7)
+    return tcp, udp
+
+
+def datagrams_of_plain_clients(b):
+    """Blasts to the server, from it, and relayed by it to the other members, to the byte; strange ones do nothing."""
+    b.write("server.vlq", NET_RELAY)
+    port = free_ports()
+    process = start(b, "server.vlq", port)
+    target = ("127.0.0.1", port + 1)
+    try:
+        connect_when_there(port).close()
+        (a_tcp, a_udp), (b_tcp, b_udp) = plain_player("127.0.0.2", port, b"Ann"), plain_player("127.0.0.3", port, b"Bo")
+        joined = read_exactly(a_tcp, 13 + 7 + 13 + 8)
+        a_id, session = struct.unpack("<II", joined[1:9])
+        b_id = struct.unpack("<I", read_exactly(b_tcp, 13 + 6 + 13 + 8)[1:5])[0]
+        for strange in (b"", b"\x02", b"\x01" * 14, b"\x63" * 30, b"\x02" + b"\xff" * 4000, b"\x01" + b"\0" * 5000):
+            a_udp.sendto(strange, target)
+        a_udp.sendto(struct.pack("<BHI", 2, 5, a_id) + b"quick", target)
+        got = a_udp.recv(5000)
+        expect(got == struct.pack("<BHIII", 1, 7, 0, 0, a_id) + b"got quick", got)
+        a_udp.sendto(struct.pack("<BHIII", 1, 9, session, a_id, 0) + b"all", target)
+        got = b_udp.recv(5000)
+        expect(got == struct.pack("<BHIII", 1, 9, session, a_id, b_id) + b"all", got)
+        a_tcp.sendall(struct.pack("<BH", 2, 1) + text_field(b"end"))
+        heard = finish_run(process)["heard"]
+        expect(heard == "quick5;end1;", heard)
+        for s in (a_tcp, a_udp, b_tcp, b_udp):
+            s.close()
+    finally:
+        process.kill()
+
+
+def a_thousand_connects_in_a_row(b):
+    """Some break off at once, some within a message, some say nothing and stay: the server serves the next one."""
+    b.write("server.vlq", NET_RELAY)
+    port = free_ports()
+    process = start(b, "server.vlq", port)
+    try:
+        connect_when_there(port).close()
+        silent = []
+        for i in range(1000):
+            peer = socket.create_connection(("127.0.0.1", port), timeout=60)
+            if i % 4 == 1:
+                peer.sendall(struct.pack("<BHI", 12, 3, 100) + b"half")
+            if i % 4 == 2:
+                peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            if i % 50 == 0:
+                silent.append(peer)
+            else:
+                peer.close()
+        with socket.create_connection(("127.0.0.1", port), timeout=60) as last:
+            last.sendall(struct.pack("<BH", 12, 3) + text_field(b"Last") + struct.pack("<BH", 2, 1) + text_field(b"end"))
+            result = finish_run(process)
+        expect(result["heard"] == "end1;" and result["came"] == 1, result)
+        # Those who said nothing are still there; the others' ends may be seen a moment later.
+        expect(len(silent) + 1 <= result["left"] <= 1001, result)
+        for peer in silent:
+            peer.close()
+    finally:
+        process.kill()
+
+
+def the_hosts_stop_in_real_time(b):
+    """--max-time counts by the real clock as well; the program ends in order, whether it waits or not."""
+    for name, body in (("waits", "While (1) Wait(1000);"), ("works", "While (1) x = x + 1;"),
+                       ("deaf", "DisableEvents(); While (1) x = x + 1;"),
+                       ("listens", 'l = New VexSocket(); l.Listen(7000); s = New VexSocket(); s.SetTimeOut(1000000); '
+                        's.Connect("127.0.0.1", 7000); b = s.Recv(10);')):
+        b.write(name + ".vlq", "x = 0; started = 1; " + body)
+        start_time = time.monotonic()
+        out, _ = b.run("run", name + ".vlq", "--headless", "--clock", "real", "--max-time", "300", "--globals", "-")
+        expect(json.loads(out)["started"] == 1, out)
+        expect(time.monotonic() - start_time >= 0.3, f"{name}: it ended before its time")
+
+
+TESTS = [frames_in_a_folder, kept_files, printed_pages, printed_to_a_queue, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
          recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
-         reference_as_json, wire_by_a_plain_client, two_players_of_two_processes, cut_files, flipped_bits, absurd_sizes]
+         reference_as_json, wire_by_a_plain_client, two_players_of_two_processes,
+         datagrams_of_plain_clients, a_thousand_connects_in_a_row, the_hosts_stop_in_real_time, cut_files, flipped_bits, absurd_sizes]
 
 
 def main():

@@ -48,9 +48,51 @@ Function Stopper(url, path, done, size, status) {
 """
 
 
+AGAIN = """
+aborted = System.DOWNLOADSTATUS_ABORTED;
+downloaded = System.DOWNLOADSTATUS_DOWNLOADED;
+last = 0; done = 0; smallest = 1000000;
+OnDownload = Stopper;
+first = System.DownloadFile("patient.bin", 1);
+For (i = 0; i < 2000 && last != aborted; i++) Wait(10);
+stopped = last == aborted;
+Wait(50);
+last = 0;
+OnDownload = Told;
+second = System.DownloadFile("patient.bin", 1);
+For (i = 0; i < 2000 && last != downloaded && last != aborted; i++) Wait(10);
+b = New Binary();
+b.LoadData(second);
+size = b.GetDataSize();
+middle = b.GetByte(30000);
+Wait(50);
+last = 0;
+broken = System.DownloadFile("broken.bin", 1);
+For (i = 0; i < 2000 && last != aborted; i++) Wait(10);
+broke = last == aborted && done == 5000;
+Wait(50);
+last = 0;
+System.DownloadFile("absent.bin", 1);
+For (i = 0; i < 2000 && last != aborted; i++) Wait(10);
+absent = last == aborted;
+lower = second.ToLowerCase();
+named = lower.IndexOf("vrl", 0) >= 0 && lower.IndexOf(".dwn", 0) >= 0;
+Function Stopper(url, path, bytes, total, status) {
+  last = status;
+  If (bytes > 0) System.StopFileDownload("PATIENT.BIN");
+}
+Function Told(url, path, bytes, total, status) {
+  last = status;
+  If (bytes > 0) done = bytes;
+  If (bytes > 0 && bytes < smallest) smallest = bytes;
+}
+"""
+
+
 class Pages(http.server.BaseHTTPRequestHandler):
     protocol_version = "HTTP/1.1"
     asked = []
+    ranges = []
     release = threading.Event()
 
     def log_message(self, *args):
@@ -90,6 +132,26 @@ class Pages(http.server.BaseHTTPRequestHandler):
             for start in range(0, len(DATA), 10000):
                 self.wfile.write(DATA[start:start + 10000])
                 self.wfile.flush()
+        elif name == "patient.bin":
+            # Serves ranges. The first to come is kept waiting until it goes.
+            Pages.ranges.append(self.headers.get("Range"))
+            part = int(Pages.ranges[-1][6:].split("-")[0]) if Pages.ranges[-1] else 0
+            self.send_response(206 if part else 200)
+            self.send_header("Accept-Ranges", "bytes")
+            self.send_header("Content-Length", str(len(DATA) - part))
+            self.end_headers()
+            if len(Pages.ranges) > 1:
+                self.wfile.write(DATA[part:])
+                return
+            self.wfile.write(DATA[:20000])
+            for byte in DATA[20000:]:
+                if Pages.release.wait(0.02):
+                    break
+                try:
+                    self.wfile.write(bytes([byte]))
+                except OSError:
+                    break
+            self.close_connection = True
         elif name == "endless.bin":
             self.send_response(200)
             self.send_header("Content-Length", "1000000000")
@@ -177,7 +239,17 @@ def a_file_address(b):
     b.run("file://elsewhere/absent.vlp", status=2)
 
 
-TESTS = [downloads_of_a_fetched_application, what_can_not_be_fetched, a_file_address]
+def a_stopped_download_is_fetched_anew(b):
+    b.server.files["again.vlp"] = b.pack(AGAIN)
+    out, _ = b.run(b.base + "again.vlp")
+    g = json.loads(out)
+    expect(g["stopped"] == 1 and g["first"] != "" and g["second"] != "", g)
+    expect(g["size"] == len(DATA) and g["middle"] & 255 == DATA[30000], g)
+    expect(Pages.ranges == [None, None], f"asked for parts: {Pages.ranges}")
+    expect(g["broke"] == 1 and g["absent"] == 1 and g["named"] == 1, g)
+
+
+TESTS = [downloads_of_a_fetched_application, what_can_not_be_fetched, a_file_address, a_stopped_download_is_fetched_anew]
 
 
 def main():

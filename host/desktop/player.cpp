@@ -5,6 +5,7 @@
 
 #include "host/desktop/start_picture.h"
 #include "platform/drive_paths.h"
+#include "platform/posix/cups_queue.h"
 #include "platform/posix/user_folder.h"
 
 namespace vl {
@@ -232,7 +233,12 @@ bool Player::Start() {
   std::string reason;
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
-  printers_ = printFolder.empty() ? nullptr : std::make_unique<PdfPrinters>(printFolder);
+  printers_.reset();
+  if (!printQueue.empty()) {
+    printers_ = std::make_unique<PdfPrinters>(std::make_unique<CupsQueue>(printQueue));
+  } else if (!printFolder.empty()) {
+    printers_ = std::make_unique<PdfPrinters>(std::make_unique<PdfFolder>(printFolder));
+  }
   services.printers = printers_.get();
   if (!services.clipboard) services.clipboard = &clipboard_;
   if (!IsVirtual()) services.serialPorts = &serialPorts_;
@@ -241,6 +247,11 @@ bool Player::Start() {
   if (options_.backend != VL_BACKEND_HEADLESS || options_.real_network) {
     sockets_ = std::make_unique<PosixSockets>();
     services.sockets = sockets_.get();
+    if (sdl_) {
+      sdl_->setSleeper(*sockets_);
+    } else {
+      queue_->SetSleeper(*sockets_);
+    }
   }
   if (services.sockets) {
     policedSockets_ = std::make_unique<PolicedSockets>(*services.sockets, policy_);
@@ -259,7 +270,8 @@ bool Player::Start() {
   inputTap_.reset();
   gate_.reset();
   if (!IsVirtual()) {
-    gate_ = std::make_unique<RunGate>(*services.clock, *services.events);
+    // The desktop's back end counts by itself.
+    gate_ = std::make_unique<RunGate>(*services.clock, *services.events, sdl_ ? 0 : options_.max_time_ms);
     services.clock = gate_.get();
     services.events = gate_.get();
     tap_->onPresent = [gate = gate_.get()] { gate->OnPresent(); };

@@ -40,6 +40,11 @@ void RunGate::Hold() {
   stepEndMs_ = nowMs() + kStepMs;
 }
 
+int RunGate::StopInMs() {
+  const uint64_t passed = nowMs() - startMs_;
+  return passed >= stopAfterMs_ ? 0 : static_cast<int>(std::min<uint64_t>(stopAfterMs_ - passed, INT32_MAX));
+}
+
 bool RunGate::waitEvent(Event& event, int timeoutMs) {
   if (isClosed_) {
     Hold();
@@ -51,7 +56,16 @@ bool RunGate::waitEvent(Event& event, int timeoutMs) {
       }
     }
   }
-  return events_.waitEvent(event, timeoutMs);
+  if (stopAfterMs_ == 0) return events_.waitEvent(event, timeoutMs);
+  const int left = StopInMs();
+  if (left > 0) {
+    if (events_.waitEvent(event, timeoutMs < 0 ? left : std::min(timeoutMs, left))) return true;
+    if (StopInMs() > 0) return false;
+  }
+  stopAfterMs_ = 0;
+  event = Event{};
+  event.type = EventType::HostStop;
+  return true;
 }
 
 }  // namespace vl

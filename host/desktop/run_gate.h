@@ -2,7 +2,7 @@
 //
 // It stands before the clock and the event queue of a back end: the interpreter's thread blocks in either, and the
 // time that it was held doesn't pass for the program. A step lets the program run until it shows a picture, and at
-// most for kStepMs of its time.
+// most for kStepMs of its time. It may also tell the host's stop after so much of the program's time.
 #pragma once
 
 #include <atomic>
@@ -18,7 +18,9 @@ class RunGate final : public Clock, public EventQueue {
  public:
   static constexpr uint32_t kStepMs = 50;
 
-  RunGate(Clock& clock, EventQueue& events) : clock_(clock), events_(events) {}
+  // Both outlive it. stopAfterMs above 0: HostStop arrives then, once.
+  RunGate(Clock& clock, EventQueue& events, uint64_t stopAfterMs = 0)
+      : clock_(clock), events_(events), stopAfterMs_(stopAfterMs), startMs_(clock.nowMs()) {}
 
   // From any thread.
   void SetPaused(bool paused);
@@ -43,9 +45,13 @@ class RunGate final : public Clock, public EventQueue {
 
  private:
   void Hold();
+  // Of the program's time until the stop is due.
+  int StopInMs();
 
   Clock& clock_;
   EventQueue& events_;
+  uint64_t stopAfterMs_;  // 0: never, or no more
+  uint32_t startMs_;
   std::atomic<bool> isClosed_{false};
   std::mutex mutex_;
   std::condition_variable changed_;

@@ -176,6 +176,23 @@ class CCodeCompiler {
   void PrimaryElement(uint16_t k, Evaluation& e);
   void Subscripts(uint16_t k, Evaluation& e, uint32_t unknown, uint32_t first, uint32_t token);
   uint32_t ReadSubscripts(uint16_t base);
+  // What an element is wanted for, by what stands behind it.
+  uint32_t ElementUse(uint32_t behind, uint16_t k, const Evaluation& e) const;
+  bool MayBeAssigned(uint32_t behind) const;
+  bool RunsNoCode(uint32_t at) const;
+  bool IsClassMember(uint32_t token) const;
+  bool IsPlainOperand(uint32_t at);
+  Value PlainOperand(uint32_t at);
+  void EmitShortcut(NameInfo* name, uint32_t subscript, uint32_t behind);
+  // Statements on numbers with variables of script objects.
+  struct Term {
+    uint8_t kind = kConstant;
+    Operand operand{};
+    int64_t offset = 0;
+  };
+  void EmitTerms();
+  bool ReadTerm(uint32_t& at, bool isTarget, Term& term);
+  bool EmitPair(uint16_t k, const Evaluation& e, NameInfo* name, uint32_t first);
   void Unary(uint16_t k, Evaluation& e);
   void Parenthesis(uint16_t k, Evaluation& e);
   bool MovesDown(Value& inner, uint16_t k, const Evaluation& e);
@@ -184,9 +201,12 @@ class CCodeCompiler {
   void ClassConstant(uint16_t k);
   // Members behind a value that is found as `from` tells.
   void Members(uint16_t k, Evaluation& e, MemberFrom from);
-  uint32_t Arguments(uint16_t k);
+  uint32_t Arguments(uint16_t k, bool isFlushed = false);
+  bool KeepsTarget(const Evaluation& e) const;
+  bool AssignsBehind(uint32_t at) const;
   bool IsDropped(const Evaluation& e, uint16_t k) const;
   void NoteMember(uint32_t token);
+  const MemberRow* QuickTextMember(uint32_t token) const;
   bool NeedsTarget(const Evaluation& e) const;
   void Flush();
   // The same, but a name that the statement assigns to stays a name where no trace of its reading is needed.
@@ -203,6 +223,7 @@ class CCodeCompiler {
   const CValue* NumberConstant(const CValue& v);
   void SetA(Instruction& i, const Value& value);
   void SetB(Instruction& i, const Value& value);
+  void SetTarget(Instruction& i, const Value& value);
 
   CExecutor& x_;
   CInterpretor& i_;
@@ -211,6 +232,10 @@ class CCodeCompiler {
   uint32_t start_ = 0;
   uint32_t end_ = 0;
   bool failed_ = false;
+  bool inUnary_ = false;       // the primary stands behind a sign
+  uint32_t parentheses_ = 0;   // around the evaluation, up to the next list or statement
+  uint32_t shortcut_ = kNone;  // an instruction that does the whole statement where it can
+  static constexpr uint32_t kNone = UINT32_MAX;
   uint32_t nest_ = 0;  // argument lists under evaluation
   uint32_t declared_ = UINT32_MAX;
   uint32_t temporaries_ = 0;

@@ -9,8 +9,8 @@ constexpr size_t kPlainArguments = 8;
 }  // namespace
 
 // The list behind an opened parenthesis, into the bank; gives the count.
-uint32_t CCodeCompiler::Arguments(uint16_t k) {
-  Flush();
+uint32_t CCodeCompiler::Arguments(uint16_t k, bool isFlushed) {
+  if (!isFlushed) Flush();
   if (nest_ > 0) Emit(handlers::CheckLevel, k, nest_);
   uint32_t count = 0;
   if (Kind() != TK_PAREN_CLOSE) {

@@ -83,11 +83,14 @@ void CCodeCompiler::Flush() {
   for (Value& value : values_) FlushOne(value);
 }
 
-void CCodeCompiler::FlushOperands(const Evaluation& e) {
+bool CCodeCompiler::KeepsTarget(const Evaluation& e) const {
   const bool isStatement = e.use == Use::Statement || e.use == Use::Increment;
-  const bool keepsTarget = x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement &&
-                           e.ops.size() > 1 && e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 &&
-                           values_[0].name;
+  return x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement && e.ops.size() > 1 &&
+         e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 && values_[0].name;
+}
+
+void CCodeCompiler::FlushOperands(const Evaluation& e) {
+  const bool keepsTarget = KeepsTarget(e);
   for (size_t v = 0; v < values_.size(); ++v) {
     if (v > 0 || !keepsTarget) FlushOne(values_[v]);
   }
@@ -160,7 +163,13 @@ CCodeCompiler::Value CCodeCompiler::EvaluateNested(uint16_t base, Use use, bool 
   e.parenthesis = parenthesis;
   e.place = place;
   const size_t exits = exits_.size();
+  const uint32_t around = parentheses_;
+  const bool behindSign = inUnary_;
+  parentheses_ = parenthesis ? around + 1 : 0;
+  inUnary_ = false;
   Value value = Evaluate(e);
+  parentheses_ = around;
+  inUnary_ = behindSign;
   if (failed_) return value;
   if (exits_.size() != exits) {
     FlushOne(value);
@@ -405,7 +414,8 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   if (IsMemberToken(next)) {
     FlushOperands(e);
     PlainCall plain;
-    if (next == TK_MEMBER_CALL && nest_ == 0 && (code_.kind != CodeKind::Method || name->sure) && ScanPlain(plain)) {
+    if (next == TK_MEMBER_CALL && nest_ == 0 && (code_.kind != CodeKind::Method || name->sure) &&
+        !QuickTextMember(at_) && ScanPlain(plain)) {
       Value value;
       value.kind = name->sure ? kLocal : kName;
       value.name = name;
@@ -457,7 +467,10 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
 void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   const uint16_t op = Kind();
   Step1();
+  const bool behindSign = inUnary_;
+  inUnary_ = true;
   Primary(k, e);
+  inUnary_ = behindSign;
   if (failed_ || op == TK_ADD) return;
   Value& value = values_.back();
   if (op == TK_SUB && value.kind == kConstant && value.constant->type <= VT_FLOAT) {

@@ -80,6 +80,15 @@ bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
   return e.use == Use::Statement && e.ops.size() == 1 && k <= 1 && Kind() == TK_SEMICOLON;
 }
 
+// The row of a member of texts that has a quick way; null for none.
+const MemberRow* CCodeCompiler::QuickTextMember(uint32_t token) const {
+  const CIClassInfo* info = i_.ClassInfo(CLASS_STRING);
+  const KeywordRow* known =
+      info && info->table && info->table->create ? info->keywords->Find(i_.NameOf(i_.At(token))) : nullptr;
+  const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+  return row && row->onNumbers ? row : nullptr;
+}
+
 // A member of any class in use that might leave its slot as it was.
 void CCodeCompiler::NoteMember(uint32_t token) {
   if (x_.SlotShowers(TokenNameId(i_.At(token))) & x_.families) x_.suspects = true;
@@ -187,10 +196,18 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     const uint32_t token = at_;
     const uint16_t kind = Kind();
     if (kind == TK_MEMBER_CALL) {
-      Flush();
-      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from));
+      // A call changes no local of its caller: what is assigned to a local need not be known before.
+      const MemberRow* quick = QuickTextMember(token);
+      const bool keepsTarget = quick && code_.kind == CodeKind::Function && KeepsTarget(e) && !AssignsBehind(token) &&
+                               values_[0].kind == kLocal;
+      if (keepsTarget) {
+        FlushOperands(e);
+      } else {
+        Flush();
+      }
+      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from)).b.pointer = quick;
       Step1();
-      const uint32_t count = Arguments(k);
+      const uint32_t count = Arguments(k, keepsTarget);
       if (failed_) return;
       const uint32_t instruction = Here();
       const bool mayBeEvent = Kind() == TK_ASSIGN;

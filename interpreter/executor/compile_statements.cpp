@@ -157,12 +157,15 @@ void CCodeCompiler::ExpressionStatement() {
   e.use = Use::Statement;
   e.label = NewLabel();
   statementDone_ = false;
+  shortcut_ = kNone;
+  EmitTerms();
   Value value = Evaluate(e);
   if (failed_) return;
   if (!statementDone_) {
     FlushOne(value);
     Emit(handlers::EndStatement, 0);
   }
+  if (shortcut_ != kNone) code_.instructions[shortcut_].at = Here() - shortcut_;
   statementDone_ = false;
   Bind(e.label);
 }

@@ -69,7 +69,7 @@ class CExecutor::Run {
   size_t subscripts_;
 };
 
-CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter) {
+CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter), scratch(&interpreter) {
   globals.absent = &absent;
   uint32_t count = 0;
   for (uint32_t bucket = 0; bucket < CNamePool::kBuckets; ++bucket) {
@@ -174,8 +174,18 @@ void CExecutor::RunProgram() {
   code = program;
   bank = i.args.data();
   argBase = 0;
+  // The top level has no frame that an error would unwind: what an expression kept aside must go all the same.
+  struct TopLocals {
+    CValue* first;
+    uint32_t count;
+    ~TopLocals() {
+      for (CValue* local = first; local != first + count; ++local) {
+        local->Release();
+        local->type = VT_NEW_NAME;
+      }
+    }
+  } locals{L, program->locals};
   RunFrom(program->instructions.data());
-  ReleaseLocals();
 }
 
 void CExecutor::RunEvent(const BlockRecord& block) {
@@ -304,7 +314,7 @@ const Instruction* CExecutor::FinishLeave() {
     }
     frame.slot->lvalue = nullptr;
     ++i.newsSinceCollection;
-    --frame.held->refCount;
+    frame.held->Unhold();
   }
   i.Unpin(frame.held);
   return frame.then;
@@ -323,8 +333,10 @@ void CExecutor::DropPending() {
   pending.pop_back();
   if (call.text) {
     EndText(call);
+  } else if (!call.object && !call.block) {
+    --heldTexts;
   } else if (call.object) {
-    if (call.made) --call.object->refCount;
+    if (call.made) call.object->Unhold();
     i.Unpin(call.object);
   }
 }
@@ -333,7 +345,7 @@ void CExecutor::DropPending() {
 void CExecutor::Unwind(Frame* frame, size_t pendingCount) {
   while (top > frame) {
     if (top->back == &leaveRest && top->constructs) {
-      --top->held->refCount;
+      top->held->Unhold();
       top->constructs = false;
     }
     Leave();
@@ -452,7 +464,7 @@ void CExecutor::SwapSlots(CValue& a, CValue& b) {
   }
 }
 
-void CExecutor::Assign(CValue* S, uint32_t k, uint16_t level) {
+void CExecutor::Assign(CValue* S, uint32_t k, uint16_t level, bool keepsPlace) {
   CValue& left = S[k];
   CValue& right = S[k + 1];
   if (right.type >= VT_NEW_NAME && right.type <= VT_NEW_ELEMENT) i.RaiseError(ERR_UNDEFINED);
@@ -468,9 +480,24 @@ void CExecutor::Assign(CValue* S, uint32_t k, uint16_t level) {
     case VT_NEW_ELEMENT: {
       CValue* variable = left.lvalue;
       if (variable->type != VT_ARRAY) i.RaiseError(ERR_UNDEFINED);
-      CValue& element = variable->data.array->Store(left.data.token, right);
+      CArrayStore& store = *variable->data.array;
+      const uint32_t index = left.data.token;
+      if (left.level) {
+        // The element was there: the slots change places, as they do for any place that is assigned to.
+        const bool isNumber = store.ReadNumber(index, left);
+        left.lvalue = nullptr;
+        if (!isNumber) i.RaiseError(ERR_INTERNAL);
+        store.Store(index, right);
+        break;
+      }
+      CValue* element = nullptr;
+      if (keepsPlace) {
+        element = &store.StoreInCell(index, right);
+      } else {
+        store.Store(index, right);
+      }
       left.Assign(right);
-      left.lvalue = &element;
+      left.lvalue = element;
       return;
     }
     default:
@@ -498,7 +525,15 @@ void CExecutor::Invoke(CIBaseClassImpl& object, const MemberRow& row, uint32_t i
   Adopt();
 }
 
+void CExecutor::ReserveText() {
+  if (i.freeTexts_.size() > heldTexts) return;
+  CITextHolder* holder = nullptr;
+  CIBaseClassImpl* object = i.MakeText(holder);
+  i.GiveText(object, holder);
+}
+
 void CExecutor::BeginText(const CValue& slot) {
+  ReserveText();
   Pending call;
   call.object = i.TakeText(call.text);
   call.text->SetHeldText(Text::Share(slot.data.text));

@@ -104,8 +104,8 @@ class CExecutor {
   CValue* FindName(const NameInfo& name, CValue* locals);
   void LoadName(CValue& slot, const NameInfo& name, CValue* locals);
   // `=` on S[k] and S[k + 1], but for arrays that don't exist yet. `level` is the function's block that may get a new
-  // local, from 1.
-  void Assign(CValue* S, uint32_t k, uint16_t level);
+  // local, from 1. The result's place is only kept where something may still assign to it.
+  void Assign(CValue* S, uint32_t k, uint16_t level, bool keepsPlace);
   static void SwapSlots(CValue& a, CValue& b);
   // The variable that an assignment to a name of no variable makes, in the frame.
   CValue& MakeVariable(uint32_t nameId, uint16_t level);
@@ -127,6 +127,8 @@ class CExecutor {
   // Takes a String for the text in the slot.
   void BeginText(const CValue& slot);
   void EndText(const Pending& call);
+  // A String for one more text, as the walk would have made it by now, for those that do without.
+  void ReserveText();
   // The work between statements that isn't just counting.
   void Housekeep(const CValue* S);
   // The machine-wide count of statements, while a member or the tick runs.
@@ -176,7 +178,10 @@ class CExecutor {
   Traces traces = kNoTraces;  // what the slots are needed for
   bool suspects = false;      // the compiler has met a member that may show what a slot held
   bool collects = false;      // and one that collects objects
+  uint32_t heldTexts = 0;     // texts whose member waits for its arguments without a String
   CVariable absent;
+  CVariable* nowhere = &absent;  // the cell of a name that no global has
+  CValue scratch;                // an element that is only a number, while something needs it as a value of its own
   CVariableIndex globals;
 
  public:

@@ -168,7 +168,7 @@ const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S,
   CExecutor::Pending call;
   call.block = variable->data.function;
   auto* object = new CIBaseObjectVar(x.i, CIBaseClassImpl::Listing::Listed);
-  ++object->refCount;
+  object->Hold();
   ++object->pins;
   call.object = object;
   call.made = true;
@@ -275,6 +275,14 @@ namespace {
 VL_NOINLINE void BeginMemberCall(CExecutor& x, const Instruction* i, CValue* S) {
   const uint32_t k = i->k;
   const Token token = x.i.At(i->at);
+  if (i->b.pointer) {
+    const auto from = static_cast<MemberFrom>(i->n);
+    const CValue& text = from == MemberFrom::Source ? *x.source : S[k];
+    if (from != MemberFrom::This && from != MemberFrom::CurWindow && text.type == VT_STRING) {
+      BeginTextCall(x, i, S);
+      return;
+    }
+  }
   x.StandAt(S, k, i->at);
   CIBaseClassImpl* object = ObjectOf(x, static_cast<MemberFrom>(i->n), S, k);
   if (!object) {
@@ -330,6 +338,7 @@ const Instruction* MemberCallBegin(CExecutor& x, const Instruction* i, CValue* S
 namespace {
 
 VL_NOINLINE const Instruction* EndMemberCall(CExecutor& x, const Instruction* i, CValue* S) {
+  if (!x.pending.back().object && EndTextCall(x, i, S)) return i + 1;
   const CExecutor::Pending call = x.pending.back();
   x.StandAt(S, i->k, i->at);
   if (call.block) {

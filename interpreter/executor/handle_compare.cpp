@@ -6,8 +6,11 @@ namespace vl::handlers {
 namespace {
 
 bool DecideSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  ReduceSlowly(x, i, S, L, 1, i->n & 0xFF, static_cast<OperandKind>(i->n >> 8 & 3),
-               static_cast<OperandKind>(i->n >> 10 & 3));
+  const auto a = static_cast<OperandKind>(i->n >> 8 & 3);
+  const auto b = static_cast<OperandKind>(i->n >> 10 & 3);
+  bool holds;
+  if (DecideTexts(x, i, S, L, i->n & 0xFF, a, b, holds)) return holds;
+  ReduceSlowly(x, i, S, L, 1, i->n & 0xFF, a, b);
   return S[1].GetInt() != 0;
 }
 

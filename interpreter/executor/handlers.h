@@ -24,6 +24,7 @@ const Instruction* DropKept(CExecutor& x, const Instruction* i, CValue* S, CValu
 const Instruction* SourceOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ElementOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* Subscript(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
+const Instruction* ElementAtPair(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* ElementEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MemberElementOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
 const Instruction* MakeArray(CExecutor& x, const Instruction* i, CValue* S, CValue* L);
@@ -92,6 +93,17 @@ Handler PlainMethodOf(Traces traces, OperandKind name);
 Handler PlainOwnMethodOf(Traces traces);
 // `name[b]` for reading or as the left side of an assignment.
 Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b);
+// Whether ElementStoreOf has a form with the operator.
+bool HasElementForm(uint16_t op);
+// A whole statement on an element of numbers: `a[b] = target`, `a[b] op= target`, `a[b]++`, and with a second operand
+// in the instruction behind it `a[b] = target op more`. Goes over `at` instructions where it can do that, and to those
+// behind its own otherwise. Names are read as `name` tells, unless they are constants.
+Handler ElementStoreOf(Traces traces, uint16_t op, OperandKind name, bool isConstB, bool isConstTarget,
+                       bool isConstMore);
+// A statement on numbers whose terms are names, constants and variables of script objects: `target`, `a`, `b`, and `c`
+// in the instruction behind it, whose `n` is the count of slots that the walk would write; `n` tells their kinds, 2
+// bits each from `target` on. Goes over `at` instructions where it can do that, and to those behind its own otherwise.
+Handler TermsOf(Traces traces, TermForm form, TermTarget target, uint16_t first, uint16_t second);
 // `target = target outer (a inner b)` on locals; null when there is none for it.
 Handler AccumulateOf(uint16_t outer, uint16_t inner, OperandKind b);
 // A variable of a script object: passes over the two instructions behind it, which do the same for anything else.

@@ -91,13 +91,16 @@ CVexNetwork::CVexNetwork(CInterpretor& interpreter)
   api.hasRoom = [this] { return interpreter_.events.Count() < interpreter_.eventLimit / 2; };
   api.idle = [this] {
     interpreter_.messages->WaitForMessage(1);
+    // It doesn't look at the host while messages wait for the program; the host's stop comes that way.
+    interpreter_.messages->HasMessage();
     interpreter_.services.clock->tick();
     return !interpreter_.param.stop.load(std::memory_order_relaxed);
   };
   interpreter.AddPoll([this] {
     if (api.nodes.Count() + api.plainSockets.Count() == 0) return PollNeed::None;
     api.Poll();
-    return api.hasWork ? PollNeed::Now : PollNeed::Soon;
+    if (api.hasWork) return PollNeed::Now;
+    return api.sockets.wakesWaits() ? PollNeed::None : PollNeed::Soon;
   });
 }
 
@@ -111,13 +114,13 @@ void CIVEXClassImpl::Attach(VexObject& object, bool holdsItself) {
   object.privateData = this;
   object.onDestroy = &CoreIsGone;
   holdsItself_ = holdsItself;
-  if (holdsItself) ++refCount;
+  if (holdsItself) Hold();
 }
 
 void CIVEXClassImpl::CoreIsGone(VexObject& object) {
   auto* wrapper = static_cast<CIVEXClassImpl*>(object.privateData);
   wrapper->core_ = nullptr;
-  if (wrapper->holdsItself_) --wrapper->refCount;
+  if (wrapper->holdsItself_) wrapper->Unhold();
   wrapper->holdsItself_ = false;
 }
 

@@ -7,6 +7,7 @@
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@
 #include <mutex>
 #include <thread>
 #include <utility>
+#include <vector>
 
 namespace vl {
 
@@ -26,6 +28,10 @@ namespace {
 constexpr int kBacklog = 128;
 constexpr int kNewsAtOnce = 512;
 constexpr size_t kMaxLookups = 64;
+// Edges: each change ends one wait. Room to send is asked for from the start, as it costs nothing while there is some.
+constexpr uint32_t kStreamEvents = EPOLLIN | EPOLLOUT | EPOLLRDHUP | EPOLLET;
+constexpr uint32_t kInEvents = EPOLLIN | EPOLLET;
+constexpr uint32_t kEndEvents = EPOLLRDHUP | EPOLLERR | EPOLLHUP;
 
 sockaddr_in SocketAddress(NetAddress address, uint16_t port) {
   sockaddr_in a{};
@@ -59,6 +65,29 @@ NetAddress LookUp(const std::string& name) {
 
 }  // namespace
 
+// A descriptor that any thread makes readable.
+class PosixSockets::WakeUp {
+ public:
+  WakeUp() : fd_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
+  ~WakeUp() {
+    if (fd_ >= 0) ::close(fd_);
+  }
+  WakeUp(const WakeUp&) = delete;
+  WakeUp& operator=(const WakeUp&) = delete;
+  int Descriptor() const { return fd_; }
+  void Set() {
+    const uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = write(fd_, &one, sizeof one);
+  }
+  void Clear() {
+    uint64_t count = 0;
+    [[maybe_unused]] const ssize_t size = ::read(fd_, &count, sizeof count);
+  }
+
+ private:
+  int fd_;
+};
+
 // What the thread of the look-ups shares; it lives as long as either side.
 class PosixSockets::Resolver {
  public:
@@ -67,8 +96,9 @@ class PosixSockets::Resolver {
     NetAddress address;
   };
 
-  static std::shared_ptr<Resolver> Start() {
-    auto resolver = std::make_shared<Resolver>();
+  explicit Resolver(std::shared_ptr<WakeUp> wakeUp) : wakeUp_(std::move(wakeUp)) {}
+  static std::shared_ptr<Resolver> Start(std::shared_ptr<WakeUp> wakeUp) {
+    auto resolver = std::make_shared<Resolver>(std::move(wakeUp));
     std::thread([resolver] { resolver->Serve(); }).detach();
     return resolver;
   }
@@ -99,9 +129,11 @@ class PosixSockets::Resolver {
       const NetAddress address = LookUp(name);
       lock.lock();
       answers_.push_back({socket, address});
+      wakeUp_->Set();
     }
   }
 
+  std::shared_ptr<WakeUp> wakeUp_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<std::pair<SocketId, std::string>> names_;
@@ -109,33 +141,65 @@ class PosixSockets::Resolver {
   bool isOver_ = false;
 };
 
-PosixSockets::PosixSockets() : epoll_(epoll_create1(EPOLL_CLOEXEC)) {}
+PosixSockets::PosixSockets(NetAddress own)
+    : own_(own), epoll_(epoll_create1(EPOLL_CLOEXEC)), wakeUp_(std::make_shared<WakeUp>()) {
+  // Of no socket.
+  Register(0, wakeUp_->Descriptor(), EPOLLIN, EPOLL_CTL_ADD);
+}
 
 PosixSockets::~PosixSockets() {
   if (resolver_) resolver_->End();
-  while (!sockets_.empty()) close(sockets_.begin()->first);
+  for (const Socket& socket : sockets_) {
+    if (socket.id != 0 && socket.fd >= 0) ::close(socket.fd);
+  }
   ::close(epoll_);
 }
 
 PosixSockets::Socket* PosixSockets::Find(SocketId socket) {
-  const auto found = sockets_.find(socket);
-  return found == sockets_.end() ? nullptr : &found->second;
+  const size_t place = socket & (kMaxSockets - 1);
+  return socket != 0 && place < sockets_.size() && sockets_[place].id == socket ? &sockets_[place] : nullptr;
 }
 
-SocketId PosixSockets::Add(const Socket& socket, uint32_t events) {
-  if (sockets_.size() >= kMaxSockets) {
+SocketId PosixSockets::Add(Socket socket, uint32_t events) {
+  if (free_.empty() && sockets_.size() >= kMaxSockets) {
     if (socket.fd >= 0) ::close(socket.fd);
     return 0;
   }
-  const SocketId id = ++last_;
-  if (socket.fd >= 0) {
-    epoll_event event{};
-    event.events = events;
-    event.data.u32 = id;
-    epoll_ctl(epoll_, EPOLL_CTL_ADD, socket.fd, &event);
+  // Fresh places first, then the one that is free for longest: an id comes again after millions of sockets.
+  const uint32_t place = sockets_.size() < kMaxSockets ? static_cast<uint32_t>(sockets_.size()) : free_.front();
+  const uint32_t rounds = place < sockets_.size() ? sockets_[place].round : 0;
+  socket.round = rounds % kMaxRounds + 1;
+  const SocketId id = socket.round << kPlaceBits | place;
+  if (socket.fd >= 0 && !Register(id, socket.fd, events, EPOLL_CTL_ADD)) {
+    ::close(socket.fd);
+    return 0;
   }
-  sockets_.emplace(id, socket);
+  socket.id = id;
+  if (place == sockets_.size()) {
+    sockets_.push_back(socket);
+  } else {
+    free_.pop_front();
+    sockets_[place] = socket;
+  }
   return id;
+}
+
+bool PosixSockets::Bind(int fd, uint16_t port) const {
+  const sockaddr_in address = SocketAddress(own_, port);
+  return bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+bool PosixSockets::Register(SocketId id, int fd, uint32_t events, int operation) {
+  epoll_event event{};
+  event.events = events;
+  event.data.u32 = id;
+  return epoll_ctl(epoll_, operation, fd, &event) == 0;
+}
+
+void PosixSockets::SetNews(Socket& socket, bool hasNews) {
+  if (socket.hasNews == hasNews) return;
+  socket.hasNews = hasNews;
+  newsLeft_ += hasNews ? 1 : size_t(-1);
 }
 
 void PosixSockets::Connect(SocketId id, Socket& socket, NetAddress address) {
@@ -145,17 +209,14 @@ void PosixSockets::Connect(SocketId id, Socket& socket, NetAddress address) {
   const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_TCP);
   if (fd < 0) return;
   Set(fd, IPPROTO_TCP, TCP_NODELAY);
+  if (own_ != 0) Bind(fd, 0);
   const sockaddr_in to = SocketAddress(address, socket.port);
   if (connect(fd, reinterpret_cast<const sockaddr*>(&to), sizeof to) != 0 && errno != EINPROGRESS) {
     ::close(fd);
     return;
   }
-  socket.isFailed = false;
   socket.fd = fd;
-  epoll_event event{};
-  event.events = EPOLLIN | EPOLLOUT;
-  event.data.u32 = id;
-  epoll_ctl(epoll_, EPOLL_CTL_ADD, fd, &event);
+  socket.isFailed = !Register(id, fd, kStreamEvents, EPOLL_CTL_ADD);
 }
 
 SocketId PosixSockets::connectTcp(std::string_view host, uint16_t port) {
@@ -165,11 +226,11 @@ SocketId PosixSockets::connectTcp(std::string_view host, uint16_t port) {
   if (id == 0) return 0;
   const NetAddress address = ParseNetAddress(host);
   if (address != 0 || host == "0.0.0.0" || host.empty()) {
-    Connect(id, sockets_.at(id), address);
+    Connect(id, *Find(id), address);
   } else if (lookups_ >= kMaxLookups) {
-    sockets_.at(id).isFailed = true;
+    Find(id)->isFailed = true;
   } else {
-    if (!resolver_) resolver_ = Resolver::Start();
+    if (!resolver_) resolver_ = Resolver::Start(wakeUp_);
     ++lookups_;
     resolver_->Ask(id, std::string(host));
   }
@@ -184,24 +245,26 @@ SocketId PosixSockets::listenTcp(uint16_t port) {
   if (socket.fd < 0) return 0;
   // A port whose last connections still linger can be had again at once.
   Set(socket.fd, SOL_SOCKET, SO_REUSEADDR);
-  const sockaddr_in any = SocketAddress(0, port);
-  if (bind(socket.fd, reinterpret_cast<const sockaddr*>(&any), sizeof any) != 0 || listen(socket.fd, kBacklog) != 0) {
+  if (!Bind(socket.fd, port) || listen(socket.fd, kBacklog) != 0) {
     ::close(socket.fd);
     return 0;
   }
-  return Add(socket, EPOLLIN);
+  return Add(socket, kInEvents);
 }
 
 SocketId PosixSockets::acceptTcp(SocketId listener) {
-  const Socket* from = Find(listener);
+  Socket* from = Find(listener);
   if (!from || !from->isListener) return 0;
   Socket socket;
   socket.port = from->port;
   socket.fd = accept4(from->fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-  if (socket.fd < 0) return 0;
+  if (socket.fd < 0) {
+    if (Result(-1) == kSocketNothing) SetNews(*from, false);
+    return 0;
+  }
   Set(socket.fd, IPPROTO_TCP, TCP_NODELAY);
   socket.isConnected = true;
-  return Add(socket, EPOLLIN);
+  return Add(socket, kStreamEvents);
 }
 
 SocketId PosixSockets::openUdp(uint16_t port) {
@@ -211,19 +274,22 @@ SocketId PosixSockets::openUdp(uint16_t port) {
   socket.fd = ::socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, IPPROTO_UDP);
   if (socket.fd < 0) return 0;
   Set(socket.fd, SOL_SOCKET, SO_REUSEADDR);
-  const sockaddr_in any = SocketAddress(0, port);
-  if (bind(socket.fd, reinterpret_cast<const sockaddr*>(&any), sizeof any) != 0) {
+  if (!Bind(socket.fd, port)) {
     ::close(socket.fd);
     return 0;
   }
-  return Add(socket, EPOLLIN);
+  return Add(socket, kInEvents);
 }
 
 void PosixSockets::close(SocketId socket) {
-  const Socket* s = Find(socket);
+  Socket* s = Find(socket);
   if (!s) return;
+  SetNews(*s, false);
   if (s->fd >= 0) ::close(s->fd);
-  sockets_.erase(socket);
+  const uint32_t round = s->round;
+  *s = Socket{};
+  s->round = round;
+  free_.push_back(socket & (kMaxSockets - 1));
 }
 
 void PosixSockets::TakeAnswers() {
@@ -233,35 +299,43 @@ void PosixSockets::TakeAnswers() {
   }
 }
 
-void PosixSockets::Watch(int timeoutMs) {
-  for (const SocketId id : ready_) {
-    if (Socket* socket = Find(id)) socket->hasNews = false;
-  }
-  ready_.clear();
-  if (lookups_ > 0) TakeAnswers();
+void PosixSockets::wake() { wakeUp_->Set(); }
+
+void PosixSockets::update() {
+  isWaitOver_ = false;
+  if (!isFresh_) Look(0);
+  isFresh_ = false;
+}
+
+void PosixSockets::sleep(int timeoutMs) {
+  Look(isWaitOver_ ? 0 : timeoutMs);
+  isWaitOver_ = false;
+  isFresh_ = true;
+}
+
+void PosixSockets::Look(int timeoutMs) {
   epoll_event events[kNewsAtOnce];
   const int count = epoll_wait(epoll_, events, kNewsAtOnce, timeoutMs);
-  for (int i = 0; i < count; ++i) {
-    const SocketId id = events[i].data.u32;
-    Socket* socket = Find(id);
-    if (!socket) continue;
-    if (socket->isStream && !socket->isListener && !socket->isConnected) {
-      if (events[i].events & (EPOLLERR | EPOLLHUP)) {
-        // Broken before it stood; watched no longer, since it would be told of for ever.
-        epoll_ctl(epoll_, EPOLL_CTL_DEL, socket->fd, nullptr);
-        socket->isFailed = true;
-        continue;
-      }
-      socket->isConnected = true;
-      epoll_event reading{};
-      reading.events = EPOLLIN;
-      reading.data.u32 = id;
-      epoll_ctl(epoll_, EPOLL_CTL_MOD, socket->fd, &reading);
-    }
-    if ((events[i].events & (EPOLLIN | EPOLLERR | EPOLLHUP)) == 0) continue;
-    socket->hasNews = true;
-    ready_.push_back(id);
+  for (int i = 0; i < count; ++i) Take(events[i].data.u32, events[i].events);
+}
+
+void PosixSockets::Take(SocketId id, uint32_t events) {
+  if (id == 0) {
+    wakeUp_->Clear();
+    if (lookups_ > 0) TakeAnswers();
+    return;
   }
+  Socket* socket = Find(id);
+  if (!socket) return;
+  if (socket->isStream && !socket->isListener && !socket->isConnected) {
+    if (events & (EPOLLERR | EPOLLHUP)) {
+      socket->isFailed = true;
+      return;
+    }
+    socket->isConnected = true;
+  }
+  if (events & kEndEvents) socket->isEnding = true;
+  if (events & (EPOLLIN | kEndEvents)) SetNews(*socket, true);
 }
 
 bool PosixSockets::hasNews(SocketId socket) {
@@ -287,10 +361,13 @@ int64_t PosixSockets::send(SocketId socket, std::span<const uint8_t> bytes) {
 }
 
 int64_t PosixSockets::receive(SocketId socket, std::span<uint8_t> bytes, bool peek) {
-  const Socket* s = Find(socket);
+  Socket* s = Find(socket);
   if (!s || s->isFailed) return kSocketError;
   if (!s->isConnected || bytes.empty()) return kSocketNothing;
-  return Result(recv(s->fd, bytes.data(), bytes.size(), peek ? MSG_PEEK : 0));
+  const int64_t count = Result(recv(s->fd, bytes.data(), bytes.size(), peek ? MSG_PEEK : 0));
+  // Less than there was room for: that was all but the end. What comes from now on is told of anew.
+  if (count <= 0 || (!peek && !s->isEnding && static_cast<size_t>(count) < bytes.size())) SetNews(*s, false);
+  return count;
 }
 
 int64_t PosixSockets::sendTo(SocketId socket, NetAddress to, uint16_t port, std::span<const uint8_t> bytes) {
@@ -302,13 +379,16 @@ int64_t PosixSockets::sendTo(SocketId socket, NetAddress to, uint16_t port, std:
 }
 
 int64_t PosixSockets::receiveFrom(SocketId socket, std::span<uint8_t> bytes, NetAddress& from) {
-  const Socket* s = Find(socket);
+  Socket* s = Find(socket);
   if (!s || s->isStream) return kSocketError;
   sockaddr_in address{};
   socklen_t size = sizeof address;
   const ssize_t count =
       recvfrom(s->fd, bytes.data(), bytes.size(), MSG_TRUNC, reinterpret_cast<sockaddr*>(&address), &size);
-  if (count < 0) return Result(count);
+  if (count < 0) {
+    SetNews(*s, false);
+    return Result(count);
+  }
   from = ntohl(address.sin_addr.s_addr);
   return static_cast<size_t>(count) > bytes.size() ? kSocketTooLarge : count;
 }

@@ -37,7 +37,11 @@ void ThreadedQueue::PushLocked(const Event& event) {
     return;
   }
   events_.push_back(event);
-  arrived_.notify_one();
+  if (isAsleep_) {
+    sleeper_->wake();
+  } else {
+    arrived_.notify_one();
+  }
 }
 
 void ThreadedQueue::Push(const Event& event) {
@@ -53,17 +57,32 @@ void ThreadedQueue::PushWithBlob(Event event, std::string content) {
   PushLocked(event);
 }
 
+bool ThreadedQueue::TakeLocked(Event& event) {
+  if (events_.empty()) return false;
+  event = events_.front();
+  events_.pop_front();
+  return true;
+}
+
 bool ThreadedQueue::waitEvent(Event& event, int timeoutMs) {
   std::unique_lock lock(mutex_);
+  if (sleeper_) {
+    if (TakeLocked(event)) return true;
+    if (timeoutMs == 0) return false;
+    isAsleep_ = true;
+    lock.unlock();
+    sleeper_->sleep(timeoutMs);
+    lock.lock();
+    isAsleep_ = false;
+    return TakeLocked(event);
+  }
   const auto hasEvent = [this] { return !events_.empty(); };
   if (timeoutMs < 0) {
     arrived_.wait(lock, hasEvent);
   } else if (!arrived_.wait_for(lock, std::chrono::milliseconds(timeoutMs), hasEvent)) {
     return false;
   }
-  event = events_.front();
-  events_.pop_front();
-  return true;
+  return TakeLocked(event);
 }
 
 std::string ThreadedQueue::takeBlob(uint32_t id) {

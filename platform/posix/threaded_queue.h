@@ -15,6 +15,16 @@
 
 namespace vl {
 
+// What a wait sleeps on when more than events may end it.
+class Sleeper {
+ public:
+  virtual ~Sleeper() = default;
+  // At most timeoutMs, -1 for ever. It may return at any time.
+  virtual void sleep(int timeoutMs) = 0;
+  // Ends a sleep, or the next one. From any thread.
+  virtual void wake() = 0;
+};
+
 class ThreadedQueue final : public EventQueue {
  public:
   static constexpr size_t kMaxEvents = 8192;
@@ -23,13 +33,18 @@ class ThreadedQueue final : public EventQueue {
   bool waitEvent(Event& event, int timeoutMs) override;
   std::string takeBlob(uint32_t id) override;
 
+  // Before the first wait; outlives the last one.
+  void SetSleeper(Sleeper& sleeper) { sleeper_ = &sleeper; }
   void Push(const Event& event);
   // The event with content; its id is given here. Dropped when too many wait to be taken.
   void PushWithBlob(Event event, std::string content);
 
  private:
   void PushLocked(const Event& event);
+  bool TakeLocked(Event& event);
 
+  Sleeper* sleeper_ = nullptr;
+  bool isAsleep_ = false;
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::deque<Event> events_;

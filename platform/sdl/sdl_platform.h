@@ -33,6 +33,7 @@ class SdlListener {
   virtual void OnPumped() = 0;
 };
 
+class Sleeper;
 struct WindowOverlay;
 
 // A window of the player itself, filled by its overlay.
@@ -68,6 +69,9 @@ class SdlPlatform {
 
   // On the host's thread, between two runs: as if made anew, with the host's window where it is.
   void renew(std::optional<uint32_t> seed);
+
+  // Between two runs: what the waits of the next one sleep on; outlives that run.
+  void setSleeper(Sleeper& sleeper);
 
   // For the interpreter's thread. The pointers stay valid while the platform lives.
   Services services();

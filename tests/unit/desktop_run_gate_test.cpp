@@ -102,5 +102,22 @@ TEST(RunGate, AWaitDoesNotOutlastItsStep) {
   EXPECT_EQ(events.waitedMs, 5);
 }
 
+TEST(RunGate, TellsTheHostsStopOnceAfterTheProgramsTime) {
+  HandClock clock;
+  NoEvents events;
+  RunGate gate(clock, events, 300);
+  Event event;
+  EXPECT_FALSE(gate.waitEvent(event, 50));
+  EXPECT_EQ(events.waitedMs, 50);
+  clock.now = clock.now + 299;
+  EXPECT_FALSE(gate.waitEvent(event, -1));
+  EXPECT_EQ(events.waitedMs, 1) << "no wait goes beyond it";
+  clock.now = clock.now + 1;
+  ASSERT_TRUE(gate.waitEvent(event, 0));
+  EXPECT_EQ(event.type, EventType::HostStop);
+  EXPECT_FALSE(gate.waitEvent(event, 50));
+  EXPECT_EQ(events.waitedMs, 50);
+}
+
 }  // namespace
 }  // namespace vl

@@ -230,6 +230,29 @@ TEST(NetLayer, QueuedMessagesLeaveInOneSendAndCountAsMessages) {
   EXPECT_EQ(pair.server.Count("13 12345"), 5u);
 }
 
+TEST(NetLayer, WhatAHandlerSendsToThoseWhoseTurnIsOverAsksForAnotherPoll) {
+  MemoryNetwork network;
+  NetMachine machine(network, kServer);
+  VexServer* server = machine.api.MakeNode()->HostServer(5000);
+  RawPeer first(network, kOther, "10.0.0.1", 5000);
+  RawPeer second(network, 0x0A000003, "10.0.0.1", 5000);
+  machine.Poll(3);
+  first.Received();
+  EXPECT_FALSE(machine.api.hasWork);
+  EXPECT_EQ(machine.api.unsent, 0u);
+  machine.onEvent = [&](const VexEvent& event) {
+    if (event.number == kVexClientMessage) server->SendText("all", 0);
+  };
+  second.Send("\x02\0\0"s + Text("x"));
+  machine.Poll();
+  EXPECT_EQ(first.Received(), "");
+  EXPECT_TRUE(machine.api.hasWork);
+  machine.Poll();
+  EXPECT_EQ(first.Received(), "\x01\0\0\0\0\0\0\0\0\0\0"s + Text("all"));
+  EXPECT_FALSE(machine.api.hasWork);
+  EXPECT_EQ(machine.api.unsent, 0u);
+}
+
 TEST(NetLayer, BlastsAreLostAndOvertakenAsTheyCome) {
   Pair pair;
   // The second is lost, the third overtaken by two.
