@@ -119,6 +119,8 @@ TEST_F(ExecutorTest, ProgramsGetTheFormThatTheyNeed) {
       {"a = 3; r = 0; If (a < 7) r = EnableEvents();", true, true},     // may show what the slot held
       {"Program.OnError = F; x = Abs(1); Function F { }", true, true},  // so may any member then
       {"x = 1; If (x > 2) y = x++ * 2;", false, true},                  // can only fail: by the walk
+      {"Function F(x) { Return x++ * 2; }", false, true},               // also where nobody calls it
+      {"x = 1; Function F(x) { y = x++; Return (x); }", true, false},
   };
   for (const FormCase& c : kCases) {
     EXPECT_TRUE(RunSource(c.source)) << c.source;
