@@ -106,7 +106,7 @@ class WireWriter {
   uint8_t* Room(size_t bytes) {
     const size_t at = size_;
     size_ += bytes;
-    if (large_.empty() && size_ <= small_.size()) return &small_[at];
+    if (large_.empty() && size_ <= small_.size()) return small_.data() + at;
     if (large_.empty()) large_.assign(small_.begin(), small_.begin() + static_cast<ptrdiff_t>(at));
     large_.resize(size_);
     return large_.data() + at;
