@@ -16,16 +16,24 @@ class MemoryBudget {
   explicit MemoryBudget(uint64_t limit = limits::kRunMemoryBytes) : limit_(limit) {}
   // True and counted, or false and unchanged.
   bool Take(uint64_t bytes) {
-    if (bytes > limit_ - used_) return false;
+    if (bytes > limit_ - used_) {
+      refused_ = true;
+      return false;
+    }
     used_ += bytes;
     return true;
   }
   void Return(uint64_t bytes) { used_ -= bytes; }
   uint64_t Used() const { return used_; }
+  // Not below what is used.
+  void SetLimit(uint64_t limit) { limit_ = limit < used_ ? used_ : limit; }
+  // Has ever been asked for too much.
+  bool HasRefused() const { return refused_; }
 
  private:
   uint64_t limit_;
   uint64_t used_ = 0;
+  bool refused_ = false;
 };
 
 }  // namespace vl

@@ -7,6 +7,12 @@ namespace vl {
 
 namespace {
 size_t BlockBytes(uint32_t capacity) { return offsetof(Text::Block, data) + size_t{capacity} + 1; }
+// The same memory often holds a few bytes more: memory is given out in steps of 16, less what its own record takes.
+uint32_t FullCapacity(uint32_t length) {
+  constexpr size_t kStep = 16;
+  const size_t bytes = (BlockBytes(length) + sizeof(size_t) + kStep - 1) / kStep * kStep - sizeof(size_t);
+  return static_cast<uint32_t>(bytes - BlockBytes(0));
+}
 }  // namespace
 
 Text::Block* Text::Allocate(uint32_t length, uint32_t capacity, MemoryBudget* budget) {
@@ -57,7 +63,7 @@ bool Text::Append(std::string_view right, MemoryBudget* budget) {
     return true;
   }
   // Texts that grow once tend to grow again; short results of one concatenation stay tight.
-  const uint32_t capacity = block_ && block_->refs == 1 ? length + length / 2 + 16 : length;
+  const uint32_t capacity = block_ && block_->refs == 1 ? length + length / 2 + 16 : FullCapacity(length);
   Block* block = Allocate(length, capacity, budget);
   if (!block) return false;
   if (block_) std::memcpy(block->data, block_->data, block_->length);

@@ -12,7 +12,27 @@ namespace vl {
 
 namespace {
 constexpr uint32_t kStringBank = 5;
+
+std::string_view CharacterAt(std::string_view text, int32_t i) {
+  return i >= 0 && static_cast<size_t>(i) < text.size() ? text.substr(static_cast<size_t>(i), 1) : std::string_view();
 }
+
+int32_t IndexIn(std::string_view text, std::string_view what, int32_t start) {
+  if (start < 0 || static_cast<size_t>(start) >= text.size()) return -1;
+  const size_t hit = text.find(what, static_cast<size_t>(start));
+  return hit == std::string_view::npos ? -1 : static_cast<int32_t>(hit);
+}
+
+std::string_view Piece(std::string_view text, int32_t start, int32_t length) {
+  if (start < 0 || static_cast<size_t>(start) >= text.size() || length <= 0) return {};
+  return text.substr(static_cast<size_t>(start), static_cast<size_t>(length));
+}
+
+int32_t CodeAt(std::string_view text, int32_t i) {
+  const bool isInside = i >= 0 && static_cast<size_t>(i) < text.size();
+  return isInside ? static_cast<unsigned char>(text[static_cast<size_t>(i)]) : 0;
+}
+}  // namespace
 
 Text LoadStringElement(CInterpretor& interpreter, const CValue& which) {
   CElement* element = interpreter.GetElement(which, kStringBank, true);
@@ -77,22 +97,12 @@ void CIString::ToUpperCase() {
   Result(text);
 }
 
-void CIString::CharAt() {
-  const int32_t i = interpreter.GetArgInt(0);
-  const std::string_view text = text_.View();
-  Result(i >= 0 && static_cast<size_t>(i) < text.size() ? text.substr(static_cast<size_t>(i), 1) : "");
-}
+void CIString::CharAt() { Result(CharacterAt(text_.View(), interpreter.GetArgInt(0))); }
 
 void CIString::IndexOf() {
-  const std::string_view text = text_.View();
   const std::string_view what = interpreter.GetArgString(0);
   const int32_t start = interpreter.IsArgDefault(1) ? 0 : interpreter.GetArgInt(1);
-  int32_t found = -1;
-  if (start >= 0 && static_cast<size_t>(start) < text.size()) {
-    const size_t hit = text.find(what, static_cast<size_t>(start));
-    if (hit != std::string_view::npos) found = static_cast<int32_t>(hit);
-  }
-  interpreter.GetResult().SetInt(found);
+  interpreter.GetResult().SetInt(IndexIn(text_.View(), what, start));
 }
 
 void CIString::LastIndexOf() {
@@ -111,11 +121,7 @@ void CIString::SubString() {
   const std::string_view text = text_.View();
   const int32_t start = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
   const int32_t length = interpreter.IsArgDefault(1) ? static_cast<int32_t>(text.size()) : interpreter.GetArgInt(1);
-  if (start < 0 || static_cast<size_t>(start) >= text.size() || length <= 0) {
-    Result("");
-    return;
-  }
-  Result(text.substr(static_cast<size_t>(start), static_cast<size_t>(length)));
+  Result(Piece(text, start, length));
 }
 
 void CIString::Length() { interpreter.GetResult().SetInt(static_cast<int32_t>(text_.Length())); }
@@ -124,9 +130,7 @@ void CIString::GetInt() { interpreter.GetResult().SetInt(TruncateToInt(ParsePref
 
 void CIString::GetAscii() {
   const int32_t i = interpreter.IsArgDefault(0) ? 0 : interpreter.GetArgInt(0);
-  const std::string_view text = text_.View();
-  const bool inside = i >= 0 && static_cast<size_t>(i) < text.size();
-  interpreter.GetResult().SetInt(inside ? static_cast<unsigned char>(text[static_cast<size_t>(i)]) : 0);
+  interpreter.GetResult().SetInt(CodeAt(text_.View(), i));
 }
 
 void CIString::CompareNoCase() {
@@ -172,8 +176,75 @@ void CIString::Replace() {
 
 namespace {
 
-constexpr MemberRow GivingRow(uint16_t id, const char* name, MemberFunction function, const char* help) {
-  return {id, name, MemberKind::Member, function, 0, 0, help, nullptr, true};
+// The quick ways of the common members, on arguments of the types that they mostly have.
+
+bool ReadInteger(const CValue* arguments, int count, int i, int32_t ifAbsent, int32_t& value) {
+  if (i >= count || arguments[i].type == VT_DEFAULT) {
+    value = ifAbsent;
+    return true;
+  }
+  value = arguments[i].data.integer;
+  return arguments[i].type == VT_INTEGER;
+}
+
+bool PutText(CValue& result, std::string_view text) {
+  Text made;
+  if (!made.Assign(text, &result.owner->budget)) return false;
+  result.SetTextBlock(made.Detach());
+  return true;
+}
+
+bool QuickCharAt(const CValue* arguments, int count, CValue& result) {
+  int32_t i;
+  return ReadInteger(arguments, count, 0, kDefaultInt, i) && PutText(result, CharacterAt(result.StringView(), i));
+}
+
+bool QuickIndexOf(const CValue* arguments, int count, CValue& result) {
+  int32_t start;
+  if (count < 1 || arguments[0].type != VT_STRING || !ReadInteger(arguments, count, 1, 0, start)) return false;
+  result.SetInt(IndexIn(result.StringView(), arguments[0].StringView(), start));
+  return true;
+}
+
+bool QuickSubString(const CValue* arguments, int count, CValue& result) {
+  const std::string_view text = result.StringView();
+  int32_t start;
+  int32_t length;
+  return ReadInteger(arguments, count, 0, 0, start) &&
+         ReadInteger(arguments, count, 1, static_cast<int32_t>(text.size()), length) &&
+         PutText(result, Piece(text, start, length));
+}
+
+bool QuickLength(const CValue*, int, CValue& result) {
+  result.SetInt(static_cast<int32_t>(result.StringView().size()));
+  return true;
+}
+
+bool QuickGetInt(const CValue*, int, CValue& result) {
+  result.SetInt(TruncateToInt(ParsePrefixedNumber(result.StringView())));
+  return true;
+}
+
+bool QuickGetAscii(const CValue* arguments, int count, CValue& result) {
+  int32_t i;
+  if (!ReadInteger(arguments, count, 0, 0, i)) return false;
+  result.SetInt(CodeAt(result.StringView(), i));
+  return true;
+}
+
+template <char (*Change)(char)>
+bool QuickCase(const CValue*, int, CValue& result) {
+  Text changed;
+  if (!changed.Assign(result.StringView(), &result.owner->budget)) return false;
+  result.SetTextBlock(changed.Detach());
+  // Nothing else holds it yet.
+  for (char* c = result.data.text->data; *c; ++c) *c = Change(*c);
+  return true;
+}
+
+constexpr MemberRow GivingRow(uint16_t id, const char* name, MemberFunction function, const char* help,
+                              NumberFunction quick = nullptr) {
+  return {id, name, MemberKind::Member, function, 0, 0, help, nullptr, true, quick};
 }
 
 constexpr MemberRow kRows[] = {
@@ -186,19 +257,23 @@ constexpr MemberRow kRows[] = {
     GivingRow(7, "Strike", kMember<&CIString::Strike>, "Strike(): the text in <STRIKE> tags"),
     GivingRow(8, "Sub", kMember<&CIString::Sub>, "Sub(): the text in <SUB> tags"),
     GivingRow(9, "Sup", kMember<&CIString::Sup>, "Sup(): the text in <SUP> tags"),
-    GivingRow(10, "ToLowerCase", kMember<&CIString::ToLowerCase>, "ToLowerCase(): a copy in lower case"),
-    GivingRow(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case"),
-    GivingRow(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside"),
+    GivingRow(10, "ToLowerCase", kMember<&CIString::ToLowerCase>, "ToLowerCase(): a copy in lower case",
+              &QuickCase<LowerCase>),
+    GivingRow(11, "ToUpperCase", kMember<&CIString::ToUpperCase>, "ToUpperCase(): a copy in upper case",
+              &QuickCase<UpperCase>),
+    GivingRow(12, "CharAt", kMember<&CIString::CharAt>, "CharAt(i): the character at i, \"\" outside", &QuickCharAt),
     GivingRow(13, "IndexOf", kMember<&CIString::IndexOf>,
-              "IndexOf(text, start): first place of text from start on, or -1"),
+              "IndexOf(text, start): first place of text from start on, or -1", &QuickIndexOf),
     GivingRow(14, "LastIndexOf", kMember<&CIString::LastIndexOf>,
               "LastIndexOf(text): last of the hits that don't overlap, or -1"),
-    GivingRow(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end"),
-    GivingRow(16, "Length", kMember<&CIString::Length>, "Length(): number of characters"),
+    GivingRow(15, "SubString", kMember<&CIString::SubString>, "SubString(start, length): a piece, cut at the end",
+              &QuickSubString),
+    GivingRow(16, "Length", kMember<&CIString::Length>, "Length(): number of characters", &QuickLength),
     GivingRow(17, "GetFloat", kMember<&CIString::GetFloat>,
               "GetFloat(): the number in the text; 0x and 0b are read too"),
-    GivingRow(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction"),
-    GivingRow(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end"),
+    GivingRow(18, "GetInt", kMember<&CIString::GetInt>, "GetInt(): GetFloat without its fraction", &QuickGetInt),
+    GivingRow(19, "GetAscii", kMember<&CIString::GetAscii>, "GetAscii(i): code of the character at i, 0 past the end",
+              &QuickGetAscii),
     GivingRow(20, "CompareNoCase", kMember<&CIString::CompareNoCase>,
               "CompareNoCase(text): below 0, 0 or above 0, case ignored"),
     GivingRow(21, "Replace", kMember<&CIString::Replace>,

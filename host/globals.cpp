@@ -78,7 +78,8 @@ void PutValue(std::string& out, const CValue& value, int depth) {
       out += "],\"elements\":[";
       for (uint32_t i = 0; i < store.ElementCount(); ++i) {
         if (i) out += ',';
-        const CValue* element = store.Element(i);
+        CValue number(value.owner);
+        const CValue* element = store.Element(i, number);
         if (element && element->type == VT_ARRAY && element->data.array == &store) element = nullptr;
         if (element && element->type != VT_FUNCTION) {
           PutValue(out, *element, depth + 1);

@@ -20,6 +20,12 @@ extern "C" {
 
 #define VL_VERSION "0.1.0"
 
+#if defined(__GNUC__)
+#define VL_API __attribute__((visibility("default")))
+#else
+#define VL_API
+#endif
+
 typedef struct vl_player vl_player;
 
 typedef enum vl_backend {
@@ -99,70 +105,72 @@ typedef struct vl_input_event {
 } vl_input_event;
 
 /* Fills in the defaults. */
-void vl_options_init(vl_options* options);
+VL_API void vl_options_init(vl_options* options);
 
 /* NULL on failure; then `error` (of error_size bytes, may be NULL) tells why in one line. */
-vl_player* vl_create(const vl_options* options, char* error, size_t error_size);
+VL_API vl_player* vl_create(const vl_options* options, char* error, size_t error_size);
 /* Stops a run first. NULL is allowed. */
-void vl_destroy(vl_player* player);
+VL_API void vl_destroy(vl_player* player);
 
 /* The application: a file, whose folder then is the tree in which external parts and banks are found, or bytes
  * in memory with a name; vl_add_file puts further files beside the latter. They are copied. 0 on failure. */
-int vl_set_file(vl_player* player, const char* path);
-int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size);
+VL_API int vl_set_file(vl_player* player, const char* path);
+VL_API int vl_set_bytes(vl_player* player, const char* name, const void* bytes, size_t size);
 /* An address: file, http, https or ftp, or a path; a relative one counts from document_url, which may be NULL. It is
  * fetched at each vl_run, on the caller's thread. Statuses of 400 and above are failures. The parameters "Src" and
  * "URLVLPSource" set it too, when no other application is set. */
-int vl_set_url(vl_player* player, const char* url, const char* document_url);
-int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size);
+VL_API int vl_set_url(vl_player* player, const char* url, const char* document_url);
+VL_API int vl_add_file(vl_player* player, const char* name, const void* bytes, size_t size);
 /* A parameter as the page would give it; later ones of the same name count after earlier ones. */
-int vl_set_parameter(vl_player* player, const char* name, const char* value);
-int vl_set_command_line(vl_player* player, const char* text);
+VL_API int vl_set_parameter(vl_player* player, const char* name, const char* value);
+VL_API int vl_set_command_line(vl_player* player, const char* text);
 /* Hosts that the program may reach besides this machine and the one it came from; others can't be told from hosts that
  * don't answer. "HOST:PORT", "HOST:*" or "all"; 0 for another text. Before vl_run. */
-int vl_allow_net(vl_player* player, const char* rule);
+VL_API int vl_allow_net(vl_player* player, const char* rule);
 /* The host that the application came from, a name or an address: allowed on all ports. Before vl_run. */
-int vl_set_origin(vl_player* player, const char* host);
+VL_API int vl_set_origin(vl_player* player, const char* host);
 /* Parameters and command line are forgotten, for another application. */
-void vl_clear_parameters(vl_player* player);
+VL_API void vl_clear_parameters(vl_player* player);
 /* Of the host's window, UTF-8. */
-void vl_set_title(vl_player* player, const char* title);
+VL_API void vl_set_title(vl_player* player, const char* title);
 
 /* A folder, UTF-8, that keeps the files which the program makes; it then may make any. NULL: they go with the run, and
  * the program reaches only those that the run made for it. It is made when it isn't there. Before vl_run. */
-void vl_set_saves_folder(vl_player* player, const char* path);
+VL_API void vl_set_saves_folder(vl_player* player, const char* path);
 /* A folder, UTF-8, for the documents that the program prints, one PDF file each. NULL: there is no printer. Before
  * vl_run. */
-void vl_set_print_folder(vl_player* player, const char* path);
+VL_API void vl_set_print_folder(vl_player* player, const char* path);
+/* A print queue of CUPS instead, UTF-8; "default" is the user's default queue. NULL: none. Before vl_run. */
+VL_API void vl_set_print_queue(vl_player* player, const char* queue);
 
 /* Recorded input, in ms of the program's clock. Headless players with a virtual clock only; before vl_run. */
-int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
+VL_API int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event);
 
 /* The input that the last run took, in order, with its time on the program's clock: what vl_script_input takes
  * to play it again. Its text lives until the next run. 0 past the end. */
-int vl_recorded_input(const vl_player* player, size_t index, uint64_t* at_ms, vl_input_event* event);
+VL_API int vl_recorded_input(const vl_player* player, size_t index, uint64_t* at_ms, vl_input_event* event);
 
 /* Starts the run. 0 when one is going on, or no application is set. */
-int vl_run(vl_player* player);
+VL_API int vl_run(vl_player* player);
 /* Waits up to timeout_ms (-1: for ever) for the end of the run, serving the desktop window meanwhile. */
-vl_state vl_wait(vl_player* player, int timeout_ms);
+VL_API vl_state vl_wait(vl_player* player, int timeout_ms);
 /* Ends the run in order and waits for it. The program may be busy: it ends at its next statement. */
-void vl_stop(vl_player* player);
+VL_API void vl_stop(vl_player* player);
 
 /* Of the last run. */
-vl_result vl_get_result(const vl_player* player);
+VL_API vl_result vl_get_result(const vl_player* player);
 /* Title and text of the error box: "TITLE: TEXT"; "" without an error. */
-const char* vl_error(const vl_player* player);
+VL_API const char* vl_error(const vl_player* player);
 /* What helps the author: "source:line:column: explanation"; "" when there is nothing to add. */
-const char* vl_error_detail(const vl_player* player);
+VL_API const char* vl_error_detail(const vl_player* player);
 /* The program's global variables at its end, as a JSON object; "" unless keep_globals is set. */
-const char* vl_globals(const vl_player* player);
+VL_API const char* vl_globals(const vl_player* player);
 
 /* Holds a run between two of its ticks; the time meanwhile doesn't pass for it. A step pauses, and lets the run go on
  * until it shows a picture, for 50 ms at most. Nothing happens with a virtual clock. */
-void vl_set_paused(vl_player* player, int paused);
-int vl_is_paused(const vl_player* player);
-void vl_step(vl_player* player);
+VL_API void vl_set_paused(vl_player* player, int paused);
+VL_API int vl_is_paused(const vl_player* player);
+VL_API void vl_step(vl_player* player);
 
 /* What a person does by the shell's keys and menu. */
 typedef enum vl_action {
@@ -180,29 +188,29 @@ typedef enum vl_action {
 
 /* The next thing that a person asked for and that the caller must do: VL_ACTION_SCREENSHOT to QUIT; NONE when there is
  * nothing. `text` gets the path for VL_ACTION_OPEN, UTF-8. Ask after each vl_wait(). */
-vl_action vl_take_request(vl_player* player, const char** text);
+VL_API vl_action vl_take_request(vl_player* player, const char** text);
 /* Another key for an action: virtual key and mods as in vl_input_event; code 0 takes the key away. */
-int vl_set_shell_key(vl_player* player, vl_action action, int32_t code, int32_t mods);
+VL_API int vl_set_shell_key(vl_player* player, vl_action action, int32_t code, int32_t mods);
 /* Applications for the menu, UTF-8, the newest first; nine are shown. */
-void vl_set_recent(vl_player* player, const char* const* paths, size_t count);
+VL_API void vl_set_recent(vl_player* player, const char* const* paths, size_t count);
 /* A line over the picture for two seconds, UTF-8. */
-void vl_show_note(vl_player* player, const char* text);
+VL_API void vl_show_note(vl_player* player, const char* text);
 /* What a person may have changed. */
-vl_scaling vl_get_scaling(const vl_player* player);
-int vl_is_full_screen(const vl_player* player);
+VL_API vl_scaling vl_get_scaling(const vl_player* player);
+VL_API int vl_is_full_screen(const vl_player* player);
 
 /* Called for each picture that the program shows in the window of vl_frame, on the thread of the run, with the time of
  * its clock. The pixels are valid during the call. Before vl_run; a null function ends it. */
 typedef void (*vl_frame_function)(void* user, uint64_t at_ms, const uint32_t* pixels, int32_t width, int32_t height);
-void vl_on_frame(vl_player* player, vl_frame_function function, void* user);
+VL_API void vl_on_frame(vl_player* player, vl_frame_function function, void* user);
 
 /* Input for a running player of the embed back end. */
-int vl_send_input(vl_player* player, const vl_input_event* event);
+VL_API int vl_send_input(vl_player* player, const vl_input_event* event);
 
 /* Copies the newest picture of the host's window (or of the topmost window of a detached run): words
  * 0x00RRGGBB, line after line. Gives its size; copies only when `capacity` words suffice. 0 when there is none.
  * During and after a run. */
-int vl_frame(vl_player* player, uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
+VL_API int vl_frame(vl_player* player, uint32_t* pixels, size_t capacity, int32_t* width, int32_t* height);
 
 #ifdef __cplusplus
 }

@@ -36,6 +36,10 @@ void CIBaseClassImpl::Create() {
   alive = true;
 }
 
+void CIBaseClassImpl::Unhold() {
+  if (--refCount <= 0) interpreter.Suspect(*this);
+}
+
 bool CIBaseClassImpl::IsKept() const { return refCount > 0 || (classId && FactsOfClass(classId).kept); }
 
 CIBaseObjectVar::~CIBaseObjectVar() {

@@ -10,6 +10,7 @@
 
 #include "interpreter/class_table.h"
 #include "interpreter/keyword_table.h"
+#include "interpreter/referrers.h"
 #include "interpreter/value.h"
 #include "interpreter/var_table.h"
 
@@ -43,8 +44,12 @@ class CIBaseClassImpl {
   virtual void Construct() { Create(); }
   virtual void Create();
   virtual void Invalidate() { alive = false; }
-  // True when the collection must leave the object alone.
-  virtual bool IsKept() const;
+  // True when the collection must leave the object alone: it is held, or of a class that always is. A collection looks
+  // only at objects that are new or have lost their last holder, so nothing else may decide this.
+  bool IsKept() const;
+  // Something of the runtime holds the object, besides the values that refer to it.
+  void Hold() { ++refCount; }
+  void Unhold();
   virtual uint32_t RequiredKinds() const { return 0xFFFFFFFF; }
 
   // Helper for DependsOn: marks this object as a dependant. Always true.
@@ -54,14 +59,16 @@ class CIBaseClassImpl {
   }
 
   CInterpretor& interpreter;
-  std::vector<CValue*> referrers;  // values that hold a reference to this object
-  uint32_t serial = 0;             // per class, from 1
+  CReferrers referrers;  // values that hold a reference to this object
   const CIClassInfo* classInfo = nullptr;
+  uint64_t order = 0;   // later objects of a run have higher ones
+  uint32_t serial = 0;  // per class, from 1
   uint32_t listNode = 0;
   bool alive = false;
   bool destroyed = false;
   uint8_t mark = 0;  // deletion walk: 0 none, 1 dependant, 2 deletion started here
   uint8_t classId = 0;
+  bool suspected = false;  // the next collection looks at it
   int32_t refCount = 0;
   uint32_t pins = 0;    // member calls and frames in progress that use this object
   uint32_t number = 0;  // what a reference reads as when it is compared with an integer; never 0
@@ -73,8 +80,8 @@ class CIBaseObjectVar : public CIBaseClassImpl {
   ~CIBaseObjectVar() override;
   void Destroy(bool final) override;
 
-  CVarTable variables;
   bool isCallFrame = false;  // its variables come from a pool of their own
+  CVarTable variables;
 };
 
 // An object that draws. The pass that calls Refresh runs in the order that RefreshAll gives.

@@ -23,8 +23,9 @@ class CValue;
 enum class MemberKind : uint8_t { Member, Event, Constant };
 
 using MemberFunction = void (*)(CIBaseClassImpl& object);
-// A member of a fixed object that needs nothing but its arguments, on numbers. False, with nothing done, for anything
-// else: then the member itself runs. The result owns nothing.
+// The quick way of a member that needs nothing but its arguments. False, with nothing done, for what it doesn't know:
+// then the member itself runs. Of a fixed object: on numbers, and the result owns nothing. Of a text: `result` holds
+// the text before.
 using NumberFunction = bool (*)(const CValue* arguments, int count, CValue& result);
 
 struct MemberRow {

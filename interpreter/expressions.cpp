@@ -211,7 +211,8 @@ Token CInterpretor::ReadPlainElement(Token token, CValue** slots) {
   }
   if (TokenKindOf(next) != TK_BRACKET_CLOSE || next == subscript) return nullptr;
   next += kPlainRecord;
-  CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(index));
+  CArrayStore& store = *variable->data.array;
+  CValue* element = store.Place(store.InsideOfOne(static_cast<uint32_t>(index)));
   if (!element || element->type > VT_FLOAT || IsMemberToken(TokenKindOf(next))) return nullptr;
   CValue& above = *slots[1];
   above.type = VT_INTEGER;
@@ -598,7 +599,7 @@ void CInterpretor::Assignment() {
     case VT_NEW_ELEMENT: {
       CValue* variable = left.lvalue;
       if (variable->type != VT_ARRAY) RaiseError(ERR_UNDEFINED);
-      CValue& element = variable->data.array->Store(left.data.token, right);
+      CValue& element = variable->data.array->StoreInCell(left.data.token, right);
       left.Assign(right);
       left.lvalue = &element;
       return;
@@ -760,7 +761,7 @@ void CInterpretor::ReadElement(CValue& variable) {
   const uint32_t count = ReadSubscripts(subscripts);
   CArrayStore& store = ArrayOf(variable);
   const uint32_t index = store.Address(subscripts, count);
-  if (CValue* element = store.Element(index)) {
+  if (CValue* element = store.Place(index)) {
     ReadValue(*element);
     return;
   }

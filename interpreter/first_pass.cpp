@@ -1,5 +1,6 @@
 #include "interpreter/first_pass.h"
 
+#include <algorithm>
 #include <array>
 
 #include "base/limits.h"
@@ -41,9 +42,13 @@ bool IsWordChar(char c) { return ClassOf(c) == kLetter || ClassOf(c) == kDigit; 
 
 void CFirstPass::Run() {
   infos_.pass1Buffer.clear();
+  used_ = 0;
   for (uint32_t s = 0; s < infos_.sources.size(); ++s) Source(s);
-  Begin(TK_END, kShapePlain);
-  infos_.pass1Buffer.back() = 0;  // the end carries no position
+  // The end carries no position.
+  uint8_t* end = Room(kShapePlain);
+  WriteRaw<uint16_t>(end, TK_END);
+  end[2] = kShapePlain;
+  infos_.pass1Buffer.resize(used_);
 }
 
 void CFirstPass::Fail(uint32_t code, uint32_t at, std::string detail) {
@@ -52,41 +57,29 @@ void CFirstPass::Fail(uint32_t code, uint32_t at, std::string detail) {
   infos_.Raise(code, kNoArgument, std::move(detail));
 }
 
-void CFirstPass::Begin(uint16_t kind, uint8_t size) {
-  auto& out = infos_.pass1Buffer;
-  if (out.size() > limits::kMaxStreamBytes) Fail(ERR_MEMORY, wordStart_);
-  Put<uint16_t>(kind);
-  Put<uint8_t>(static_cast<uint8_t>(kind == TK_END ? size : size + 4));
-  Put<uint8_t>(kTokenHasPosition);
+uint8_t* CFirstPass::Room(size_t bytes) {
+  std::vector<uint8_t>& out = infos_.pass1Buffer;
+  if (used_ > limits::kMaxStreamBytes) Fail(ERR_MEMORY, wordStart_);
+  if (out.size() - used_ < bytes) out.resize(std::max<size_t>(4096, out.size() * 2), 0);
+  uint8_t* room = out.data() + used_;
+  used_ += bytes;
+  return room;
 }
 
-template <typename T>
-void CFirstPass::Put(T value) {
-  auto& out = infos_.pass1Buffer;
-  const size_t at = out.size();
-  out.resize(at + sizeof value);
-  WriteRaw<T>(out.data() + at, value);
+uint8_t* CFirstPass::Record(uint16_t kind, uint32_t shape) {
+  uint8_t* record = Room(shape + 4);
+  WriteRaw<uint16_t>(record, kind);
+  record[2] = static_cast<uint8_t>(shape + 4);
+  record[3] = kTokenHasPosition;
+  WriteRaw<uint32_t>(record + shape, (sourceNumber_ << 24) | (wordStart_ & 0xFFFFFF));
+  return record + 4;
 }
 
-void CFirstPass::End() { Put<uint32_t>((sourceNumber_ << 24) | (wordStart_ & 0xFFFFFF)); }
-
-void CFirstPass::Plain(uint16_t kind) {
-  Begin(kind, kShapePlain);
-  End();
-}
-
-uint32_t CFirstPass::NameId(std::string_view name) {
-  uint32_t id = 0;
-  if (!infos_.namePool->Intern(name, id)) Fail(ERR_MEMORY, wordStart_, "too many names");
-  return id;
-}
-
-void CFirstPass::NameToken(uint16_t kind, std::string_view name) {
-  Begin(kind, kShapeName);
-  Put<uint32_t>(0);
-  Put<uint32_t>(0);
-  Put<uint32_t>(NameId(name));
-  End();
+uint32_t CFirstPass::NameId(CWord& word, std::string_view text) {
+  if (word.nameId == CWord::kNoName && !infos_.namePool->Intern(text, word.nameId)) {
+    Fail(ERR_MEMORY, wordStart_, "too many names");
+  }
+  return word.nameId;
 }
 
 void CFirstPass::Source(uint32_t number) {
@@ -101,10 +94,8 @@ void CFirstPass::Source(uint32_t number) {
   }
   const bool main = source.flags & kSourceMain;
   if (main) {
-    Begin(TK_MAIN_START, kShapeWord);
-    Put<uint32_t>(source.part);
-    End();
-    Plain(TK_SEMICOLON);
+    WriteRaw<uint32_t>(Record(TK_MAIN_START, kShapeWord), source.part);
+    Record(TK_SEMICOLON, kShapePlain);
   }
   while (cursor_ < text_.size()) {
     wordStart_ = cursor_;
@@ -129,8 +120,8 @@ void CFirstPass::Source(uint32_t number) {
   }
   wordStart_ = static_cast<uint32_t>(text_.size());
   if (main) {
-    Plain(TK_MAIN_END);
-    Plain(TK_SEMICOLON);
+    Record(TK_MAIN_END, kShapePlain);
+    Record(TK_SEMICOLON, kShapePlain);
   }
 }
 
@@ -163,67 +154,58 @@ void CFirstPass::CheckBuilt(uint32_t classId, const KeywordRow* member) {
 }
 
 void CFirstPass::Word() {
-  const std::string_view word = LetterWord();
-  if (const KeywordRow* row = infos_.keywords->language.Find(word)) {
-    const auto kind = static_cast<uint16_t>(row->id);
+  const std::string_view text = LetterWord();
+  CWord& word = words_.Find(text);
+  if (word.language) {
+    const auto kind = static_cast<uint16_t>(word.language->id);
     switch (kind) {
       case TK_IF:
       case TK_ELSE:
       case TK_CASE:
       case TK_DEFAULT:
-        Begin(kind, kShapeWord);
-        Put<uint32_t>(0);
-        End();
+        Record(kind, kShapeWord);
         return;
       case TK_FOR:
       case TK_WHILE:
       case TK_SWITCH:
-        Begin(kind, kShapeJump);
-        Put<uint32_t>(0);
-        Put<uint32_t>(0);
-        End();
+        Record(kind, kShapeJump);
         return;
       case TK_FUNCTION: {
         uint32_t at = 0;
         const char next = PeekSignificant(&at);
         if (ClassOf(next) != kLetter) Fail(ERR_NOT_FUNCTION, wordStart_, "a name must follow Function");
         cursor_ = at;
-        const std::string_view name = LetterWord();
-        Begin(kind, kShapeFunction);
-        Put<uint32_t>(0);
-        Put<uint32_t>(0);
-        Put<uint32_t>(infos_.sources[sourceNumber_].part);
-        Put<uint32_t>(NameId(name));
-        End();
+        const uint32_t nameId = NameId(LetterWord());
+        uint8_t* operands = Record(kind, kShapeFunction);
+        WriteRaw<uint32_t>(operands + 8, infos_.sources[sourceNumber_].part);
+        WriteRaw<uint32_t>(operands + 12, nameId);
         return;
       }
       default:
         if (kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST) CheckBuilt(kind, nullptr);
-        Plain(kind);
+        Record(kind, kShapePlain);
         return;
     }
   }
-  for (uint32_t id = 1; id <= kClassCount; ++id) {
-    const CKeywordTable* members = infos_.keywords->members[id].get();
-    const KeywordRow* row = members ? members->Find(word) : nullptr;
-    if (row && row->field3) {
-      CheckBuilt(id, row);
-      Plain(static_cast<uint16_t>(row->field3));
-      MemberToken(word);
-      return;
-    }
+  if (word.globalClass) {
+    const KeywordRow* row = infos_.keywords->members[word.globalClass]->Find(word.text);
+    CheckBuilt(word.globalClass, row);
+    Record(static_cast<uint16_t>(row->field3), kShapePlain);
+    MemberToken(word, text);
+    return;
   }
   uint32_t at = 0;
   const char next = PeekSignificant(&at);
   if (next == '[' || next == '(') cursor_ = at + 1;
-  NameToken(next == '[' ? TK_ELEMENT : next == '(' ? TK_CALL : TK_NAME, word);
+  NameToken(next == '[' ? TK_ELEMENT : next == '(' ? TK_CALL : TK_NAME, NameId(word, text));
 }
 
-void CFirstPass::MemberToken(std::string_view name) {
+// A member's name by what follows: call, element or plain.
+void CFirstPass::MemberToken(CWord& word, std::string_view text) {
   uint32_t at = 0;
   const char next = PeekSignificant(&at);
   if (next == '[' || next == '(') cursor_ = at + 1;
-  NameToken(next == '[' ? TK_MEMBER_ELEMENT : next == '(' ? TK_MEMBER_CALL : TK_MEMBER, name);
+  NameToken(next == '[' ? TK_MEMBER_ELEMENT : next == '(' ? TK_MEMBER_CALL : TK_MEMBER, NameId(word, text));
 }
 
 void CFirstPass::Number() {
@@ -232,9 +214,7 @@ void CFirstPass::Number() {
     size_t used = 0;
     const uint32_t value = ParseDigits(rest.substr(2), (rest[1] | 0x20) == 'b' ? 2 : 16, used);
     cursor_ += static_cast<uint32_t>(used) + 2;
-    Begin(TK_BASED, kShapeWord);
-    Put<uint32_t>(value);
-    End();
+    WriteRaw<uint32_t>(Record(TK_BASED, kShapeWord), value);
     return;
   }
   bool point = false;
@@ -259,13 +239,10 @@ void CFirstPass::Number() {
   const double value = ParseDouble(rest.substr(0, i));
   cursor_ += static_cast<uint32_t>(i);
   if (!point && !exponent && value >= -2147483646.0 && value <= 2147483646.0) {
-    Begin(TK_DECIMAL, kShapeWord);
-    Put<uint32_t>(static_cast<uint32_t>(static_cast<int32_t>(value)));
+    WriteRaw<uint32_t>(Record(TK_DECIMAL, kShapeWord), static_cast<uint32_t>(static_cast<int32_t>(value)));
   } else {
-    Begin(TK_FLOAT, kShapeFloat);
-    Put<double>(value);
+    WriteRaw<double>(Record(TK_FLOAT, kShapeFloat), value);
   }
-  End();
 }
 
 void CFirstPass::Quoted() {
@@ -282,11 +259,7 @@ void CFirstPass::Quoted() {
          "a text literal holds at most " + std::to_string(limits::kMaxLiteralBytes) + " characters");
   }
   const size_t size = ((literal.size() + 4) & ~size_t{3}) + 4;
-  Begin(TK_TEXT, static_cast<uint8_t>(size));
-  auto& out = infos_.pass1Buffer;
-  out.insert(out.end(), literal.begin(), literal.end());
-  out.insert(out.end(), size - 4 - literal.size(), 0);
-  End();
+  std::copy(literal.begin(), literal.end(), Record(TK_TEXT, static_cast<uint32_t>(size)));
 
   uint32_t dot = 0;
   if (PeekSignificant(&dot) != '.') return;
@@ -302,7 +275,7 @@ void CFirstPass::Quoted() {
   // Without parentheses the member is dropped: the text alone is the value.
   if (PeekSignificant(&at) == '(') {
     cursor_ = at + 1;
-    NameToken(TK_MEMBER_CALL, member);
+    NameToken(TK_MEMBER_CALL, NameId(member));
   }
 }
 
@@ -310,13 +283,13 @@ void CFirstPass::Dot() {
   ++cursor_;
   uint32_t at = 0;
   if (ClassOf(PeekSignificant(&at)) != kLetter) {
-    Plain(TK_DOT);
+    Record(TK_DOT, kShapePlain);
     return;
   }
   cursor_ = at;
   wordStart_ = at;
   const std::string_view name = LetterWord();
-  MemberToken(name);
+  MemberToken(words_.Find(name), name);
 }
 
 void CFirstPass::Punctuation() {
@@ -324,19 +297,9 @@ void CFirstPass::Punctuation() {
     Dot();
     return;
   }
-  uint32_t length = 0;
-  while (cursor_ + length < text_.size() && length < kWordBytes && ClassOf(text_[cursor_ + length]) == kPunctuation) {
-    ++length;
-  }
-  // No word of the language has more than three punctuation characters.
-  if (length > 3) length = 3;
-  const KeywordRow* row = nullptr;
-  for (; length > 0; --length) {
-    row = infos_.keywords->language.Find(text_.substr(cursor_, length));
-    if (row) break;
-  }
+  const KeywordRow* row = LongestOperator(text_.substr(cursor_));
   if (!row) Fail(ERR_SYNTAX, wordStart_, std::string("unexpected character ") + text_[cursor_]);
-  cursor_ += length;
+  cursor_ += static_cast<uint32_t>(std::string_view(row->name).size());
   switch (row->id) {
     case TK_COMMENT:
       infos_.commentSeen = true;
@@ -344,13 +307,10 @@ void CFirstPass::Punctuation() {
       return;
     case TK_BRACE_OPEN:
     case TK_BRACE_CLOSE:
-      Begin(static_cast<uint16_t>(row->id), kShapeJump);
-      Put<uint32_t>(0);
-      Put<uint32_t>(0);
-      End();
+      Record(static_cast<uint16_t>(row->id), kShapeJump);
       return;
     default:
-      Plain(static_cast<uint16_t>(row->id));
+      Record(static_cast<uint16_t>(row->id), kShapePlain);
       return;
   }
 }

@@ -4,12 +4,13 @@
 #include <string_view>
 
 #include "interpreter/token_infos.h"
+#include "interpreter/word_table.h"
 
 namespace vl {
 
 class CFirstPass {
  public:
-  explicit CFirstPass(CTokenInfos& infos) : infos_(infos) {}
+  explicit CFirstPass(CTokenInfos& infos) : infos_(infos), words_(*infos.keywords) {}
   // Throws CIError.
   void Run();
 
@@ -20,9 +21,8 @@ class CFirstPass {
   void Quoted();
   void Punctuation();
   void Dot();
-  void GlobalName(uint32_t classId, const KeywordRow& row, std::string_view word);
   // A member's name token by what follows: call, element or plain.
-  void MemberToken(std::string_view name);
+  void MemberToken(CWord& word, std::string_view text);
   void CheckBuilt(uint32_t classId, const KeywordRow* member);
 
   std::string_view LetterWord();
@@ -30,15 +30,17 @@ class CFirstPass {
   char PeekSignificant(uint32_t* at = nullptr) const;
   [[noreturn]] void Fail(uint32_t code, uint32_t at, std::string detail = {});
 
-  void Begin(uint16_t kind, uint8_t size);
-  template <typename T>
-  void Put(T value);
-  void End();
-  void Plain(uint16_t kind);
-  uint32_t NameId(std::string_view name);
-  void NameToken(uint16_t kind, std::string_view name);
+  // Writes a record of the shape with its position; gives its operands, which are 0 yet.
+  uint8_t* Record(uint16_t kind, uint32_t shape);
+  uint8_t* Room(size_t bytes);
+  // The pool keeps a name as it is written where it first is one.
+  uint32_t NameId(CWord& word, std::string_view text);
+  uint32_t NameId(std::string_view name) { return NameId(words_.Find(name), name); }
+  void NameToken(uint16_t kind, uint32_t nameId) { WriteRaw<uint32_t>(Record(kind, kShapeName) + 8, nameId); }
 
   CTokenInfos& infos_;
+  CWordTable words_;
+  size_t used_ = 0;  // of the buffer
   std::string_view text_;
   uint32_t cursor_ = 0;
   uint32_t wordStart_ = 0;

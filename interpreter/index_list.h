@@ -2,7 +2,7 @@
 //
 // Index 0 means none, so the first node of the array is never used. The cursor step reads `next` before the
 // caller acts: the node that was just returned may be removed during a walk. Objects that stay in a list keep
-// their node index as a handle. Nodes are pooled and never given back while the list lives.
+// their node index as a handle. Data is never null. Nodes are pooled and never given back while the list lives.
 #pragma once
 
 #include <cstdint>
@@ -30,14 +30,13 @@ class CIndexList {
     return node;
   }
   void Remove(uint32_t node) {
-    if (node == 0 || node >= nodes_.size() || !nodes_[node].used) return;
+    if (node == 0 || node >= nodes_.size() || !nodes_[node].data) return;
     Node& n = nodes_[node];
     (n.prev ? nodes_[n.prev].next : first_) = n.next;
     (n.next ? nodes_[n.next].prev : last_) = n.prev;
-    n.used = false;
     n.data = nullptr;
-    // `next` stays readable for a walk that stands on this node; the free chain has its own link.
-    n.free = free_;
+    // `next` stays readable for a walk that stands on this node; the free chain runs through `prev`.
+    n.prev = free_;
     free_ = node;
     --count_;
   }
@@ -55,11 +54,11 @@ class CIndexList {
     while (cursor != 0 && cursor < nodes_.size()) {
       const Node& n = nodes_[cursor];
       cursor = n.next;
-      if (n.used) return n.data;
+      if (n.data) return n.data;
     }
     return nullptr;
   }
-  T* At(uint32_t node) const { return node < nodes_.size() && nodes_[node].used ? nodes_[node].data : nullptr; }
+  T* At(uint32_t node) const { return node < nodes_.size() ? nodes_[node].data : nullptr; }
   uint32_t Count() const { return count_; }
   void Clear() {
     nodes_.clear();
@@ -70,21 +69,18 @@ class CIndexList {
   struct Node {
     uint32_t prev = 0;
     uint32_t next = 0;
-    uint32_t free = 0;
-    bool used = false;
-    T* data = nullptr;
+    T* data = nullptr;  // null: not in use
   };
   uint32_t Take(T* data) {
     if (nodes_.empty()) nodes_.resize(1);
     uint32_t node = free_;
     if (node) {
-      free_ = nodes_[node].free;
+      free_ = nodes_[node].prev;
     } else {
       node = static_cast<uint32_t>(nodes_.size());
       nodes_.emplace_back();
     }
     nodes_[node].data = data;
-    nodes_[node].used = true;
     ++count_;
     return node;
   }

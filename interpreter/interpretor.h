@@ -158,6 +158,9 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   uint32_t NextSerial(uint32_t id) { return ++serials[id]; }
   void Enlist(CIBaseClassImpl* object);
   void Delist(CIBaseClassImpl* object);
+  // The object is new or has lost its last holder: the next collection looks at it, or the one that runs when it comes
+  // there yet.
+  void Suspect(CIBaseClassImpl& object);
 
   // --- Events (events.cpp) ---
   void PostEvent(const BlockRecord* function, std::vector<CValue> arguments);
@@ -215,6 +218,8 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   // --- What the executor shares with the walker ---
   // Whether the program runs from instructions, not by the walk over its tokens.
   bool IsPrepared() const { return executor_ != nullptr; }
+  // Prepares every function now, not at its first call. False when the program can't run from instructions after all.
+  bool PrepareAll();
   // Whether the evaluation slots hold what the walk would leave in them.
   bool KeepsSlots() const;
   // Runs an operator on values[sp] and values[sp + 1].
@@ -224,6 +229,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void MakeClassObject(uint16_t classKind);
   // Members of texts: error 11 where there are none; a String for one call, and its return.
   const CIClassInfo& RequireTexts();
+  CIBaseClassImpl* MakeText(CITextHolder*& holder);
   CIBaseClassImpl* TakeText(CITextHolder*& holder);
   void GiveText(CIBaseClassImpl* object, CITextHolder* holder) { freeTexts_.push_back({object, holder}); }
   [[noreturn]] void RaiseNoFunction(Token token, const CVariable* variable);
@@ -285,6 +291,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   int32_t collectionThreshold = 1000;
   bool terminating = false;
   uint32_t nextObjectNumber = 0x00400000;
+  uint64_t nextObjectOrder = 0;
 
   // Run loop.
   int32_t tickCountdown = 0;
@@ -465,6 +472,7 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   void PrepareNames();
   void PrepareExecutor();
   bool MarkDependants(CIBaseClassImpl* object);
+  void CollectClass(uint32_t id);
 
   static constexpr size_t kTemporaries = 256;
   std::array<std::array<char, kTemporaryBytes>, kTemporaries> temporaries_;
@@ -486,6 +494,21 @@ class CInterpretor : public CIBaseObjectVar, public CTokenInfos {
   };
   std::unique_ptr<CValue[], FreeStore> valueStore_;  // limits::kMaxValues slots, of which valueLimit_ are made
   std::unique_ptr<CExecutor> executor_;              // null: the walker runs the program
+  // What the next collection looks at, by class; an entry may be of an object that has died.
+  struct Suspected {
+    uint64_t order;
+    uint32_t node;
+    bool operator<(const Suspected& other) const { return order < other.order; }
+  };
+  struct SuspectedList {
+    std::vector<Suspected> entries;
+    size_t tidyAt = 1024;  // entries, at which those of the dead are dropped
+  };
+  std::array<SuspectedList, kClassLists> suspected_;
+  // While a class is collected: what it has yet to look at as a heap, newest first, and where it stands.
+  std::vector<Suspected> collecting_;
+  uint32_t collectingClass_ = kClassLists;
+  uint64_t collectingOrder_ = 0;
   CIndexList<CArrayStore> arrays_;
   std::vector<CArrayStore*> graveyard_;  // dropped, not yet deleted: nested arrays die in a loop, not by recursion
   bool draining_ = false;

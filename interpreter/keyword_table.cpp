@@ -1,5 +1,7 @@
 #include "interpreter/keyword_table.h"
 
+#include <iterator>
+
 #include "interpreter/name_pool.h"
 #include "interpreter/token.h"
 
@@ -91,6 +93,46 @@ const KeywordRow* CKeywordTable::Find(std::string_view name) const {
 
 void AddLanguageKeywords(CKeywordTable& table) {
   for (const KeywordRow& row : kLanguage) table.Add(row);
+}
+
+namespace {
+
+// The rows in the order of their first characters, and where each character's begin.
+struct OperatorRows {
+  std::array<uint8_t, std::size(kLanguage)> rows{};
+  std::array<uint8_t, 129> starts{};
+};
+
+constexpr OperatorRows SortOperators() {
+  OperatorRows sorted;
+  uint8_t count = 0;
+  for (size_t c = 0; c < 128; ++c) {
+    sorted.starts[c] = count;
+    for (size_t r = 0; r < std::size(kLanguage); ++r) {
+      if (static_cast<size_t>(kLanguage[r].name[0]) == c) sorted.rows[count++] = static_cast<uint8_t>(r);
+    }
+  }
+  sorted.starts[128] = count;
+  return sorted;
+}
+constexpr OperatorRows kOperators = SortOperators();
+
+}  // namespace
+
+const KeywordRow* LongestOperator(std::string_view text) {
+  const auto first = static_cast<uint8_t>(text[0]);
+  if (first >= 128) return nullptr;
+  const KeywordRow* longest = nullptr;
+  size_t length = 0;
+  for (size_t r = kOperators.starts[first]; r < kOperators.starts[first + 1u]; ++r) {
+    const KeywordRow& row = kLanguage[kOperators.rows[r]];
+    size_t same = 1;
+    while (row.name[same] && same < text.size() && row.name[same] == text[same]) ++same;
+    if (row.name[same] || same <= length) continue;
+    longest = &row;
+    length = same;
+  }
+  return longest;
 }
 
 const char* TokenSourceForm(uint32_t kind) {

@@ -26,6 +26,8 @@ class CKeywordTable {
 
 // The language's own rows: every keyword and operator.
 void AddLanguageKeywords(CKeywordTable& table);
+// The longest operator or bracket that the text begins with; null for none.
+const KeywordRow* LongestOperator(std::string_view text);
 // The source form of a token kind, "" for none.
 const char* TokenSourceForm(uint32_t kind);
 

@@ -166,12 +166,14 @@ const CIClassInfo& CInterpretor::RequireTexts() {
   return *info;
 }
 
+CIBaseClassImpl* CInterpretor::MakeText(CITextHolder*& holder) {
+  CIBaseClassImpl* object = RequireTexts().table->create(*this);
+  holder = &dynamic_cast<CITextHolder&>(*object);
+  return object;
+}
+
 CIBaseClassImpl* CInterpretor::TakeText(CITextHolder*& holder) {
-  if (freeTexts_.empty()) {
-    CIBaseClassImpl* object = RequireTexts().table->create(*this);
-    holder = &dynamic_cast<CITextHolder&>(*object);
-    return object;
-  }
+  if (freeTexts_.empty()) return MakeText(holder);
   const FreeText text = freeTexts_.back();
   freeTexts_.pop_back();
   holder = text.holder;
@@ -290,11 +292,11 @@ void CInterpretor::NewScriptObject() {
     CInterpretor& i;
     CIBaseObjectVar* object;
     ~Owner() {
-      --object->refCount;
+      object->Unhold();
       i.Unpin(object);
     }
   } owner{*this, new CIBaseObjectVar(*this, Listing::Listed)};
-  ++owner.object->refCount;
+  owner.object->Hold();
   ++owner.object->pins;
   CallFunction(block, *owner.object);
   CValue& slot = *values[sp];

@@ -3,7 +3,32 @@
 
 namespace vl {
 
-void CInterpretor::Enlist(CIBaseClassImpl* object) { object->listNode = classLists[object->classId].Prepend(object); }
+void CInterpretor::Enlist(CIBaseClassImpl* object) {
+  object->listNode = classLists[object->classId].Prepend(object);
+  object->order = ++nextObjectOrder;
+  Suspect(*object);
+}
+
+void CInterpretor::Suspect(CIBaseClassImpl& object) {
+  const uint32_t id = object.classId;
+  if (object.suspected || !object.listNode || terminating || (id && FactsOfClass(id).kept)) return;
+  object.suspected = true;
+  const Suspected entry{object.order, object.listNode};
+  if (id == collectingClass_ && entry.order < collectingOrder_) {
+    collecting_.push_back(entry);
+    std::push_heap(collecting_.begin(), collecting_.end());
+    return;
+  }
+  SuspectedList& list = suspected_[id];
+  if (list.entries.size() >= list.tidyAt) {
+    std::erase_if(list.entries, [&](const Suspected& e) {
+      const CIBaseClassImpl* o = classLists[id].At(e.node);
+      return !o || o->order != e.order;
+    });
+    list.tidyAt = std::max<size_t>(1024, list.entries.size() * 2);
+  }
+  list.entries.push_back(entry);
+}
 
 void CInterpretor::Delist(CIBaseClassImpl* object) {
   if (!object->listNode) return;
@@ -77,15 +102,45 @@ void CInterpretor::Collect() {
   for (int32_t i = top; i < highWater; ++i) clear(args[static_cast<size_t>(i)]);
   highWater = std::min(highWater, top);
   for (size_t s = sp; s < valuePointers.size(); ++s) clear(*values[s]);
-  for (uint32_t id = 0; id < kClassLists; ++id) {
-    uint32_t cursor = classLists[id].First();
-    while (CIBaseClassImpl* object = classLists[id].Step(cursor)) {
-      // An object whose member is running stays until the next collection.
-      if (!object->IsKept() && object->pins == 0) DeleteObject(object);
-    }
+  // A death that sets off a collection waits for the one that runs.
+  if (collectingClass_ == kClassLists) {
+    for (uint32_t id = 0; id < kClassLists; ++id) CollectClass(id);
   }
   newsSinceCollection = 0;
   collectAboveBytes = budget.Used() + limits::kCollectAfterBytes;
+}
+
+// In the order of the class's list, whose head is the newest object.
+void CInterpretor::CollectClass(uint32_t id) {
+  if (suspected_[id].entries.empty()) return;
+  struct Collecting {
+    CInterpretor& i;
+    ~Collecting() {
+      std::vector<Suspected>& next = i.suspected_[i.collectingClass_].entries;
+      next.insert(next.end(), i.collecting_.begin(), i.collecting_.end());
+      i.collecting_.clear();
+      i.collectingClass_ = kClassLists;
+    }
+  } guard{*this};
+  collectingClass_ = id;
+  collectingOrder_ = UINT64_MAX;
+  collecting_.swap(suspected_[id].entries);
+  std::make_heap(collecting_.begin(), collecting_.end());
+  while (!collecting_.empty()) {
+    const Suspected entry = collecting_.front();
+    std::pop_heap(collecting_.begin(), collecting_.end());
+    collecting_.pop_back();
+    CIBaseClassImpl* object = classLists[id].At(entry.node);
+    if (!object || object->order != entry.order) continue;
+    collectingOrder_ = entry.order;
+    object->suspected = false;
+    if (object->IsKept()) continue;
+    if (object->pins == 0) {
+      DeleteObject(object);
+    } else {
+      Suspect(*object);  // one whose member is running stays until the next collection
+    }
+  }
 }
 
 CArrayStore* CInterpretor::NewArray() {

@@ -205,6 +205,8 @@ void CInterpretor::PrepareNames() {
 
 bool CInterpretor::KeepsSlots() const { return !executor_ || executor_->traces == kAllTraces; }
 
+bool CInterpretor::PrepareAll() { return !executor_ || executor_->PrepareAll(); }
+
 // What the executor can't run as a whole is left to the walker.
 void CInterpretor::PrepareExecutor() {
   if (param.referenceWalker) return;
@@ -264,7 +266,9 @@ void CInterpretor::Reset() {
     uint32_t object = classLists[id].First();
     while (CIBaseClassImpl* o = classLists[id].Step(object)) DestroyObject(o, true);
     classLists[id].Clear();
+    suspected_[id] = {};
   }
+  nextObjectOrder = 0;
   for (const FreeText& text : freeTexts_) delete text.object;
   freeTexts_.clear();
   fixedObjects.fill(nullptr);

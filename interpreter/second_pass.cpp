@@ -26,6 +26,7 @@ void CSecondPass::Fail(uint32_t code, const char* detail) { infos_.Raise(code, k
 
 void CSecondPass::Run() {
   infos_.tokens.clear();
+  infos_.tokens.reserve(infos_.pass1Buffer.size());
   infos_.blocks.clear();
   infos_.blocks.emplace_back();  // block number 0 is none
   infos_.newSeen = false;

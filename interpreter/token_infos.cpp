@@ -18,6 +18,14 @@ void BuildKeywordTables(KeywordTables& tables, const ClassRegistry& registry, co
       tables.members[id]->Add({row.id, row.name, row.globalKind, row.kind == MemberKind::Constant ? 0x80000000u : 0u});
     }
   }
+  // The first class that knows a bare name has it.
+  for (uint32_t id = 1; id <= kClassCount; ++id) {
+    if (!tables.members[id] || !tables.tables[id]) continue;
+    for (const MemberRow& row : tables.tables[id]->rows) {
+      if (!row.globalKind || !tables.members[id]->Find(row.name)->field3 || tables.globals.Find(row.name)) continue;
+      tables.globals.Add({id, row.name, 0, 0});
+    }
+  }
 }
 
 bool CTokenInfos::AddSource(std::string_view text, uint32_t flags, std::string_view name, uint32_t part) {

@@ -30,7 +30,8 @@ enum SourceFlags : uint32_t {
 
 // The words that a program may use: the language's and those of the classes that the application names.
 struct KeywordTables {
-  CKeywordTable language;                                               // with a row for each class in use
+  CKeywordTable language;  // with a row for each class in use
+  CKeywordTable globals;   // members known by their bare name: id is the class
   std::array<std::unique_ptr<CKeywordTable>, kClassCount + 1> members;  // null: class not in use
   std::array<const ClassTable*, kClassCount + 1> tables{};              // null: not in use, or not in this player
 };

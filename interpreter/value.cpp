@@ -34,8 +34,7 @@ void CValue::SetObject(CIBaseClassImpl* object) {
   data.object = object;
   if (object && !object->destroyed) {
     ++object->refCount;
-    referrerIndex = static_cast<uint32_t>(object->referrers.size());
-    object->referrers.push_back(this);
+    referrerIndex = object->referrers.Add(this);
   } else if (object) {
     type = VT_INTEGER;
     data.integer = 0;
@@ -75,8 +74,7 @@ void CValue::SetNewOfObject(ValueType newType, uint32_t tokenOffset, CIBaseClass
   lvalueObject = object;
   data.token = tokenOffset;
   // Registered but not counted: the object's death must reach this value too.
-  referrerIndex = static_cast<uint32_t>(object->referrers.size());
-  object->referrers.push_back(this);
+  referrerIndex = object->referrers.Add(this);
 }
 
 void CValue::SetNewElement(uint32_t index, CValue* variable) {
@@ -133,7 +131,7 @@ void CValue::ReleaseSlow() {
     case VT_OBJECT:
       if (CIBaseClassImpl* object = old.object) {
         Unregister(*object);
-        if (!owner->terminating) --object->refCount;
+        if (!owner->terminating) object->Unhold();
       }
       return;
     case VT_ARRAY:
@@ -150,10 +148,7 @@ void CValue::ReleaseSlow() {
 }
 
 void CValue::Unregister(CIBaseClassImpl& object) {
-  CValue* last = object.referrers.back();
-  object.referrers[referrerIndex] = last;
-  last->referrerIndex = referrerIndex;
-  object.referrers.pop_back();
+  object.referrers.Remove(referrerIndex)->referrerIndex = referrerIndex;
 }
 
 int32_t CValue::GetIntSlow() const {

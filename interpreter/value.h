@@ -158,8 +158,10 @@ struct CVariable : CValue {
   const CVarTable* home = nullptr;
   int32_t level = 0;
   uint32_t nameId = 0;
-  CVariable* next = nullptr;        // older variable of the same bucket
-  CVariable* scopeBelow = nullptr;  // scoped variable that was made before this one
+  CVariable* next = nullptr;  // older variable of the same bucket
+  // Of a scoped one: that which was made before it. A variable has no other use for its `lvalue`.
+  CVariable* ScopeBelow() const { return static_cast<CVariable*>(lvalue); }
+  void SetScopeBelow(CVariable* below) { lvalue = below; }
 };
 
 // The operators' arithmetic. Each leaves its result in `left`; both are in final form when an error is raised.

@@ -42,7 +42,7 @@ template class CValuePool<CValue>;
 CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   CVariable* variable = pool.Take();
   if (!variable) return nullptr;
-  if (count_ > 4 * mask_) Grow();
+  if (count_ >= (mask_ ? 4 * mask_ : kLongestChain)) Grow();
   variable->level = level;
   variable->nameId = nameId;
   CVariable*& bucket = buckets_[Hash(nameId)];
@@ -51,9 +51,9 @@ CVariable* CVarTable::Add(uint32_t nameId, int32_t level, CVariablePool& pool) {
   if (index_) *index_->CellOf(nameId) = variable;
   variable->next = bucket;
   bucket = variable;
-  if (level <= 0 && firstCount_ < kFirsts) firsts_[firstCount_++] = variable;
+  if (level <= 0 && firstCount_ < kFirsts) NoteFirst(variable);
   if (level > 0) {
-    variable->scopeBelow = scopeTop_;
+    variable->SetScopeBelow(scopeTop_);
     scopeTop_ = variable;
   }
   ++count_;
@@ -71,7 +71,7 @@ void CVarTable::RemoveScopeTop(CVariablePool& pool) {
     if (older) older->home = this;
     if (index_) *index_->CellOf(variable->nameId) = older ? older : index_->absent;
   }
-  scopeTop_ = variable->scopeBelow;
+  scopeTop_ = variable->ScopeBelow();
   --count_;
   pool.Give(variable);
 }
@@ -102,7 +102,7 @@ void CVarTable::SetIndex(CVariableIndex* index) {
 }
 
 void CVarTable::Grow() {
-  const uint32_t newMask = mask_ * 8 + 7;
+  const uint32_t newMask = mask_ ? mask_ * 8 + 7 : 31;
   auto table = std::make_unique<CVariable*[]>(newMask + 1);
   CVariable** old = buckets_;
   const uint32_t oldMask = mask_;
@@ -119,8 +119,15 @@ void CVarTable::Grow() {
       v = next;
     }
   }
-  large_ = std::move(table);
-  buckets_ = large_.get();
+  if (old != &chain_) delete[] old;
+  buckets_ = table.release();
+}
+
+void CVarTable::NoteFirst(CVariable* variable) {
+  if (firstCount_ == kFew && firsts_ == few_) {
+    firsts_ = std::copy(few_, few_ + kFew, new CVariable*[kFirsts]) - kFew;
+  }
+  firsts_[firstCount_++] = variable;
 }
 
 }  // namespace vl

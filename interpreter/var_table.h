@@ -1,9 +1,9 @@
 // CVarTable: the script variables of one object or call frame.
 //
 // A chained hash over the name id, the newest variable first: nothing checks for an existing entry, so the
-// newest of two like-named variables is the one that is found. It starts with 8 buckets inside and grows, as
-// the table of the globals may hold thousands. Variables come from a pool of the interpreter and keep their
-// address while they live.
+// newest of two like-named variables is the one that is found. It starts as one chain, which most objects stay with,
+// and gets buckets when it grows: the table of the globals may hold thousands. Variables come from a pool of the
+// interpreter and keep their address while they live.
 #pragma once
 
 #include <algorithm>
@@ -68,7 +68,11 @@ struct CVariableIndex {
 
 class CVarTable {
  public:
-  CVarTable() { inline_.fill(nullptr); }
+  CVarTable() = default;
+  ~CVarTable() {
+    if (buckets_ != &chain_) delete[] buckets_;
+    if (firsts_ != few_) delete[] firsts_;
+  }
   CVarTable(const CVarTable&) = delete;
   CVarTable& operator=(const CVarTable&) = delete;
 
@@ -94,8 +98,8 @@ class CVarTable {
     return variable->nameId == nameId && variable->home == this ? variable : nullptr;
   }
   uint32_t PlaceOf(const CVariable* variable) const {
-    const auto* end = firsts_.data() + firstCount_;
-    return static_cast<uint32_t>(std::find(firsts_.data(), end, variable) - firsts_.data());
+    CVariable** const end = firsts_ + firstCount_;
+    return static_cast<uint32_t>(std::find(firsts_, end, variable) - firsts_);
   }
 
   template <typename F>
@@ -114,18 +118,21 @@ class CVarTable {
   }
   void ClearSlow(CVariablePool& pool);
   void Grow();
+  void NoteFirst(CVariable* variable);
   void RemoveScopeTop(CVariablePool& pool);
 
-  std::array<CVariable*, 8> inline_;
-  CVariable** buckets_ = inline_.data();
-  uint32_t mask_ = 7;
+  static constexpr uint32_t kFirsts = 12;
+  static constexpr uint32_t kFew = 4;
+  static constexpr uint32_t kLongestChain = 8;
+  CVariable* chain_ = nullptr;
+  CVariable** buckets_ = &chain_;
+  uint32_t mask_ = 0;
   uint32_t count_ = 0;
   CVariable* scopeTop_ = nullptr;
-  static constexpr uint32_t kFirsts = 12;
-  std::array<CVariable*, kFirsts> firsts_;  // of level 0, which only Clear removes
-  uint32_t firstCount_ = 0;
   CVariableIndex* index_ = nullptr;
-  std::unique_ptr<CVariable*[]> large_;
+  CVariable** firsts_ = few_;  // of level 0, which only Clear removes
+  uint32_t firstCount_ = 0;
+  CVariable* few_[kFew];
 };
 
 }  // namespace vl

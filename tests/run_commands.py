@@ -10,6 +10,7 @@ import argparse
 import json
 import os
 import random
+import re
 import shutil
 import socket
 import struct
@@ -18,6 +19,9 @@ import sys
 import tempfile
 import time
 import zlib
+
+sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
+from harness.ipp_server import IppServer  # noqa: E402
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 EXAMPLES = sorted(os.listdir(os.path.join(ROOT, "examples")))
@@ -48,8 +52,8 @@ class Bench:
         with open(self.path(name), "rb") as f:
             return f.read()
 
-    def run(self, *args, status=0):
-        env = dict(os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1",
+    def run(self, *args, status=0, **variables):
+        env = dict(variables, **os.environ, ASAN_OPTIONS="exitcode=99", UBSAN_OPTIONS="exitcode=99:print_stacktrace=1",
                    XDG_DATA_HOME=self.path("data"))
         done = subprocess.run([self.vorlane, *args], stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                               stdin=subprocess.DEVNULL, cwd=self.folder, timeout=120, env=env)
@@ -152,30 +156,66 @@ p.InitDocument("open");
 
     def pages(name):
         pdf = b.read(os.path.join("paper", name))
-        table = int(pdf.split(b"startxref\n")[1].split()[0])
-        expect(pdf[table:table + 4] == b"xref", f"{name}: the table isn't where it is said to be")
-        for number, line in enumerate(pdf[table:].split(b"\n")[3:]):
-            if not line.endswith(b"n "):
-                break
-            expect(pdf[int(line.split()[0]):].startswith(b"%d 0 obj" % (number + 1)), f"{name}: object {number + 1}")
-        streams = pdf.split(b"/FlateDecode")[1:]
-        return [zlib.decompress(s.split(b"stream\n", 1)[1]) for s in streams]
+        expect(pdf.startswith(b"%PDF-") and pdf.rstrip().endswith(b"%%EOF"), name)
+        # A picture without colours is kept as grey, or as black and white.
+        found = []
+        for about, stream in re.findall(rb"<<([^<>]*/Subtype /Image[^<>]*)>>\s*stream\r?\n(.*?)\r?\nendstream", pdf, re.S):
+            expect(b"/Width 2480" in about and b"/Height 3508" in about, about)
+            bits = int(re.search(rb"/BitsPerComponent (\d+)", about)[1])
+            found.append((3 if b"/DeviceRGB" in about else 1, bits, zlib.decompress(stream)))
+        return found
 
     def pixel(page, x, y):
-        at = (y * 2480 + x) * 3
-        return tuple(page[at:at + 3])
+        components, bits, lines = page
+        if bits == 1:
+            return (lines[y * 310 + x // 8] >> (7 - x % 8) & 1) * 255,
+        at = (y * 2480 + x) * components
+        return tuple(lines[at:at + components])
 
     first, second = pages("Two - pages.pdf")
-    expect(len(first) == 2480 * 3508 * 3 and pixel(first, 5, 5) == pixel(second, 2479, 3507) == (255, 0, 0), "red pages")
+    expect(pixel(first, 5, 5) == pixel(second, 2479, 3507) == (255, 0, 0), "red pages")
     inch, = pages("Inch.pdf")
     white, blue = (255, 255, 255), (0, 0, 255)
     expect([pixel(inch, 299, 149), pixel(inch, 300, 10), pixel(inch, 10, 150)] == [blue, white, white], "an inch by a half")
     full, = pages("Inch-2.pdf")
     expect(pixel(full, 2479, 3507) == blue, "the whole page")
     text, = pages("Text.pdf")
-    ink = [i // 3 for i in range(0, 2480 * 100 * 3, 3) if text[i] < 128]
-    expect(ink and min(i % 2480 for i in ink) >= 8 and max(i // 2480 for i in ink) < 70, "a line of text")
+    ink = [(x, y) for y in range(100) for x in range(2480) if pixel(text, x, y)[0] < 128]
+    expect(ink and min(x for x, _ in ink) >= 8 and max(y for _, y in ink) < 70, "a line of text")
     b.run("run", "p.vlq", "--headless", status=1)
+
+
+def printed_to_a_queue(b):
+    server = IppServer("attic")
+    b.write("p.vlq", """
+p = New Printer();
+p.InitDocument("Menü");
+p.NewPage();
+s = p.GetPrinterSurface();
+If (p.GetPrinterWidth() > 0) s.Clear(RED);
+p.EndPage();
+p.SendDocument();
+p.InitDocument("never");
+p.NewPage();
+p.AbortDocument();
+w = p.GetPrinterWidth();
+p.InitDocument("last");
+w = p.GetPrinterWidth();
+""".encode("cp1252"))
+
+    def printed_width(queue):
+        out, _ = b.run("run", "p.vlq", "--headless", "--globals", "-", "--print-queue", queue, CUPS_SERVER=server.address)
+        return json.loads(out)["w"]
+
+    expect(printed_width("cellar") == 0 and not server.documents, "a queue that isn't there printed")
+    expect([printed_width("attic"), printed_width("default")] == [2480, 2480], "no printer")
+    expect(server.titles == ["Menü"] * 2, server.titles)
+    for kind, document in server.documents:
+        expect(kind == "application/pdf" and document.startswith(b"%PDF") and document.rstrip().endswith(b"%%EOF"), kind)
+    server.shutdown()
+    server.server_close()
+    expect(printed_width("attic") == 0, "a server that is gone printed")
+    b.run("run", "p.vlq", "--print-queue", "attic", "--print-to", "paper", status=64)
 
 
 def wrong_input_lines(b):
@@ -650,7 +690,7 @@ def the_hosts_stop_in_real_time(b):
         expect(time.monotonic() - start_time >= 0.3, f"{name}: it ended before its time")
 
 
-TESTS = [frames_in_a_folder, kept_files, printed_pages, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
+TESTS = [frames_in_a_folder, kept_files, printed_pages, printed_to_a_queue, no_display, a_broken_settings_file, wrong_usage, wrong_input_lines,
          recorded_input_replays, help_texts, statuses_of_run, unreadable_applications, pack_extract_pack,
          packed_and_folder_run_alike, the_same_twice, seeds_matter, info_as_json, tokens_of_a_source, check_sources,
          reference_as_json, wire_by_a_plain_client, two_players_of_two_processes,

@@ -25,6 +25,7 @@ struct RunCommand {
   bool noSettings = false;
   bool keepFiles = false;
   std::string printFolder;
+  std::string printQueue;
   uint64_t maxTimeMs = 0;
   std::string inputFile;
   std::string recordFile;

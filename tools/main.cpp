@@ -55,7 +55,10 @@ int main(int argc, char** argv) {
   runApp->add_flag("--no-settings", run.noSettings, "Without the settings file, and nothing is remembered");
   runApp->add_flag("--keep-files", run.keepFiles,
                    "The program may make files; they are kept for its next run (see 'vorlane saves')");
-  runApp->add_option("--print-to", run.printFolder, "Folder for what the program prints, one PDF file a document");
+  CLI::Option* printTo =
+      runApp->add_option("--print-to", run.printFolder, "Folder for what the program prints, one PDF file a document");
+  runApp->add_option("--print-queue", run.printQueue, "Print queue of CUPS for what the program prints, or \"default\"")
+      ->excludes(printTo);
   CLI::Option* seed = runApp->add_option("--seed", run.seed, "Seed of the random generator");
 
   vl::PackCommand pack;

@@ -138,7 +138,7 @@ void CIWindow::CreateWindow(int32_t depth, int64_t background, bool inHostWindow
     surface =
         CISurface::CreateForWindow(interpreter, *this, std::max(clientWidth, 1), std::max(clientHeight, 1), depth);
     if (!surface) interpreter.RaiseError(ERR_MEMORY);
-    ++surface->refCount;
+    surface->Hold();
     surface->MarkAllDirty();
   }
   SetBackColorRaw(background == kMissing ? SwapRedBlue(interpreter.backColor & 0xFFFFFF)
@@ -186,7 +186,7 @@ void CIWindow::Destroy(bool final) {
     CISurface* owned = surface;
     surface = nullptr;
     owned->parentWindow = nullptr;
-    --owned->refCount;
+    owned->Unhold();
     interpreter.DestroyObject(owned, final);
   }
   hooks_.clear();

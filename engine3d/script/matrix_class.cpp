@@ -30,9 +30,10 @@ L3DMatrix MatrixOfArray(CInterpretor& interpreter, const CArrayStore* store) {
     interpreter.RaiseError(ERR_BAD_ARGUMENT);
   }
   L3DMatrix m;
+  CValue number(&interpreter);
   for (int column = 0; column < kColumnCount; ++column) {
     for (int row = 0; row < kRowCount; ++row) {
-      const CValue* element = store->Element(static_cast<uint32_t>(row + kRowCount * column));
+      const CValue* element = store->Element(static_cast<uint32_t>(row + kRowCount * column), number);
       if (!element || element->IsDefault()) continue;
       if (element->type != VT_INTEGER && element->type != VT_FLOAT) interpreter.RaiseError(ERR_BAD_ARGUMENT);
       m[row][column] = static_cast<float>(element->GetDouble());

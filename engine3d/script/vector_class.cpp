@@ -34,9 +34,10 @@ Vector4 VectorArgument(CInterpretor& interpreter, int first) {
   if (value.IsObjectOfClass(CLASS_VECTOR)) return static_cast<const CIVector*>(value.data.object)->value;
   float xyz[3] = {};
   for (int i = 0; i < 3; ++i) {
+    CValue scratch(&interpreter);
     const CValue* number;
     if (value.type == VT_ARRAY) {
-      number = value.data.array ? value.data.array->Element(static_cast<uint32_t>(i)) : nullptr;
+      number = value.data.array ? value.data.array->Element(static_cast<uint32_t>(i), scratch) : nullptr;
     } else {
       number = interpreter.GetArg(first + i);
     }

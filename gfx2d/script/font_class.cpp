@@ -96,17 +96,17 @@ CIFontContainer::CIFontContainer(CInterpretor& interpreter) : fontInterpreter_(i
   CGraphics& graphics = CGraphics::Of(interpreter);
   graphics.containers.push_back(this);
   font = graphics.DefaultFont();
-  ++font->refCount;
+  font->Hold();
 }
 
 CIFontContainer::~CIFontContainer() {
   std::erase(CGraphics::Of(fontInterpreter_).containers, this);
-  if (font && !fontInterpreter_.terminating) --font->refCount;
+  if (font && !fontInterpreter_.terminating) font->Unhold();
 }
 
 void CIFontContainer::SetFontObject(CIFont* newFont) {
-  ++newFont->refCount;
-  if (font) --font->refCount;
+  newFont->Hold();
+  if (font) font->Unhold();
   font = newFont;
 }
 

@@ -29,7 +29,7 @@ CGraphics& CGraphics::Of(CInterpretor& interpreter) {
 CIFont* CGraphics::DefaultFont() {
   if (!defaultFont_) {
     defaultFont_ = new CIFont(interpreter_, FontDescription{});
-    ++defaultFont_->refCount;
+    defaultFont_->Hold();
   }
   return defaultFont_;
 }
@@ -40,7 +40,7 @@ CIFont* CGraphics::StockFont() {
     description.height = kStockFontHeight;
     description.face = "MS Sans Serif";
     stockFont_ = new CIFont(interpreter_, description);
-    ++stockFont_->refCount;
+    stockFont_->Hold();
   }
   return stockFont_;
 }

@@ -5,6 +5,7 @@
 
 #include "host/desktop/start_picture.h"
 #include "platform/drive_paths.h"
+#include "platform/posix/cups_queue.h"
 #include "platform/posix/user_folder.h"
 
 namespace vl {
@@ -232,7 +233,12 @@ bool Player::Start() {
   std::string reason;
   if (!MakePlatform(reason)) return false;
   Services services = sdl_ ? sdl_->services() : headless_->services();
-  printers_ = printFolder.empty() ? nullptr : std::make_unique<PdfPrinters>(printFolder);
+  printers_.reset();
+  if (!printQueue.empty()) {
+    printers_ = std::make_unique<PdfPrinters>(std::make_unique<CupsQueue>(printQueue));
+  } else if (!printFolder.empty()) {
+    printers_ = std::make_unique<PdfPrinters>(std::make_unique<PdfFolder>(printFolder));
+  }
   services.printers = printers_.get();
   if (!services.clipboard) services.clipboard = &clipboard_;
   if (!IsVirtual()) services.serialPorts = &serialPorts_;

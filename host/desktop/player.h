@@ -74,7 +74,8 @@ class Player {
   CVorlane control;
   std::string commandLine;
   std::string savesFolder;  // empty: files go with the run
-  std::string printFolder;  // empty: no printer
+  std::string printFolder;  // these two empty: no printer
+  std::string printQueue;   // counts before the folder
 
   RunResult result = RunResult::Ended;
   std::string error;

@@ -176,6 +176,16 @@ void vl_set_print_folder(vl_player* player, const char* path) {
       0);
 }
 
+void vl_set_print_queue(vl_player* player, const char* queue) {
+  if (!player) return;
+  Guard(
+      [&] {
+        player->player.printQueue = queue ? queue : "";
+        return 0;
+      },
+      0);
+}
+
 int vl_script_input(vl_player* player, uint64_t at_ms, const vl_input_event* event) {
   if (!player || !IsKnown(event)) return 0;
   return Guard([&] { return static_cast<int>(player->player.ScriptInput(at_ms, *event)); }, 0);

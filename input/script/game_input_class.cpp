@@ -16,7 +16,7 @@ CIBaseClassImpl* CIGameInput::MakeDefault(CInterpretor& interpreter) {
   input->OpenLibrary(0);
   input->ReadApplicationSettings();
   input->Create();
-  ++input->refCount;
+  input->Hold();
   return input;
 }
 

@@ -13,7 +13,6 @@ constexpr int32_t kKeys = 255;  // that "any key" looks at
 class CIKeyboard : public CIBaseClassImpl {
  public:
   explicit CIKeyboard(CInterpretor& interpreter) : CIBaseClassImpl(interpreter, CLASS_KEYBOARD, Listing::Listed) {}
-  bool IsKept() const override { return true; }
 
   void IsKeyDown();
 

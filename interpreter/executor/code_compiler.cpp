@@ -53,6 +53,7 @@ bool CCodeCompiler::CompileFunction(const BlockRecord& block) {
       AddLocal(token);
       code_.parameters.push_back(code_.byName[nameId]->offset);
       code_.byName[nameId]->sure = true;
+      code_.byName[nameId]->isParameter = true;
     }
     code_.parameterCount = static_cast<uint32_t>(parameters.size());
     CollectLocals(block.bodyStart, block.bodyEnd);
@@ -75,6 +76,9 @@ bool CCodeCompiler::CompileExpression(const Code& parent, uint32_t offset) {
     code_.byName[nameId] = &code_.names.back();
   }
   at_ = start_ = offset;
+  const auto level = parent.levelAt.find(offset);
+  baseLevel_ = level != parent.levelAt.end() ? level->second : 1;
+  parentLocals_ = parent.locals;
   // What it makes may live until any block of the parent ends; the parent's lists already hold all names it assigns.
   Value value = EvaluateNested(0, Use::Whole);
   if (failed_) return false;
@@ -111,6 +115,8 @@ void CCodeCompiler::AddLocal(uint32_t token) {
   name.token = token;
   name.cell = x_.CellOf(nameId);
   name.isLocal = true;
+  // Where no global of that name is in sight.
+  name.sure = code_.kind == CodeKind::Function && *name.cell == &x_.absent && !x_.topNames.contains(nameId);
   name.offset = NewLocal();
   code_.byName[nameId] = &name;
 }
@@ -152,7 +158,8 @@ NameInfo* CCodeCompiler::NameAt(uint32_t token) {
 }
 
 void CCodeCompiler::MayMake(const NameInfo* name) {
-  if (!name->isLocal) return;
+  // A parameter is there from the start and lasts as long as the call.
+  if (!name->isLocal || name->isParameter) return;
   for (std::vector<int64_t>* scope : scopes_) {
     if (std::find(scope->begin(), scope->end(), name->offset) == scope->end()) scope->push_back(name->offset);
   }
@@ -166,8 +173,16 @@ const CValue* CCodeCompiler::NumberConstant(const CValue& v) {
 
 // The jumps get their targets once all instructions stand where they stay.
 bool CCodeCompiler::Finish() {
-  EmitLateArrays();
-  EmitExits();
+  // Either may ask for more of the other.
+  size_t arrays = 0;
+  size_t exits = 0;
+  while (!failed_ && (arrays < lateArrays_.size() || exits < exits_.size())) {
+    if (arrays < lateArrays_.size()) {
+      EmitLateArray(LateArray(lateArrays_[arrays++]));
+    } else {
+      EmitExit(Exit(exits_[exits++]));
+    }
+  }
   if (failed_) return false;
   for (const auto& [instruction, offset] : toOffsets_) {
     const size_t place = (offset - start_) / 4;
@@ -181,110 +196,132 @@ bool CCodeCompiler::Finish() {
   code_.first = code_.instructions.data();
   code_.spare = code_.locals;
   code_.locals += temporaries_;
+  // An expression's calls keep their locals behind those of the function that it is part of.
+  const uint32_t locals = parentLocals_ ? parentLocals_ : code_.locals;
+  for (const uint32_t instruction : toLocalsEnd_) {
+    code_.instructions[instruction].offsetTarget += static_cast<int64_t>(locals * sizeof(CValue));
+  }
+  DropEmptyScopes();
   return code_.slots <= kMaxSlots;
 }
 
-// What an evaluation that ends before its time still does: the operators that wait, and then what its statement does.
-void CCodeCompiler::EmitExits() {
-  for (size_t e = 0; e < exits_.size() && !failed_; ++e) {
-    const Exit exit = exits_[e];
-    code_.instructions[exit.instruction].target.index = 0;
-    const uint32_t label = NewLabel();
-    Bind(label);
-    JumpToLabel(exit.instruction, label);
-    at_ = exit.at;
-    if (exit.target) Emit(handlers::LoadNamed, 1).a.name = exit.target;
-    for (const Step& step : exit.steps) {
-      if (step.op == TK_COLON) {
-        Emit(handlers::Select, step.k).offsetA = step.offset;
-      } else if (step.op == TK_CONDITIONAL) {
-        Emit(handlers::Fail, 0, ERR_SYNTAX);
-      } else if (step.op == TK_ASSIGN) {
-        Emit(handlers::Assign, step.k);
-      } else {
-        Emit(handlers::ReduceAny, step.k, step.op);
-      }
-    }
-    const uint32_t code = Kind() == TK_MEMBER_CALL ? uint32_t{ERR_UNDEFINED} : uint32_t{ERR_SYNTAX};
-    switch (exit.use) {
-      case Use::Delete:
-        if (exit.early) {
-          Emit(handlers::Delete, 1);
-          Emit(handlers::EndStatement, 0);
-          Emit(handlers::Fail, 0, code);
-          break;
-        }
-        JumpToLabel(Here(), exit.label);
-        Emit(handlers::Jump, 0);
-        break;
-      case Use::Statement:
-        Emit(handlers::EndStatement, 0);
-        if (exit.early) {
-          Emit(handlers::Fail, 0, code);
-          break;
-        }
-        JumpToLabel(Here(), exit.label);
-        Emit(handlers::Jump, 0);
-        break;
-      case Use::Condition:
-        JumpToOffset(Here(), exit.testOffset);
-        Emit(exit.test, 1);
-        if (exit.early && exit.afterTest) {
-          at_ = Next(at_);
-          Emit(handlers::Fail, 0, ERR_SYNTAX);
-          break;
-        }
-        JumpToLabel(Here(), exit.label);
-        Emit(handlers::Jump, 0);
-        break;
-      case Use::Nested:
-      case Use::Argument:
-      case Use::Subscript:
-        if (exit.early) {
-          // The value is taken before its end is looked at.
-          if (exit.use == Use::Argument) {
-            Emit(handlers::ArgumentOf(x_.traces, kSlot), exit.k, exit.place << 2 | kSlot).offsetA =
-                static_cast<int64_t>(exit.place * sizeof(CValue));
-          }
-          if (exit.use == Use::Subscript) {
-            Emit(handlers::Subscript, exit.k - 1u);
-            at_ = Next(at_);
-          }
-          Emit(handlers::Fail, 0, ERR_SYNTAX);
-          break;
-        }
-        [[fallthrough]];
-      default:
-        if (exit.use == Use::Whole && exit.early) {
-          Emit(handlers::StopExpression, 1);
-          break;
-        }
-        // A value that can't be kept fails where it ended.
-        if (exit.kept) Emit(handlers::KeepSwitch, 1).offsetA = exit.kept;
-        JumpToLabel(Here(), exit.label);
-        Emit(handlers::Jump, 0);
-        break;
+// A block that made no local has nothing to close: its instruction becomes the end of statement that follows.
+void CCodeCompiler::DropEmptyScopes() {
+  for (Instruction& i : code_.instructions) {
+    if (i.run != handlers::CloseLocals) continue;
+    if (!static_cast<const std::vector<int64_t>*>(i.a.pointer)->empty()) continue;
+    const Instruction& behind = *(&i + 1);
+    if (behind.run == handlers::EndStatement) {
+      i.run = handlers::JumpStatement;
+      i.target.target = &behind + 1;
+    } else if (behind.run == handlers::JumpStatement) {
+      i.run = handlers::JumpStatement;
+      i.target = behind.target;
     }
   }
 }
 
-void CCodeCompiler::EmitLateArrays() {
-  for (size_t a = 0; a < lateArrays_.size() && !failed_; ++a) {
-    const LateArray late = lateArrays_[a];
-    const uint32_t label = NewLabel();
-    Bind(label);
-    JumpToLabel(late.instruction, label);
-    at_ = late.at;
-    Emit(handlers::MakeArray, late.k);
-    values_.clear();
-    nest_ = late.nest;
-    scopes_ = late.scopes;
-    at_ = Next(late.token);
-    const uint32_t count = ReadSubscripts(static_cast<uint16_t>(late.k + 1));
-    Emit(handlers::StoreArray, late.k, count);
-    JumpToLabel(Here(), late.back);
-    Emit(handlers::Jump, 0);
+// What an evaluation that ends before its time still does: the operators that wait, and then what its statement does.
+void CCodeCompiler::EmitExit(const Exit& exit) {
+  code_.instructions[exit.instruction].target.index = 0;
+  const uint32_t label = NewLabel();
+  Bind(label);
+  JumpToLabel(exit.instruction, label);
+  at_ = exit.at;
+  scopes_ = exit.scopes;
+  if (exit.target) Emit(handlers::LoadNamed, 1).a.name = exit.target;
+  for (const Step& step : exit.steps) {
+    if (step.op == TK_COLON) {
+      Emit(handlers::Select, step.k).offsetA = step.offset;
+    } else if (step.op == TK_CONDITIONAL) {
+      Emit(handlers::Fail, 0, ERR_SYNTAX);
+    } else if (step.op == TK_ASSIGN) {
+      const uint32_t instruction = Here();
+      Emit(handlers::Assign, step.k).offsetA = Level();
+      if (step.lateToken) {
+        lateArrays_.push_back({instruction, step.lateToken, step.k, at_, NewLabel(), exit.nest, exit.scopes});
+        Bind(lateArrays_.back().back);
+      }
+    } else {
+      Emit(handlers::ReduceAny, step.k, step.op);
+    }
   }
+  const uint32_t code = Kind() == TK_MEMBER_CALL ? uint32_t{ERR_UNDEFINED} : uint32_t{ERR_SYNTAX};
+  switch (exit.use) {
+    case Use::Delete:
+      if (exit.early) {
+        Emit(handlers::Delete, 1);
+        Emit(handlers::EndStatement, 0);
+        Emit(handlers::Fail, 0, code);
+        break;
+      }
+      JumpToLabel(Here(), exit.label);
+      Emit(handlers::Jump, 0);
+      break;
+    case Use::Statement:
+      Emit(handlers::EndStatement, 0);
+      if (exit.early) {
+        Emit(handlers::Fail, 0, code);
+        break;
+      }
+      JumpToLabel(Here(), exit.label);
+      Emit(handlers::Jump, 0);
+      break;
+    case Use::Condition:
+      JumpToOffset(Here(), exit.testOffset);
+      Emit(exit.test, 1);
+      if (exit.early && exit.afterTest) {
+        at_ = Next(at_);
+        Emit(handlers::Fail, 0, ERR_SYNTAX);
+        break;
+      }
+      JumpToLabel(Here(), exit.label);
+      Emit(handlers::Jump, 0);
+      break;
+    case Use::Nested:
+    case Use::Argument:
+    case Use::Subscript:
+      if (exit.early) {
+        // The value is taken before its end is looked at.
+        if (exit.use == Use::Argument) {
+          Emit(handlers::ArgumentOf(x_.traces, kSlot), exit.k, exit.place << 2 | kSlot).offsetA =
+              static_cast<int64_t>(exit.place * sizeof(CValue));
+        }
+        if (exit.use == Use::Subscript) {
+          Emit(handlers::Subscript, exit.k - 1u);
+          at_ = Next(at_);
+        }
+        Emit(handlers::Fail, 0, ERR_SYNTAX);
+        break;
+      }
+      [[fallthrough]];
+    default:
+      if (exit.use == Use::Whole && exit.early) {
+        Emit(handlers::StopExpression, 1);
+        break;
+      }
+      // A value that can't be kept fails where it ended.
+      if (exit.kept) Emit(handlers::KeepSwitch, 1).offsetA = exit.kept;
+      JumpToLabel(Here(), exit.label);
+      Emit(handlers::Jump, 0);
+      break;
+  }
+}
+
+void CCodeCompiler::EmitLateArray(const LateArray& late) {
+  const uint32_t label = NewLabel();
+  Bind(label);
+  JumpToLabel(late.instruction, label);
+  at_ = late.at;
+  values_.clear();
+  nest_ = late.nest;
+  scopes_ = late.scopes;
+  Emit(handlers::MakeArray, late.k).offsetA = Level();
+  at_ = Next(late.token);
+  const uint32_t count = ReadSubscripts(static_cast<uint16_t>(late.k + 1));
+  Emit(handlers::StoreArray, late.k, count);
+  JumpToLabel(Here(), late.back);
+  Emit(handlers::Jump, 0);
 }
 
 }  // namespace vl

@@ -83,11 +83,14 @@ void CCodeCompiler::Flush() {
   for (Value& value : values_) FlushOne(value);
 }
 
-void CCodeCompiler::FlushOperands(const Evaluation& e) {
+bool CCodeCompiler::KeepsTarget(const Evaluation& e) const {
   const bool isStatement = e.use == Use::Statement || e.use == Use::Increment;
-  const bool keepsTarget = x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement &&
-                           e.ops.size() > 1 && e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 &&
-                           values_[0].name;
+  return x_.traces != kAllTraces && code_.kind != CodeKind::Method && isStatement && e.ops.size() > 1 &&
+         e.ops[1] == TK_ASSIGN && !values_.empty() && values_[0].k == 1 && values_[0].name;
+}
+
+void CCodeCompiler::FlushOperands(const Evaluation& e) {
+  const bool keepsTarget = KeepsTarget(e);
   for (size_t v = 0; v < values_.size(); ++v) {
     if (v > 0 || !keepsTarget) FlushOne(values_[v]);
   }
@@ -104,17 +107,22 @@ void CCodeCompiler::SideExit(uint32_t instruction, const Evaluation& e, uint16_t
     for (size_t o = evaluation->ops.size(); o-- > 1;) {
       --k;
       // What waits behind a conditional ends at the colon; here is none.
-      exit.steps.push_back({evaluation->ops[o], k, 0});
+      const auto left = std::find_if(values_.begin(), values_.end(), [&](const Value& v) { return v.k == k; });
+      exit.steps.push_back({evaluation->ops[o], k, 0, left != values_.end() ? left->lateToken : 0});
     }
     if (evaluation->use != Use::Branch || !early) break;
     k = evaluation->keptAt;
-    exit.steps.push_back({TK_COLON, k, evaluation->kept});
+    exit.steps.push_back({TK_COLON, k, evaluation->kept, 0});
     evaluation = evaluation->outer;
   }
   exit.use = evaluation->use;
   exit.label = evaluation->label;
   exit.k = static_cast<uint16_t>(evaluation->base + 1);
   exit.place = evaluation->place;
+  exit.nest = nest_;
+  // What stands behind it may be evaluated by the member.
+  if (Kind() == TK_ASSIGN) code_.levelAt[Next(at_)] = Level();
+  exit.scopes = scopes_;
   exits_.push_back(std::move(exit));
 }
 
@@ -155,7 +163,13 @@ CCodeCompiler::Value CCodeCompiler::EvaluateNested(uint16_t base, Use use, bool 
   e.parenthesis = parenthesis;
   e.place = place;
   const size_t exits = exits_.size();
+  const uint32_t around = parentheses_;
+  const bool behindSign = inUnary_;
+  parentheses_ = parenthesis ? around + 1 : 0;
+  inUnary_ = false;
   Value value = Evaluate(e);
+  parentheses_ = around;
+  inUnary_ = behindSign;
   if (failed_) return value;
   if (exits_.size() != exits) {
     FlushOne(value);
@@ -194,13 +208,13 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
     std::vector<Instruction>& all = code_.instructions;
     const bool joins = right.kind == kSlot && lastBinary_ + 1 == Here() && all.back().k == 2;
     const uint16_t binary = joins ? all.back().n & 0xFF : 0;
-    if (binary == TK_ADD || binary == TK_SUB || binary == TK_MUL) {
+    const bool isJoined = binary == TK_ADD || binary == TK_SUB || binary == TK_MUL;
+    if (isJoined) {
       Instruction& i = all.back();
       const auto a = static_cast<OperandKind>(i.n >> 8 & 3);
       const auto b = static_cast<OperandKind>(i.n >> 10 & 3);
       i.run = handlers::BinaryStoreOf(x_.traces, binary, left.kind, a, b);
       i.n = static_cast<uint16_t>(i.n | left.kind << 12 | flags << 14);
-      i.k = 1;
       i.target.name = left.name;
       i.offsetTarget = left.name->offset;
     } else {
@@ -209,11 +223,33 @@ bool CCodeCompiler::StoreStatement(uint16_t op, const Evaluation& e) {
       SetA(i, left);
       SetB(i, right);
     }
+    code_.instructions.back().k = Level();
+    if (isJoined && isStatement) Accumulate(left);
   }
   values_.clear();
   PushSlot(1);
   statementDone_ = true;
   return true;
+}
+
+// `sum = sum + a * b`, whose two operators are the last instructions: one in front of them does both.
+void CCodeCompiler::Accumulate(const Value& target) {
+  std::vector<Instruction>& all = code_.instructions;
+  if (x_.traces != kNoTraces || target.kind != kLocal || all.size() < 2) return;
+  const Instruction& outer = all.back();
+  const Instruction& inner = all[all.size() - 2];
+  const auto kindOfA = [](const Instruction& i) { return static_cast<OperandKind>(i.n >> 8 & 3); };
+  const auto kindOfB = [](const Instruction& i) { return static_cast<OperandKind>(i.n >> 10 & 3); };
+  const auto op = static_cast<uint16_t>(inner.n & 0xFF);
+  if (kindOfA(outer) != kLocal || kindOfB(outer) != kSlot || outer.offsetA != target.name->offset) return;
+  if (inner.k != 3 || op < TK_ADD || op > TK_OPERATOR_LAST || kindOfA(inner) != kLocal ||
+      inner.run != handlers::BinaryOf(x_.traces, op, kLocal, kindOfB(inner))) {
+    return;
+  }
+  Instruction both = inner;
+  both.run = handlers::AccumulateOf(outer.n & 0xFF, op, kindOfB(inner));
+  both.offsetTarget = target.name->offset;
+  if (both.run) all.insert(all.end() - 2, both);
 }
 
 // The end of a statement that assigns to an element or a member.
@@ -225,6 +261,7 @@ void CCodeCompiler::AssignStatement(uint16_t k) {
   if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
   Instruction& i = Emit(handlers::AssignAwayOf(right.kind), k, right.kind);
   SetB(i, right);
+  i.offsetA = Level();
   if (late) {
     // An array that was made late comes back here, in front of the end of the statement.
     const uint32_t over = NewLabel();
@@ -259,7 +296,7 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     if (op == TK_ASSIGN) {
       const uint32_t late = values_[values_.size() - 2].lateToken;
       if (late) lateArrays_.push_back({Here(), late, k, at_, NewLabel(), nest_, scopes_});
-      Emit(isStatement && !late ? handlers::AssignStatement : handlers::Assign, k);
+      Emit(isStatement && !late ? handlers::AssignStatement : handlers::Assign, k).offsetA = Level();
       if (late) Bind(lateArrays_.back().back);
       statementDone_ = isStatement && !late;
     } else {
@@ -269,10 +306,11 @@ void CCodeCompiler::Reduce(uint16_t op, uint16_t k, Evaluation& e) {
     PushSlot(k);
     return;
   }
-  if (op < TK_CONDITIONAL || NeedsTarget(e)) Flush();
+  const bool isBinary = op > TK_CONDITIONAL && op != TK_NOT && op != TK_COMPLEMENT;
+  if (!isBinary || NeedsTarget(e)) Flush();
   Value& left = values_[values_.size() - 2];
   Value& right = values_.back();
-  if (op < TK_CONDITIONAL) {
+  if (!isBinary) {
     Emit(handlers::ReduceAny, k, op);
   } else {
     if (left.kind == kConstant || left.isDefault) FlushOne(left);
@@ -375,6 +413,14 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
   const uint16_t next = Kind();
   if (IsMemberToken(next)) {
     FlushOperands(e);
+    PlainCall plain;
+    if (next == TK_MEMBER_CALL && nest_ == 0 && (code_.kind != CodeKind::Method || name->sure) &&
+        !QuickTextMember(at_) && ScanPlain(plain)) {
+      Value value;
+      value.kind = name->sure ? kLocal : kName;
+      value.name = name;
+      SetA(EmitPlain(plain, k, handlers::PlainMethodOf(x_.traces, value.kind)), value);
+    }
     // The common `name.variable`, with the two instructions behind it for anything else.
     const uint32_t member = at_;
     if (next == TK_MEMBER && !IsMemberToken(KindAt(Next(member))) && code_.kind != CodeKind::Method) {
@@ -393,6 +439,7 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
     Step1();
     SideExit(instruction, e, k, true);
     Members(k, e, MemberFrom::Source);
+    EndPlain(plain);
     return;
   }
   if (next == TK_ASSIGN || next == TK_PAREN_CLOSE) MayMake(name);
@@ -405,9 +452,10 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
     Flush();
     const uint32_t back = at_;
     at_ = token;
-    Instruction& i = Emit(handlers::LoadNamed, k);
+    Instruction& i =
+        Emit(code_.kind == CodeKind::Method && !name->declared ? handlers::LoadOwn : handlers::LoadNamed, k);
     i.a.name = name;
-    i.n = 1;
+    i.offsetA = name->offset;
     at_ = back;
     value.kind = kSlot;
     // The end of its statement may still be stored to by name.
@@ -419,7 +467,10 @@ void CCodeCompiler::PrimaryName(uint16_t k, Evaluation& e) {
 void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   const uint16_t op = Kind();
   Step1();
+  const bool behindSign = inUnary_;
+  inUnary_ = true;
   Primary(k, e);
+  inUnary_ = behindSign;
   if (failed_ || op == TK_ADD) return;
   Value& value = values_.back();
   if (op == TK_SUB && value.kind == kConstant && value.constant->type <= VT_FLOAT) {
@@ -433,6 +484,23 @@ void CCodeCompiler::Unary(uint16_t k, Evaluation& e) {
   Emit(handlers::Unary, k, op);
 }
 
+// Where nobody looks at slots, the value of a parenthesis may be had where it is needed: an operand stays one, and an
+// operator on operands leaves its result there.
+bool CCodeCompiler::MovesDown(Value& inner, uint16_t k, const Evaluation& e) {
+  if (x_.traces != kNoTraces || inner.isDefault || NeedsTarget(e)) return false;
+  if (inner.kind != kSlot) {
+    inner.k = k;
+    Push(inner);
+    return true;
+  }
+  if (lastBinary_ + 1 != Here()) return false;
+  Instruction& i = code_.instructions.back();
+  if (i.k != k + 1 || (i.n >> 8 & 3) == kSlot || (i.n >> 10 & 3) == kSlot) return false;
+  i.k = k;
+  PushSlot(k);
+  return true;
+}
+
 void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   Step1();
   Value inner = EvaluateNested(k, Use::Nested, true);
@@ -443,6 +511,7 @@ void CCodeCompiler::Parenthesis(uint16_t k, Evaluation& e) {
   }
   Step1();
   if (!IsMemberToken(Kind())) {
+    if (MovesDown(inner, k, e)) return;
     FlushOne(inner);
     Emit(handlers::SwapDown, k);
     PushSlot(k);

@@ -1,4 +1,4 @@
-// Calls, members and objects of the code compiler.
+// Members and objects of the code compiler.
 #include "interpreter/executor/code_compiler.h"
 #include "interpreter/executor/handlers.h"
 
@@ -10,51 +10,6 @@ constexpr const char kErrorEvent[] = "OnError";
 // Collects objects, also in a program that makes none itself.
 constexpr const char kCollector[] = "Flush";
 }  // namespace
-
-// The list behind an opened parenthesis, into the bank; gives the count.
-uint32_t CCodeCompiler::Arguments(uint16_t k) {
-  Flush();
-  if (nest_ > 0) Emit(handlers::CheckLevel, k, nest_);
-  uint32_t count = 0;
-  if (Kind() != TK_PAREN_CLOSE) {
-    ++nest_;
-    for (;;) {
-      if (count >= limits::kArgumentsPerLevel - 1) {
-        Fail();
-        return 0;
-      }
-      const uint32_t place = (nest_ - 1) * limits::kArgumentsPerLevel + count;
-      Value value = EvaluateNested(k, Use::Argument, false, place);
-      if (failed_) return 0;
-      if (value.isDefault) FlushOne(value);
-      // A literal text in the bank is put there by way of its slot, as any other value.
-      Instruction& i = Emit(handlers::ArgumentOf(x_.traces, value.kind), k + 1u, place << 2 | value.kind);
-      SetB(i, value);
-      i.offsetA = static_cast<int64_t>(place * sizeof(CValue));
-      ++count;
-      if (Kind() != TK_COMMA) break;
-      Step1();
-    }
-    --nest_;
-  }
-  if (Kind() != TK_PAREN_CLOSE || nest_ > limits::kArgumentLevels) {
-    Fail();
-    return 0;
-  }
-  Step1();
-  return count;
-}
-
-void CCodeCompiler::Call(uint16_t k) {
-  Flush();
-  NameInfo* name = NameAt(at_);
-  Emit(handlers::CallBegin, k).a.name = name;
-  Step1();
-  const uint32_t count = Arguments(k);
-  if (failed_) return;
-  Emit(handlers::CallEnd, k, count | nest_ << 8);
-  PushSlot(k);
-}
 
 void CCodeCompiler::NewObject(uint16_t k) {
   Flush();
@@ -125,15 +80,18 @@ bool CCodeCompiler::IsDropped(const Evaluation& e, uint16_t k) const {
   return e.use == Use::Statement && e.ops.size() == 1 && k <= 1 && Kind() == TK_SEMICOLON;
 }
 
+// The row of a member of texts that has a quick way; null for none.
+const MemberRow* CCodeCompiler::QuickTextMember(uint32_t token) const {
+  const CIClassInfo* info = i_.ClassInfo(CLASS_STRING);
+  const KeywordRow* known =
+      info && info->table && info->table->create ? info->keywords->Find(i_.NameOf(i_.At(token))) : nullptr;
+  const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
+  return row && row->onNumbers ? row : nullptr;
+}
+
 // A member of any class in use that might leave its slot as it was.
 void CCodeCompiler::NoteMember(uint32_t token) {
-  const std::string& name = i_.NameOf(i_.At(token));
-  for (uint32_t id = 1; id <= kClassCount && !x_.suspects; ++id) {
-    const CIClassInfo* info = i_.ClassInfo(id);
-    const KeywordRow* known = info && info->table ? info->keywords->Find(name) : nullptr;
-    const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
-    if (row && row->kind != MemberKind::Constant && !row->gives) x_.suspects = true;
-  }
+  if (x_.SlotShowers(TokenNameId(i_.At(token))) & x_.families) x_.suspects = true;
 }
 
 void CCodeCompiler::ClassConstant(uint16_t k) {
@@ -175,7 +133,13 @@ void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
         // Where there is no window, that fails at the word itself.
         if (kind == TK_CURWINDOW) Emit(handlers::WindowValue, k, 1);
         Step1();
+        PlainCall plain;
+        if (kind == TK_THIS && Kind() == TK_MEMBER_CALL && code_.kind == CodeKind::Method && nest_ == 0 &&
+            ScanPlain(plain)) {
+          EmitPlain(plain, k, handlers::PlainOwnMethodOf(x_.traces));
+        }
         Members(k, e, kind == TK_THIS ? MemberFrom::This : MemberFrom::CurWindow);
+        EndPlain(plain);
         return;
       }
       Emit(kind == TK_THIS ? handlers::ThisValue : handlers::WindowValue, k);
@@ -232,10 +196,18 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     const uint32_t token = at_;
     const uint16_t kind = Kind();
     if (kind == TK_MEMBER_CALL) {
-      Flush();
-      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from));
+      // A call changes no local of its caller: what is assigned to a local need not be known before.
+      const MemberRow* quick = QuickTextMember(token);
+      const bool keepsTarget = quick && code_.kind == CodeKind::Function && KeepsTarget(e) && !AssignsBehind(token) &&
+                               values_[0].kind == kLocal;
+      if (keepsTarget) {
+        FlushOperands(e);
+      } else {
+        Flush();
+      }
+      Emit(handlers::MemberCallBegin, k, static_cast<uint32_t>(from)).b.pointer = quick;
       Step1();
-      const uint32_t count = Arguments(k);
+      const uint32_t count = Arguments(k, keepsTarget);
       if (failed_) return;
       const uint32_t instruction = Here();
       const bool mayBeEvent = Kind() == TK_ASSIGN;
@@ -249,6 +221,10 @@ void CCodeCompiler::Members(uint16_t k, Evaluation& e, MemberFrom from) {
     if (kind == TK_MEMBER) {
       const uint16_t next = Kind();
       const bool chains = IsMemberToken(next);
+      // A variable of This is often a number and at its place.
+      if (from == MemberFrom::This && code_.kind == CodeKind::Method && !chains) {
+        Emit(handlers::OwnMember, k).b.number = TokenNameId(i_.At(token));
+      }
       const uint32_t instruction = Here();
       Instruction& i = Emit(handlers::MemberGet, k,
                             static_cast<uint32_t>(from) | (next == TK_ASSIGN ? 0x100 : 0) | (chains ? 0x200 : 0));

@@ -157,12 +157,15 @@ void CCodeCompiler::ExpressionStatement() {
   e.use = Use::Statement;
   e.label = NewLabel();
   statementDone_ = false;
+  shortcut_ = kNone;
+  EmitTerms();
   Value value = Evaluate(e);
   if (failed_) return;
   if (!statementDone_) {
     FlushOne(value);
     Emit(handlers::EndStatement, 0);
   }
+  if (shortcut_ != kNone) code_.instructions[shortcut_].at = Here() - shortcut_;
   statementDone_ = false;
   Bind(e.label);
 }
@@ -205,13 +208,13 @@ void CCodeCompiler::Test(uint32_t offset, bool isLoop, bool isIf) {
 void CCodeCompiler::OpenScope(const BlockRecord& block) {
   open_.push_back(&block);
   scopes_.push_back(&code_.scopes.emplace_back());
-  Emit(handlers::OpenScope, 0);
+  if (code_.kind == CodeKind::Global) Emit(handlers::OpenScope, 0);
 }
 
 // Code that closes the innermost blocks.
 void CCodeCompiler::EmitClose(uint32_t levels) {
   if (levels == 0) return;
-  Instruction& i = Emit(handlers::CloseScope, 0, levels);
+  Instruction& i = Emit(code_.kind == CodeKind::Global ? handlers::CloseScope : handlers::CloseLocals, 0, levels);
   i.a.pointer = scopes_[scopes_.size() - levels];
   i.b.number = static_cast<int64_t>(open_.size() - levels + 1);
 }
@@ -336,7 +339,7 @@ void CCodeCompiler::DoCloseBrace() {
       PopScope();
       break;
     case kBlockFunction:
-      Emit(handlers::ReturnZero, 0);
+      EmitReturnZero();
       PopScope();
       break;
     default:
@@ -425,14 +428,35 @@ void CCodeCompiler::DoReturn() {
   }
   Step1();
   if (Kind() == TK_SEMICOLON) {
-    Emit(handlers::ReturnZero, 0);
+    EmitReturnZero();
     return;
   }
+  const size_t exits = exits_.size();
   Value value = EvaluateNested(0, Use::Other);
   if (failed_) return;
   if (value.isDefault) FlushOne(value);
-  Instruction& i = Emit(handlers::ReturnOf(x_.traces, value.kind), 0, value.kind);
+  if (value.kind == kSlot && exits_.size() == exits) ReturnOfTwo();
+  BehindLocals(Here());
+  Instruction& i = Emit(handlers::ReturnOf(code_.kind, x_.traces, value.kind), 0, value.kind);
   SetB(i, value);
+}
+
+// Puts an instruction in front of the operator that gives the value, which does that and the return.
+void CCodeCompiler::ReturnOfTwo() {
+  if (x_.traces != kNoTraces || code_.kind == CodeKind::Global || lastBinary_ + 1 != Here()) return;
+  std::vector<Instruction>& all = code_.instructions;
+  Instruction both = all.back();
+  if (both.k != 1) return;
+  both.run = handlers::ReturnOfTwoOf(both.n & 0xFF, static_cast<OperandKind>(both.n >> 8 & 3),
+                                     static_cast<OperandKind>(both.n >> 10 & 3));
+  if (!both.run) return;
+  BehindLocals(Here() - 1);
+  all.insert(all.end() - 1, both);
+}
+
+void CCodeCompiler::EmitReturnZero() {
+  BehindLocals(Here());
+  Emit(code_.kind == CodeKind::Global ? handlers::EndEvent : handlers::ReturnZero, 0);
 }
 
 }  // namespace vl

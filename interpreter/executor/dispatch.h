@@ -26,9 +26,16 @@
     const Instruction* const go_ = (next); \
     return go_->run(x, go_, x.S, x.L);     \
   } while (false)
+// The same, with both at hand.
+#define VL_GO_WITH(next, slots, locals)     \
+  do {                                      \
+    const Instruction* const go_ = (next);  \
+    return go_->run(x, go_, slots, locals); \
+  } while (false)
 #else
 #define VL_GO(next) return (next)
 #define VL_GO_ANEW(next) return (next)
+#define VL_GO_WITH(next, slots, locals) return (next)
 #endif
 
 // The end of a statement, with what comes next.

@@ -4,6 +4,7 @@
 
 #include "host/appfile/app_file.h"
 #include "interpreter/executor/code_compiler.h"
+#include "interpreter/executor/code_scan.h"
 #include "interpreter/executor/handlers.h"
 
 namespace vl {
@@ -68,7 +69,7 @@ class CExecutor::Run {
   size_t subscripts_;
 };
 
-CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter) {
+CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interpreter), scratch(&interpreter) {
   globals.absent = &absent;
   uint32_t count = 0;
   for (uint32_t bucket = 0; bucket < CNamePool::kBuckets; ++bucket) {
@@ -78,8 +79,12 @@ CExecutor::CExecutor(CInterpretor& interpreter) : i(interpreter), absent(&interp
   globals.cells.assign(count, &absent);
   i.variables.SetIndex(&globals);
   slots = i.valueStore_.get();
-  frames_.reset(new Frame[limits::kMaxCallDepth + 2]);
+  frames_.reset(new Frame[limits::kMaxCallDepth + 1]);
   top = frames_.get();
+  lastFrame = top + limits::kMaxCallDepth;
+  leaveRest.run = handlers::LeaveRest;
+  leaveMethod.run = handlers::LeaveMethod;
+  leaveLevel.run = handlers::LeaveLevel;
 }
 
 CExecutor::~CExecutor() {
@@ -89,27 +94,54 @@ CExecutor::~CExecutor() {
   i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
 }
 
-// Few programs need all traces; what a program needs is known once it is compiled.
+// Functions are prepared at their first calls, but for those that may hold what only the walker knows.
 bool CExecutor::Prepare() {
-  traces = i.newSeen ? kObjectTraces : kNoTraces;
-  if (!CompileAll()) return false;
-  const Traces needed = suspects ? kAllTraces : collects ? kObjectTraces : traces;
-  if (needed == traces) return true;
-  traces = needed;
-  codes_.clear();
-  return CompileAll();
+  CCodeScan scan(*this);
+  scan.Run();
+  families = scan.families;
+  const auto needed = [&] { return suspects ? kAllTraces : collects || i.newSeen ? kObjectTraces : kNoTraces; };
+  suspects = scan.suspects;
+  collects = scan.collects;
+  do {
+    traces = needed();
+    codes_.clear();
+    codeOf_.assign(i.blocks.size(), {});
+    for (const BlockRecord& block : i.blocks) {
+      if (block.kind != kBlockFunction || !scan.rare[static_cast<size_t>(&block - i.blocks.data())]) continue;
+      if (!CodeOf(block, CodeKind::Function)) return false;
+    }
+    auto top = std::make_unique<Code>();
+    if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
+    code = top.get();
+    codes_.push_back(std::move(top));
+  } while (needed() != traces);
+  return true;
 }
 
-bool CExecutor::CompileAll() {
-  codeOf_.assign(i.blocks.size(), {});
+CExecutor::Family CExecutor::FamilyOf(uint32_t classId) {
+  if (classId >= CLASS_CAMERA && classId <= CLASS_POINT3D) return kSceneFamily;
+  if (classId >= CLASS_VEX && classId <= CLASS_VEXSTATS) return kNetFamily;
+  return kAnyFamily;
+}
+
+uint8_t CExecutor::SlotShowers(uint32_t nameId) {
+  const auto [known, isNew] = slotShowers_.try_emplace(nameId, uint8_t{0});
+  if (!isNew) return known->second;
+  const std::string& name = i.namePool->Name(nameId);
+  for (uint32_t id = 1; id <= kClassCount; ++id) {
+    const CIClassInfo* info = i.ClassInfo(id);
+    const KeywordRow* found = info && info->table ? info->keywords->Find(name) : nullptr;
+    const MemberRow* row = found && found->id < info->rows.size() ? info->rows[found->id] : nullptr;
+    if (row && row->kind != MemberKind::Constant && !row->gives) known->second |= FamilyOf(id);
+  }
+  return known->second;
+}
+
+bool CExecutor::PrepareAll() {
   for (const BlockRecord& block : i.blocks) {
     if (block.kind == kBlockFunction && !CodeOf(block, CodeKind::Function)) return false;
   }
-  auto top = std::make_unique<Code>();
-  if (!CCodeCompiler(*this, *top).CompileProgram()) return false;
-  code = top.get();
-  codes_.push_back(std::move(top));
-  return true;
+  return traces == kAllTraces || (!suspects && (traces == kObjectTraces || (!collects && !i.newSeen)));
 }
 
 Code* CExecutor::MakeCode(const BlockRecord& block, CodeKind kind) {
@@ -137,7 +169,7 @@ void CExecutor::RunProgram() {
   Run run(*this);
   NeedSlots(slots + program->slots);
   S = slots;
-  segment_ = 0;
+  L = nullptr;
   L = TakeLocals(program->locals);
   code = program;
   bank = i.args.data();
@@ -182,40 +214,37 @@ CValue* CExecutor::EvaluateAtCursor() {
 void CExecutor::NeedSlots(const CValue* end) {
   i.NeedValues(static_cast<uint32_t>(end - slots));
   slotsEnd = slots + i.valueLimit_;
+  slotsSafe = slotsEnd - kPlainCells;
 }
 
 const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIBaseObjectVar& self,
                                     CIBaseObjectVar* held, CValue* slot, const Instruction* back, uint32_t level,
                                     uint32_t count, bool constructs) {
-  if (i.callDepth >= limits::kMaxCallDepth) i.RaiseTooManyCalls();
+  if (top == lastFrame) i.RaiseTooManyCalls();
   const Code* callee = CodeOf(block, kind);
   if (!callee) i.RaiseError(ERR_INTERNAL);
   NeedSlots(slot + callee->slots);
-  CValue* const before = localsNext;
   const uint32_t segmentBefore = segment_;
   CValue* const locals = TakeLocals(callee->locals);
   Frame& frame = *++top;
-  frame.isPlain = false;
-  frame.back = back;
+  frame.back = &leaveRest;
+  frame.then = back;
   frame.S = S;
   frame.L = L;
   frame.code = code;
   frame.self = i.thisObject;
   frame.held = held;
-  frame.localsNext = before;
+  frame.slot = slot;
   frame.segment = segmentBefore;
   frame.scopeDepth = i.scopeDepth;
   frame.part = i.currentPartNumber;
   frame.argBase = argBase;
   frame.constructs = constructs;
-  ++i.callDepth;
-  ++i.scopeDepth;
+  if (kind == CodeKind::Global) ++i.scopeDepth;
   i.thisObject = &self;
   code = callee;
   S = slot;
-  argBase = level;
-  i.argDepth = level;
-  bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  SetLevel(level);
   L = locals;
   uint32_t p = 0;
   for (const int64_t parameter : callee->parameters) {
@@ -224,7 +253,6 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
       variable = i.AddVariable(i, static_cast<uint32_t>(parameter), i.scopeDepth);
     } else {
       variable = reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + parameter);
-      variable->level = 1;
     }
     if (p < count) {
       variable->Assign(bank[p]);
@@ -238,44 +266,66 @@ const Instruction* CExecutor::Enter(const BlockRecord& block, CodeKind kind, CIB
 }
 
 const Instruction* CExecutor::Leave() {
-  CValue& result = *S;
   ReleaseLocals();
-  const Frame& frame = *top;
-  const Instruction* const back = frame.back;
-  --i.callDepth;
-  if (code->kind == CodeKind::Global) i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
-  i.scopeDepth = frame.scopeDepth;
-  if (!frame.isPlain) i.thisObject = frame.self;
+  const Frame& frame = *top--;
   code = frame.code;
-  localsNext = frame.isPlain ? L : frame.localsNext;
   S = frame.S;
   L = frame.L;
-  if (!frame.isPlain && segment_ != frame.segment) {
-    segment_ = frame.segment;
-    localsEnd = segments_[segment_].get() + kSegmentCells;
+  if (frame.back == &leaveRest) return FinishLeave();
+  if (frame.back == &leaveMethod) return FinishMethod();
+  if (frame.back == &leaveLevel) return FinishLevel();
+  return frame.back;
+}
+
+const Instruction* CExecutor::FinishMethod() {
+  const Frame& frame = top[1];
+  const Instruction* const then = frame.then;
+  DropHidden();
+  i.thisObject = frame.self;
+  i.Unpin(frame.held);
+  return then;
+}
+
+const Instruction* CExecutor::FinishLevel() {
+  DropHidden();
+  SetLevel(top[1].argBase);
+  return top[1].then;
+}
+
+const Instruction* CExecutor::FinishLeave() {
+  const Frame frame = top[1];
+  DropHidden();
+  if (i.scopeDepth != frame.scopeDepth) {
+    i.variables.RemoveFromLevel(frame.scopeDepth + 1, i.variablePool);
+    i.scopeDepth = frame.scopeDepth;
   }
-  argBase = frame.argBase;
-  i.argDepth = argBase;
-  bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
-  if (!frame.isPlain && i.currentPartNumber != frame.part) i.SetPart(frame.part);
-  CIBaseObjectVar* const held = frame.isPlain ? nullptr : frame.held;
-  const bool constructs = frame.constructs;
-  --top;
-  if (!held) [[likely]]
-    return back;
-  if (constructs) {
-    if (held->destroyed) {
-      result.SetInt(0);
+  i.thisObject = frame.self;
+  if (segment_ != frame.segment) SetSegment(frame.segment);
+  SetLevel(frame.argBase);
+  if (i.currentPartNumber != frame.part) i.SetPart(frame.part);
+  if (!frame.held) [[likely]]
+    return frame.then;
+  if (frame.constructs) {
+    if (frame.held->destroyed) {
+      frame.slot->SetInt(0);
     } else {
-      held->Construct();
-      result.SetObject(held);
+      frame.held->Construct();
+      frame.slot->SetObject(frame.held);
     }
-    result.lvalue = nullptr;
+    frame.slot->lvalue = nullptr;
     ++i.newsSinceCollection;
-    --held->refCount;
+    frame.held->Unhold();
   }
-  i.Unpin(held);
-  return back;
+  i.Unpin(frame.held);
+  return frame.then;
+}
+
+// The hidden locals of calls that have ended.
+void CExecutor::DropHidden() {
+  while (hiddenCount && hidden.back().frame > top) {
+    hidden.pop_back();
+    --hiddenCount;
+  }
 }
 
 void CExecutor::DropPending() {
@@ -283,8 +333,10 @@ void CExecutor::DropPending() {
   pending.pop_back();
   if (call.text) {
     EndText(call);
+  } else if (!call.object && !call.block) {
+    --heldTexts;
   } else if (call.object) {
-    if (call.made) --call.object->refCount;
+    if (call.made) call.object->Unhold();
     i.Unpin(call.object);
   }
 }
@@ -292,45 +344,45 @@ void CExecutor::DropPending() {
 // An error leaves these calls. An object under construction is given up with its call.
 void CExecutor::Unwind(Frame* frame, size_t pendingCount) {
   while (top > frame) {
-    if (top->constructs) --top->held->refCount;
-    top->constructs = false;
+    if (top->back == &leaveRest && top->constructs) {
+      top->held->Unhold();
+      top->constructs = false;
+    }
     Leave();
   }
   while (pending.size() > pendingCount) DropPending();
 }
 
+void CExecutor::SetSegment(uint32_t segment) {
+  segment_ = segment;
+  localsEnd = segments_[segment_].get() + kSegmentCells;
+  localsSafe = localsEnd - kPlainCells;
+}
+
+// The cells behind those of the call that runs.
 CValue* CExecutor::TakeLocals(uint32_t count) {
-  if (localsNext == nullptr || static_cast<size_t>(localsEnd - localsNext) < count) {
-    const uint32_t next = localsNext == nullptr ? 0 : segment_ + 1;
-    if (next >= segments_.size()) {
-      if (!i.budget.Take(kSegmentCells * sizeof(CValue))) i.RaiseError(ERR_MEMORY);
-      auto* cells = static_cast<CValue*>(std::malloc(kSegmentCells * sizeof(CValue)));
-      if (!cells) {
-        i.budget.Return(kSegmentCells * sizeof(CValue));
-        i.RaiseError(ERR_MEMORY);
-      }
-      for (size_t c = 0; c < kSegmentCells; ++c) new (&cells[c]) CValue(&i);
-      segments_.emplace_back(cells, &FreeCells);
+  if (L && static_cast<size_t>(localsEnd - FreeLocals()) >= count) return FreeLocals();
+  const uint32_t next = L ? segment_ + 1 : 0;
+  if (next >= segments_.size()) {
+    if (!i.budget.Take(kSegmentCells * sizeof(CValue))) i.RaiseError(ERR_MEMORY);
+    auto* cells = static_cast<CValue*>(std::malloc(kSegmentCells * sizeof(CValue)));
+    if (!cells) {
+      i.budget.Return(kSegmentCells * sizeof(CValue));
+      i.RaiseError(ERR_MEMORY);
     }
-    segment_ = next;
-    localsNext = segments_[segment_].get();
-    localsEnd = localsNext + kSegmentCells;
+    for (size_t c = 0; c < kSegmentCells; ++c) new (&cells[c]) CValue(&i);
+    segments_.emplace_back(cells, &FreeCells);
   }
-  CValue* cells = localsNext;
-  localsNext += count;
-  return cells;
+  SetSegment(next);
+  return segments_[segment_].get();
 }
 
 // Every local ends: nothing is left of it but a cell that no name finds.
 void CExecutor::ReleaseLocals() {
-  CValue* end = L + code->locals;
+  CValue* const end = FreeLocals();
   for (CValue* local = L; local != end; ++local) {
     local->Release();
     local->type = VT_NEW_NAME;
-  }
-  while (hiddenCount && hidden.back().local >= L && hidden.back().local < end) {
-    hidden.pop_back();
-    --hiddenCount;
   }
 }
 
@@ -369,18 +421,33 @@ void CExecutor::LoadName(CValue& slot, const NameInfo& name, CValue* locals) {
   }
 }
 
-CValue& CExecutor::MakeVariable(uint32_t nameId) {
+CValue& CExecutor::MakeVariable(uint32_t nameId, uint16_t level) {
   if (code->kind == CodeKind::Global) return *i.AddVariable(i, nameId, i.scopeDepth);
   const auto known = code->byName.find(nameId);
   if (known == code->byName.end()) i.RaiseError(ERR_INTERNAL);
   CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + known->second->offset);
   if (local.type != VT_NEW_NAME) {
-    hidden.emplace_back(&i, &local).value.Assign(local);
+    hidden.emplace_back(&i, &local, top).value.Assign(local);
     ++hiddenCount;
+    // The end of the call must look for it.
+    if (IsPlainEnd(top->back)) MakeFull(*top);
   }
   local.SetInt(0);
-  local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);
+  local.level = level;
   return local;
+}
+
+// A plain call that turns out to need the full end.
+void CExecutor::MakeFull(Frame& frame) {
+  frame.then = frame.back;
+  frame.back = &leaveRest;
+  frame.self = i.thisObject;
+  frame.held = nullptr;
+  frame.segment = segment_;
+  frame.scopeDepth = i.scopeDepth;
+  frame.part = i.currentPartNumber;
+  frame.argBase = argBase;
+  frame.constructs = false;
 }
 
 // The two slots change places: here their content does, as the slots themselves must stay where they are.
@@ -397,13 +464,13 @@ void CExecutor::SwapSlots(CValue& a, CValue& b) {
   }
 }
 
-void CExecutor::Assign(CValue* S, uint32_t k) {
+void CExecutor::Assign(CValue* S, uint32_t k, uint16_t level, bool keepsPlace) {
   CValue& left = S[k];
   CValue& right = S[k + 1];
   if (right.type >= VT_NEW_NAME && right.type <= VT_NEW_ELEMENT) i.RaiseError(ERR_UNDEFINED);
   switch (left.type) {
     case VT_NEW_NAME:
-      MakeVariable(TokenNameId(i.At(left.data.token))).Assign(right);
+      MakeVariable(TokenNameId(i.At(left.data.token)), level).Assign(right);
       break;
     case VT_NEW_MEMBER: {
       auto* object = static_cast<CIBaseObjectVar*>(left.lvalueObject);
@@ -413,9 +480,24 @@ void CExecutor::Assign(CValue* S, uint32_t k) {
     case VT_NEW_ELEMENT: {
       CValue* variable = left.lvalue;
       if (variable->type != VT_ARRAY) i.RaiseError(ERR_UNDEFINED);
-      CValue& element = variable->data.array->Store(left.data.token, right);
+      CArrayStore& store = *variable->data.array;
+      const uint32_t index = left.data.token;
+      if (left.level) {
+        // The element was there: the slots change places, as they do for any place that is assigned to.
+        const bool isNumber = store.ReadNumber(index, left);
+        left.lvalue = nullptr;
+        if (!isNumber) i.RaiseError(ERR_INTERNAL);
+        store.Store(index, right);
+        break;
+      }
+      CValue* element = nullptr;
+      if (keepsPlace) {
+        element = &store.StoreInCell(index, right);
+      } else {
+        store.Store(index, right);
+      }
       left.Assign(right);
-      left.lvalue = &element;
+      left.lvalue = element;
       return;
     }
     default:
@@ -443,7 +525,15 @@ void CExecutor::Invoke(CIBaseClassImpl& object, const MemberRow& row, uint32_t i
   Adopt();
 }
 
+void CExecutor::ReserveText() {
+  if (i.freeTexts_.size() > heldTexts) return;
+  CITextHolder* holder = nullptr;
+  CIBaseClassImpl* object = i.MakeText(holder);
+  i.GiveText(object, holder);
+}
+
 void CExecutor::BeginText(const CValue& slot) {
+  ReserveText();
   Pending call;
   call.object = i.TakeText(call.text);
   call.text->SetHeldText(Text::Share(slot.data.text));

@@ -5,6 +5,8 @@
 // loop now and then, which is where a host that must not be blocked could take over.
 #pragma once
 
+#include <unordered_set>
+
 #include "interpreter/executor/instruction.h"
 #include "interpreter/interpretor.h"
 
@@ -19,6 +21,8 @@ class CExecutor {
 
   // False when the program holds something that only the walker knows; nothing has run then.
   bool Prepare();
+  // Prepares every function now. False when one can't be, or needs traces that aren't kept: then Prepare was wrong.
+  bool PrepareAll();
   // Runs the program from its start. Throws as the walker does.
   void RunProgram();
   // Runs an event function: its arguments are in the bank.
@@ -27,19 +31,21 @@ class CExecutor {
   CValue* EvaluateAtCursor();
 
   // --- For the handlers ---
+  // A call in progress. A plain one only knows what ran before it; what more a call changes stands behind that, and
+  // `back` then is the code that undoes it and goes on at `then`.
   struct Frame {
     const Instruction* back;
     CValue* S;
     CValue* L;
     const Code* code;
+    const Instruction* then;
     CIBaseObjectVar* self;
     CIBaseObjectVar* held;  // pinned for the length of the call, or null
-    CValue* localsNext;
+    CValue* slot;           // of the result
     uint32_t segment;
     int32_t scopeDepth;
     int32_t part;
     uint32_t argBase;
-    bool isPlain;     // by EnterPlain
     bool constructs;  // `held` is an object that New makes
   };
   // A call whose arguments are under evaluation.
@@ -53,9 +59,11 @@ class CExecutor {
   };
   // A local that a newer one of its name hides.
   struct Hidden {
-    Hidden(CInterpretor* interpreter, const CValue* local) : value(interpreter), local(local) {}
+    Hidden(CInterpretor* interpreter, const CValue* local, const Frame* frame)
+        : value(interpreter), local(local), frame(frame) {}
     CValue value;
     const CValue* local;
+    const Frame* frame;
   };
 
   // Starts a call: its arguments are in the bank at `level`. Gives its first instruction, with S and L set. Quickly
@@ -66,28 +74,47 @@ class CExecutor {
                            CValue* slot, const Instruction* back, uint32_t level, uint32_t count, bool constructs);
   // Ends the current call; its value is in S[0]. Gives what comes next, with S and L set.
   const Instruction* Leave();
-  // The same for a call that EnterPlain has started; null when it takes more.
-  const Instruction* LeavePlain();
+  // What `leaveRest`, `leaveMethod` and `leaveLevel` do: undoes what more than a plain call the one that has just ended
+  // has changed.
+  const Instruction* FinishLeave();
+  const Instruction* FinishMethod();
+  const Instruction* FinishLevel();
   Code* CodeOf(const BlockRecord& block, CodeKind kind) {
     Code* known = codeOf_[static_cast<size_t>(&block - i.blocks.data())][static_cast<size_t>(kind)];
     return known ? known : MakeCode(block, kind);
+  }
+  // Has `frame`, of a call that starts, end with what another level of arguments takes.
+  void TakeLevel(Frame& frame, const Instruction* back, uint32_t level) {
+    frame.back = &leaveLevel;
+    frame.then = back;
+    frame.argBase = argBase;
+    SetLevel(level);
+  }
+  void SetLevel(uint32_t level) {
+    argBase = level;
+    i.argDepth = level;
+    bank = i.args.data() + level * limits::kArgumentsPerLevel;
+  }
+  bool IsPlainEnd(const Instruction* back) const {
+    return back != &leaveRest && back != &leaveMethod && back != &leaveLevel;
   }
   void CloseScope(const std::vector<int64_t>& offsets, uint16_t level);
 
   // The variable that a name finds; null for none.
   CValue* FindName(const NameInfo& name, CValue* locals);
   void LoadName(CValue& slot, const NameInfo& name, CValue* locals);
-  // `=` on S[k] and S[k + 1], but for arrays that don't exist yet.
-  void Assign(CValue* S, uint32_t k);
+  // `=` on S[k] and S[k + 1], but for arrays that don't exist yet. `level` is the function's block that may get a new
+  // local, from 1. The result's place is only kept where something may still assign to it.
+  void Assign(CValue* S, uint32_t k, uint16_t level, bool keepsPlace);
   static void SwapSlots(CValue& a, CValue& b);
   // The variable that an assignment to a name of no variable makes, in the frame.
-  CValue& MakeVariable(uint32_t nameId);
+  CValue& MakeVariable(uint32_t nameId, uint16_t level);
   // The same for a name at hand.
-  CValue& MakeNamed(const NameInfo& name) {
+  CValue& MakeNamed(const NameInfo& name, uint16_t level) {
     CValue& local = *reinterpret_cast<CValue*>(reinterpret_cast<char*>(L) + name.offset);
-    if (!name.isLocal || local.type != VT_NEW_NAME) return MakeVariable(name.nameId);
+    if (!name.isLocal || local.type != VT_NEW_NAME) return MakeVariable(name.nameId, level);
     local.type = VT_INTEGER;
-    local.level = static_cast<uint16_t>(i.scopeDepth - top->scopeDepth);
+    local.level = level;
     return local;
   }
   void StandAt(const CValue* S, uint32_t k, uint32_t at) {
@@ -100,6 +127,8 @@ class CExecutor {
   // Takes a String for the text in the slot.
   void BeginText(const CValue& slot);
   void EndText(const Pending& call);
+  // A String for one more text, as the walk would have made it by now, for those that do without.
+  void ReserveText();
   // The work between statements that isn't just counting.
   void Housekeep(const CValue* S);
   // The machine-wide count of statements, while a member or the tick runs.
@@ -109,7 +138,19 @@ class CExecutor {
     published_ = true;
   }
   void Adopt();
-  bool IsSliceOver() { return ++rounds_ % kRoundsOfSlice == 0; }
+  bool IsSliceOver() {
+    if (--rounds_ > 0) return false;
+    rounds_ = kRoundsOfSlice;
+    return true;
+  }
+  // Objects of these come from New or from others of their family; those of all other classes may come from anywhere.
+  enum Family : uint8_t { kAnyFamily = 1, kSceneFamily = 2, kNetFamily = 4 };
+  static Family FamilyOf(uint32_t classId);
+  // The families of the classes with a member of that name that may leave its slot as it was.
+  uint8_t SlotShowers(uint32_t nameId);
+  uint8_t families = kAnyFamily;  // of which the program may have objects
+  // Names that the top level assigns to: most likely these are globals wherever they stand.
+  std::unordered_set<uint32_t> topNames;
 
   CInterpretor& i;
   int32_t fuel = 0;  // statements until Housekeep is needed
@@ -117,13 +158,18 @@ class CExecutor {
   CValue* L = nullptr;
   CValue* slots = nullptr;
   CValue* slotsEnd = nullptr;    // of those that are made
+  CValue* slotsSafe = nullptr;   // a plain call's first slot may be this one at most
   CValue* bank = nullptr;        // the arguments of the current call's level
-  CValue* localsNext = nullptr;  // the free locals of the current segment
-  CValue* localsEnd = nullptr;
-  CValue* source = nullptr;  // the variable whose member comes next
+  CValue* localsEnd = nullptr;   // of the current segment
+  CValue* localsSafe = nullptr;  // a plain call's first local may be this one at most
+  CValue* source = nullptr;      // the variable whose member comes next
   const Code* code = nullptr;
   uint32_t argBase = 0;
   Frame* top = nullptr;  // the call that runs; the first frame is none
+  Frame* lastFrame = nullptr;
+  Instruction leaveRest;
+  Instruction leaveMethod;
+  Instruction leaveLevel;  // of a call among the arguments of another one
   std::vector<Pending> pending;
   std::vector<int32_t> subscripts;
   std::deque<Hidden> hidden;
@@ -132,8 +178,19 @@ class CExecutor {
   Traces traces = kNoTraces;  // what the slots are needed for
   bool suspects = false;      // the compiler has met a member that may show what a slot held
   bool collects = false;      // and one that collects objects
+  uint32_t heldTexts = 0;     // texts whose member waits for its arguments without a String
   CVariable absent;
+  CVariable* nowhere = &absent;  // the cell of a name that no global has
+  CValue scratch;                // an element that is only a number, while something needs it as a value of its own
   CVariableIndex globals;
+
+ public:
+  // What a function that is called plainly may have of locals and of slots.
+  static constexpr uint32_t kPlainCells = 64;
+  bool IsPlainCallee(const Code& callee) const {
+    return callee.locals <= kPlainCells && callee.slots <= kPlainCells && callee.part == i.currentPartNumber;
+  }
+  void NeedSlots(const CValue* end);
 
  private:
   friend class CCodeCompiler;
@@ -142,88 +199,61 @@ class CExecutor {
   // Ticks after which the handlers go back to their loop.
   static constexpr uint32_t kRoundsOfSlice = 2000;
   static constexpr size_t kSegmentCells = 8192;
+  void SetSegment(uint32_t segment);
+  CValue* FreeLocals() const { return L + code->locals; }
   class Run;
   void RunFrom(const Instruction* start);
-  bool CompileAll();
   void Unwind(Frame* frame, size_t pendingCount);
-  void NeedSlots(const CValue* end);
   void DropPending();
   void ReleaseLocals();
   CValue* TakeLocals(uint32_t count);
+  void DropHidden();
+  void MakeFull(Frame& frame);
   CVariable** CellOf(uint32_t nameId) { return globals.CellOf(nameId); }
 
   std::vector<std::array<Code*, 3>> codeOf_;  // by block
   std::vector<std::unique_ptr<Code>> codes_;
+  std::unordered_map<uint32_t, uint8_t> slotShowers_;  // by name
   std::unordered_map<uint32_t, std::unique_ptr<Code>> expressions_;
   std::vector<std::unique_ptr<CValue[], void (*)(CValue*)>> segments_;
   uint32_t segment_ = 0;
   int32_t savedFuel_ = 0;
   bool forced_ = false;    // fuel is 0 so that something waiting is seen; savedFuel_ is what it was
   bool published_ = true;  // the interpreter's countdown is the true one
-  uint32_t rounds_ = 0;
+  uint32_t rounds_ = kRoundsOfSlice;
 };
 
 inline const Instruction* CExecutor::EnterPlain(const Code& callee, CValue* slot, const Instruction* back,
                                                 uint32_t level, uint32_t count) {
-  CValue* const locals = localsNext;
-  if (i.callDepth >= limits::kMaxCallDepth || slot + callee.slots > slotsEnd ||
-      localsEnd - locals < static_cast<ptrdiff_t>(callee.locals) || callee.part != i.currentPartNumber) [[unlikely]] {
+  CValue* const locals = FreeLocals();
+  if (top == lastFrame || slot > slotsSafe || locals > localsSafe || count < callee.parameterCount ||
+      !IsPlainCallee(callee)) [[unlikely]] {
     return nullptr;
   }
   // The parameters are the first locals. What isn't plain numbers takes the other way, which fills them anew.
-  if (count < callee.parameterCount || level != argBase) [[unlikely]]
-    return nullptr;
-  const CValue* argument = bank;
+  const CValue* argument = bank + (level - argBase) * limits::kArgumentsPerLevel;
   CValue* const behind = locals + 1 + callee.parameterCount;
   for (CValue* variable = locals + 1; variable != behind; ++variable, ++argument) {
     if (argument->type > VT_FLOAT) [[unlikely]] {
       while (variable-- != locals + 1) variable->type = VT_NEW_NAME;
       return nullptr;
     }
-    variable->level = 1;
     variable->type = argument->type;
     variable->data = argument->data;
   }
   Frame& frame = *++top;
-  frame.back = back;
+  if (level == argBase) {
+    frame.back = back;
+  } else {
+    TakeLevel(frame, back, level);
+  }
   frame.S = S;
   frame.L = L;
   frame.code = code;
-  frame.scopeDepth = i.scopeDepth++;
-  frame.argBase = argBase;
-  frame.isPlain = true;
-  frame.constructs = false;
-  ++i.callDepth;
-  localsNext = locals + callee.locals;
   code = &callee;
   S = slot;
   L = locals;
   return callee.first;
-}
-
-inline const Instruction* CExecutor::LeavePlain() {
-  const Frame& frame = *top;
-  if (!frame.isPlain || hiddenCount) [[unlikely]]
-    return nullptr;
-  CValue* const end = L + code->locals;
-  for (const CValue* local = L + 1; local != end; ++local) {
-    if (!local->IsPlain()) [[unlikely]]
-      return nullptr;
-  }
-  for (CValue* local = L + 1; local != end; ++local) local->type = VT_NEW_NAME;
-  --top;
-  --i.callDepth;
-  i.scopeDepth = frame.scopeDepth;
-  code = frame.code;
-  localsNext = L;
-  S = frame.S;
-  L = frame.L;
-  if (argBase != frame.argBase) {
-    argBase = frame.argBase;
-    i.argDepth = argBase;
-    bank = i.args.data() + argBase * limits::kArgumentsPerLevel;
-  }
-  return frame.back;
 }
 
 }  // namespace vl

@@ -168,7 +168,7 @@ const Instruction* NewScriptBegin(CExecutor& x, const Instruction* i, CValue* S,
   CExecutor::Pending call;
   call.block = variable->data.function;
   auto* object = new CIBaseObjectVar(x.i, CIBaseClassImpl::Listing::Listed);
-  ++object->refCount;
+  object->Hold();
   ++object->pins;
   call.object = object;
   call.made = true;
@@ -275,6 +275,14 @@ namespace {
 VL_NOINLINE void BeginMemberCall(CExecutor& x, const Instruction* i, CValue* S) {
   const uint32_t k = i->k;
   const Token token = x.i.At(i->at);
+  if (i->b.pointer) {
+    const auto from = static_cast<MemberFrom>(i->n);
+    const CValue& text = from == MemberFrom::Source ? *x.source : S[k];
+    if (from != MemberFrom::This && from != MemberFrom::CurWindow && text.type == VT_STRING) {
+      BeginTextCall(x, i, S);
+      return;
+    }
+  }
   x.StandAt(S, k, i->at);
   CIBaseClassImpl* object = ObjectOf(x, static_cast<MemberFrom>(i->n), S, k);
   if (!object) {
@@ -330,6 +338,7 @@ const Instruction* MemberCallBegin(CExecutor& x, const Instruction* i, CValue* S
 namespace {
 
 VL_NOINLINE const Instruction* EndMemberCall(CExecutor& x, const Instruction* i, CValue* S) {
+  if (!x.pending.back().object && EndTextCall(x, i, S)) return i + 1;
   const CExecutor::Pending call = x.pending.back();
   x.StandAt(S, i->k, i->at);
   if (call.block) {
@@ -416,33 +425,72 @@ VL_NOINLINE const Instruction* GetMember(CExecutor& x, const Instruction* i, CVa
 
 namespace {
 
-// Looks the variable up and notes its place for the next time.
-VL_NOINLINE CVariable* FindPlace(const Instruction* i, const CVarTable& table, uint32_t nameId) {
-  CVariable* variable = table.Find(nameId);
+// Looks the variable up, notes its place for the next time, and reads a number. What is read otherwise is for the
+// instructions behind; a number goes on at the one `Behind`.
+template <int Behind>
+VL_NOINLINE const Instruction* FindMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                          const CVarTable& table) {
+  CVariable* variable = table.Find(static_cast<uint32_t>(i->b.number));
   if (variable) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(variable));
-  return variable;
+  CValue& slot = S[i->k];
+  if (!variable || variable->type > VT_FLOAT || !slot.IsPlain()) VL_GO(i + 1);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(i + Behind);
+}
+
+template <int Behind>
+VL_ALWAYS_INLINE const Instruction* ReadMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L,
+                                               const CVarTable& table) {
+  CValue& slot = S[i->k];
+  CVariable* variable = table.Made(i->n, static_cast<uint32_t>(i->b.number));
+  if (!variable || (variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return FindMember<Behind>(x, i, S, L, table);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(i + Behind);
 }
 
 template <OperandKind N>
 const Instruction* MemberRead(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   const CValue* source = Read<N>(i->a, i->offsetA, nullptr, L);
-  CValue& slot = S[i->k];
-  if (source->type == VT_OBJECT && source->data.object && !source->data.object->classInfo) [[likely]] {
-    const auto* object = static_cast<const CIBaseObjectVar*>(source->data.object);
-    const auto nameId = static_cast<uint32_t>(i->b.number);
-    CVariable* variable = object->variables.Made(i->n, nameId);
-    if (!variable) [[unlikely]]
-      variable = FindPlace(i, object->variables, nameId);
-    if (variable && variable->type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
-      PutNumber(slot, *variable);
-      slot.lvalue = variable;
-      VL_GO(i + 3);
-    }
-  }
+  if (source->type != VT_OBJECT || !source->data.object || source->data.object->classInfo) [[unlikely]]
+    VL_GO(i + 1);
+  return ReadMember<3>(x, i, S, L, static_cast<const CIBaseObjectVar*>(source->data.object)->variables);
+}
+
+VL_NOINLINE const Instruction* LoadOwnSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[i->k], *i->a.name, L);
   VL_GO(i + 1);
 }
 
 }  // namespace
+
+// `This.variable` in a method: passes over the instruction behind it, which does the same for anything else.
+const Instruction* OwnMember(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  return ReadMember<2>(x, i, S, L, x.i.thisObject->variables);
+}
+
+// A name in a method that may be a variable of its object.
+const Instruction* LoadOwn(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue* variable = &At(L, i->offsetA);
+  CValue& slot = S[i->k];
+  if (variable->type == VT_NEW_NAME) {
+    const NameInfo& name = *i->a.name;
+    const CVarTable& table = x.i.thisObject->variables;
+    variable = table.Made(i->n, name.nameId);
+    if (!variable) [[unlikely]] {
+      CVariable* found = table.Find(name.nameId);
+      if (found) const_cast<Instruction*>(i)->n = static_cast<uint16_t>(table.PlaceOf(found));
+      return LoadOwnSlow(x, i, S, L);
+    }
+  }
+  if ((variable->type | slot.type) > VT_FLOAT) [[unlikely]]
+    return LoadOwnSlow(x, i, S, L);
+  PutNumber(slot, *variable);
+  slot.lvalue = variable;
+  VL_GO(i + 1);
+}
 
 Handler MemberReadOf(OperandKind name) { return name == kLocal ? MemberRead<kLocal> : MemberRead<kName>; }
 

@@ -6,8 +6,11 @@ namespace vl::handlers {
 namespace {
 
 bool DecideSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  ReduceSlowly(x, i, S, L, 1, i->n & 0xFF, static_cast<OperandKind>(i->n >> 8 & 3),
-               static_cast<OperandKind>(i->n >> 10 & 3));
+  const auto a = static_cast<OperandKind>(i->n >> 8 & 3);
+  const auto b = static_cast<OperandKind>(i->n >> 10 & 3);
+  bool holds;
+  if (DecideTexts(x, i, S, L, i->n & 0xFF, a, b, holds)) return holds;
+  ReduceSlowly(x, i, S, L, 1, i->n & 0xFF, a, b);
   return S[1].GetInt() != 0;
 }
 
@@ -21,22 +24,47 @@ VL_NOINLINE const Instruction* CompareLoopSlow(CExecutor& x, const Instruction* 
   VL_END_STATEMENT(i->target.target);
 }
 
-// The comparison of two numbers with its traces in the slots. False when it takes more than that.
+// What isn't two integers: two numbers with their traces in the slots, or more. Apart, so that the common way needs few
+// registers.
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
+VL_ALWAYS_INLINE bool DecideReals(const Instruction* i, CValue* S, CValue* L, bool& holds) {
+  CValue& left = S[1];
+  CValue& right = S[2];
+  const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
+  const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
+  if ((a->type | b->type) != VT_FLOAT || (T != kNoTraces && !AreFree<T, A, B>(left, right))) return false;
+  holds = Holds<Op>(RealOf(*a), RealOf(*b));
+  if (T == kAllTraces && B != kSlot) PutNumber(right, *b);
+  if (T == kAllTraces) PutInteger(left, holds);
+  return true;
+}
+
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
+VL_NOINLINE const Instruction* CompareUnlessReals(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  bool holds;
+  if (!DecideReals<T, Op, A, B>(i, S, L, holds)) return CompareUnlessSlow(x, i, S, L);
+  if (holds) VL_END_STATEMENT(i + 1);
+  VL_END_STATEMENT(i->target.target);
+}
+
+template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
+VL_NOINLINE const Instruction* CompareLoopReals(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  bool holds;
+  if (!DecideReals<T, Op, A, B>(i, S, L, holds)) return CompareLoopSlow(x, i, S, L);
+  if (!holds) VL_GO(i + 1);
+  VL_END_STATEMENT(i->target.target);
+}
+
+// The comparison of two integers with its traces. False when it takes more than that.
 template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 VL_ALWAYS_INLINE bool Decide(const Instruction* i, CValue* S, CValue* L, bool& holds) {
   CValue& left = S[1];
   CValue& right = S[2];
   const CValue* a = Read<A>(i->a, i->offsetA, &left, L);
   const CValue* b = Read<B>(i->b, i->offsetB, &right, L);
-  const int types = a->type | b->type;
-  if (types > VT_FLOAT || (T != kNoTraces && !AreFree<T, A, B>(left, right))) return false;
-  if (types == VT_INTEGER) {
-    holds = Holds<Op>(a->data.integer, b->data.integer);
-    if (T == kAllTraces && B != kSlot) PutInteger(right, b->data.integer);
-  } else {
-    holds = Holds<Op>(RealOf(*a), RealOf(*b));
-    if (T == kAllTraces && B != kSlot) PutNumber(right, *b);
-  }
+  if ((a->type | b->type) != VT_INTEGER || (T != kNoTraces && !AreFree<T, A, B>(left, right))) return false;
+  holds = Holds<Op>(a->data.integer, b->data.integer);
+  if (T == kAllTraces && B != kSlot) PutInteger(right, b->data.integer);
   if (T == kAllTraces) PutInteger(left, holds);
   return true;
 }
@@ -45,7 +73,7 @@ template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* CompareUnless(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   bool holds;
   if (!Decide<T, Op, A, B>(i, S, L, holds)) [[unlikely]]
-    return CompareUnlessSlow(x, i, S, L);
+    return CompareUnlessReals<T, Op, A, B>(x, i, S, L);
   if (holds) VL_END_STATEMENT(i + 1);
   VL_END_STATEMENT(i->target.target);
 }
@@ -54,7 +82,7 @@ template <Traces T, uint16_t Op, OperandKind A, OperandKind B>
 const Instruction* CompareLoop(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   bool holds;
   if (!Decide<T, Op, A, B>(i, S, L, holds)) [[unlikely]]
-    return CompareLoopSlow(x, i, S, L);
+    return CompareLoopReals<T, Op, A, B>(x, i, S, L);
   if (!holds) VL_GO(i + 1);
   VL_END_STATEMENT(i->target.target);
 }

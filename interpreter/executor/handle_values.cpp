@@ -12,15 +12,22 @@ void LoadOperand(CExecutor& x, CValue& slot, OperandKind kind, const Operand& op
   }
 }
 
+namespace {
+
+VL_NOINLINE const Instruction* LoadLocalSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  x.LoadName(S[i->k], *i->a.name, L);
+  VL_GO(i + 1);
+}
+
+}  // namespace
+
 const Instruction* LoadLocal(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& local = At(L, i->offsetA);
-  if (local.type <= VT_FLOAT && slot.IsPlain()) [[likely]] {
-    PutNumber(slot, local);
-    slot.lvalue = &local;
-    VL_GO(i + 1);
-  }
-  x.LoadName(slot, *i->a.name, L);
+  if ((local.type | slot.type) > VT_FLOAT) [[unlikely]]
+    return LoadLocalSlow(x, i, S, L);
+  PutNumber(slot, local);
+  slot.lvalue = &local;
   VL_GO(i + 1);
 }
 
@@ -65,14 +72,18 @@ const Instruction* Unary(CExecutor& x, const Instruction* i, CValue* S, CValue* 
 const Instruction* SwapDown(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& slot = S[i->k];
   CValue& inner = S[i->k + 1];
-  slot.ForgetTarget();
-  if (slot.type <= VT_FLOAT && inner.type <= VT_FLOAT) {
-    std::swap(slot.type, inner.type);
-    std::swap(slot.data, inner.data);
-    std::swap(slot.lvalue, inner.lvalue);
-  } else {
-    CExecutor::SwapSlots(slot, inner);
+  if (slot.type <= VT_FLOAT && inner.type <= VT_FLOAT) [[likely]] {
+    const ValueType type = slot.type;
+    const CValue::Data data = slot.data;
+    PutNumber(slot, inner);
+    slot.lvalue = inner.lvalue;
+    inner.type = type;
+    inner.data = data;
+    inner.lvalue = nullptr;
+    VL_GO(i + 1);
   }
+  slot.ForgetTarget();
+  CExecutor::SwapSlots(slot, inner);
   VL_GO(i + 1);
 }
 
@@ -91,9 +102,9 @@ inline bool AssignNumber(CValue& left, CValue& right) {
 
 inline bool IsLateArray(const CValue& left) { return left.type == VT_NEW_ARRAY || left.type == VT_NEW_MEMBER_ARRAY; }
 
-void AssignSlowly(CExecutor& x, const Instruction* i, CValue* S) {
+void AssignSlowly(CExecutor& x, const Instruction* i, CValue* S, bool keepsPlace) {
   x.StandAt(S, i->k, i->at);
-  x.Assign(S, i->k);
+  x.Assign(S, i->k, static_cast<uint16_t>(i->offsetA), keepsPlace);
 }
 
 }  // namespace
@@ -101,12 +112,34 @@ void AssignSlowly(CExecutor& x, const Instruction* i, CValue* S) {
 const Instruction* Assign(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
   CValue& left = S[i->k];
   if (IsLateArray(left) && i->target.target) VL_GO(i->target.target);
-  if (!AssignNumber(left, S[i->k + 1])) AssignSlowly(x, i, S);
+  if (!AssignNumber(left, S[i->k + 1])) AssignSlowly(x, i, S, true);
   VL_GO(i + 1);
 }
 
+namespace {
+
+VL_NOINLINE const Instruction* AssignStatementSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  AssignSlowly(x, i, S, false);
+  VL_END_STATEMENT(i + 1);
+}
+
+}  // namespace
+
+// The values change places; behind a statement nobody asks for the slots' variables.
 const Instruction* AssignStatement(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  if (!AssignNumber(S[i->k], S[i->k + 1])) AssignSlowly(x, i, S);
+  CValue& left = S[i->k];
+  CValue& right = S[i->k + 1];
+  CValue* const target = left.lvalue;
+  if ((left.type | right.type) > VT_FLOAT || !target || target->type > VT_FLOAT) [[unlikely]]
+    return AssignStatementSlow(x, i, S, L);
+  const ValueType type = right.type;
+  const CValue::Data data = right.data;
+  target->type = type;
+  target->data = data;
+  right.type = left.type;
+  right.data = left.data;
+  left.type = type;
+  left.data = data;
   VL_END_STATEMENT(i + 1);
 }
 
@@ -117,7 +150,19 @@ VL_NOINLINE const Instruction* AssignAwaySlow(CExecutor& x, const Instruction* i
   const auto kind = static_cast<OperandKind>(i->n);
   if (kind != kSlot) LoadOperand(x, right, kind, i->b, L);
   if (IsLateArray(S[i->k]) && i->target.target) VL_GO(i->target.target);
-  AssignSlowly(x, i, S);
+  AssignSlowly(x, i, S, false);
+  VL_END_STATEMENT(i + 1);
+}
+
+// A number to an element that is known by its array and index.
+template <OperandKind B>
+const Instruction* AssignElement(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  const CValue& left = S[i->k];
+  const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
+  if (left.type != VT_NEW_ELEMENT || !S[i->k + 1].IsPlain() || right.type > VT_FLOAT || left.lvalue->type != VT_ARRAY ||
+      !left.lvalue->data.array->WriteNumber(left.data.token, right)) {
+    return AssignAwaySlow(x, i, S, L);
+  }
   VL_END_STATEMENT(i + 1);
 }
 
@@ -126,13 +171,11 @@ const Instruction* AssignAway(CExecutor& x, const Instruction* i, CValue* S, CVa
   const CValue& left = S[i->k];
   const CValue& above = S[i->k + 1];
   const CValue& right = *Read<B>(i->b, i->offsetB, &S[i->k + 1], L);
-  if (above.IsPlain() && left.type <= VT_FLOAT && right.type <= VT_FLOAT && left.lvalue &&
-      left.lvalue->type <= VT_FLOAT) [[likely]] {
-    left.lvalue->type = right.type;
-    left.lvalue->data = right.data;
-    VL_END_STATEMENT(i + 1);
-  }
-  return AssignAwaySlow(x, i, S, L);
+  CValue* const target = left.lvalue;
+  if ((above.type | left.type | right.type) > VT_FLOAT || !target || target->type > VT_FLOAT) [[unlikely]]
+    return AssignElement<B>(x, i, S, L);
+  PutNumber(*target, right);
+  VL_END_STATEMENT(i + 1);
 }
 
 }  // namespace
@@ -142,9 +185,31 @@ Handler AssignAwayOf(OperandKind b) {
   return kTable[b];
 }
 
+namespace {
+
+// A compound assignment, `++` or `--` on an element that is known by its array and index.
+VL_NOINLINE void ReduceElement(CExecutor& x, uint16_t op, CValue& left) {
+  CArrayStore& store = *left.lvalue->data.array;
+  const uint32_t index = left.data.token;
+  x.scratch.Release();
+  if (!store.ReadNumber(index, x.scratch)) x.i.RaiseError(ERR_INTERNAL);
+  PutNumber(left, x.scratch);
+  left.lvalue = &x.scratch;
+  x.i.Reduce(op);
+  store.Store(index, x.scratch);
+  left.lvalue = nullptr;
+}
+
+}  // namespace
+
 const Instruction* ReduceAny(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
+  CValue& left = S[i->k];
   x.StandAt(S, i->k, i->at);
-  x.i.Reduce(i->n);
+  if (left.type == VT_NEW_ELEMENT && left.level) {
+    ReduceElement(x, i->n, left);
+  } else {
+    x.i.Reduce(i->n);
+  }
   VL_GO(i + 1);
 }
 
@@ -195,179 +260,6 @@ const Instruction* SourceOf(CExecutor& x, const Instruction* i, CValue* S, CValu
   }
   S[i->k].SetNew(VT_NEW_NAME, i->a.name->token);
   VL_GO(i->target.target);
-}
-
-namespace {
-
-// What stands for an element: its value, or where it would be made. Gives false when a member follows the element,
-// which then is the source.
-void ReadElement(CExecutor& x, CValue* S, uint32_t k, const int32_t* subscripts, uint32_t count, uint32_t flags) {
-  CValue& slot = S[k];
-  CValue& variable = *slot.lvalue;
-  CArrayStore& store = x.i.ArrayOf(variable);
-  const uint32_t index = store.Address(subscripts, count);
-  if (CValue* element = store.Element(index)) {
-    if (flags & 2) {
-      x.source = element;
-      return;
-    }
-    slot.Assign(*element);
-    slot.lvalue = element;
-    return;
-  }
-  slot.SetNewElement(index, &variable);
-  if (!(flags & 1)) x.i.RaiseError(ERR_UNDEFINED);
-}
-
-VL_NOINLINE void FindElementAt(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  CValue& slot = S[i->k];
-  x.StandAt(S, i->k, i->at);
-  CValue* variable = x.FindName(*i->a.name, L);
-  if (!variable) {
-    slot.SetNew(VT_NEW_ARRAY, i->a.name->token);
-    // Nothing is evaluated; only an assignment may follow.
-    if (!(i->n & 1)) x.i.RaiseError(ERR_UNDEFINED);
-    return;
-  }
-  slot.SetInt(0);
-  slot.lvalue = variable;
-  CValue& above = S[i->k + 1];
-  LoadOperand(x, above, static_cast<OperandKind>(i->n >> 8), i->b, L);
-  // The subscript's own number is read where its bracket stands.
-  x.i.readCursor = x.i.At(i->at - kPlainRecord);
-  const int32_t subscript = above.GetInt();
-  x.i.readCursor = x.i.At(i->at);
-  ReadElement(x, S, i->k, &subscript, 1, i->n & 3);
-}
-
-VL_NOINLINE const Instruction* ElementAtSlow(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  FindElementAt(x, i, S, L);
-  VL_GO(i + 1);
-}
-
-// The subscripts that were evaluated last.
-uint32_t TakeSubscripts(CExecutor& x, uint32_t count, int32_t* subscripts) {
-  std::copy(x.subscripts.end() - count, x.subscripts.end(), subscripts);
-  x.subscripts.resize(x.subscripts.size() - count);
-  return count;
-}
-
-VL_NOINLINE void EndElement(CExecutor& x, const Instruction* i, CValue* S) {
-  int32_t subscripts[CArrayStore::kMaxDimensions];
-  const uint32_t count = TakeSubscripts(x, i->n & 0xFF, subscripts);
-  x.StandAt(S, i->k, i->at);
-  ReadElement(x, S, i->k, subscripts, count, i->n >> 8);
-}
-
-VL_NOINLINE void StoreInArray(CExecutor& x, const Instruction* i, CValue* S) {
-  int32_t subscripts[CArrayStore::kMaxDimensions];
-  const uint32_t count = TakeSubscripts(x, i->n, subscripts);
-  CValue& left = S[i->k];
-  x.StandAt(S, i->k, i->at);
-  CValue* variable = left.lvalue;
-  if (variable->type != VT_ARRAY) x.i.RaiseError(ERR_UNDEFINED);
-  CArrayStore& store = *variable->data.array;
-  store.Store(store.Address(subscripts, count), S[i->k + 1]);
-  left.Assign(S[i->k + 1]);
-  left.lvalue = nullptr;
-}
-
-template <Traces T, OperandKind N, OperandKind B>
-const Instruction* ElementAt(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  CValue& slot = S[i->k];
-  CValue& above = S[i->k + 1];
-  const CValue* variable = Read<N>(i->a, i->offsetA, nullptr, L);
-  CValue* subscript = Read<B>(i->b, i->offsetB, nullptr, L);
-  if (variable->type == VT_ARRAY && subscript->type == VT_INTEGER && slot.IsPlain() &&
-      (T == kNoTraces || above.IsPlain())) [[likely]] {
-    CValue* element = variable->data.array->OfOneDimension(static_cast<uint32_t>(subscript->data.integer));
-    if (element) {
-      if constexpr (T == kAllTraces) {
-        PutInteger(above, subscript->data.integer);
-        above.lvalue = nullptr;
-      }
-      if (i->n & 2) {
-        PutInteger(slot, 0);
-        x.source = element;
-      } else {
-        if (element->type <= VT_FLOAT) [[likely]] {
-          PutNumber(slot, *element);
-        } else {
-          slot.Assign(*element);
-        }
-        slot.lvalue = element;
-      }
-      VL_GO(i + 1);
-    }
-  }
-  return ElementAtSlow(x, i, S, L);
-}
-
-}  // namespace
-
-#define VL_ELEMENT_AT(T)                                                                            \
-  {                                                                                                 \
-    {ElementAt<T, kLocal, kLocal>, ElementAt<T, kLocal, kName>, ElementAt<T, kLocal, kConstant>}, { \
-      ElementAt<T, kName, kLocal>, ElementAt<T, kName, kName>, ElementAt<T, kName, kConstant>       \
-    }                                                                                               \
-  }
-
-Handler ElementAtOf(Traces traces, OperandKind name, OperandKind b) {
-  static constexpr Handler kTable[kTraceKinds][2][3] = {VL_ELEMENT_AT(kNoTraces), VL_ELEMENT_AT(kObjectTraces),
-                                                        VL_ELEMENT_AT(kAllTraces)};
-  return kTable[traces][name][b];
-}
-
-// `name[`: finds the array before its subscripts are evaluated. Without one, nothing of them is.
-const Instruction* ElementOf(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  CValue& slot = S[i->k];
-  if (CValue* variable = x.FindName(*i->a.name, L)) {
-    slot.SetInt(0);
-    slot.lvalue = variable;
-    VL_GO(i + 1);
-  }
-  slot.SetNew(VT_NEW_ARRAY, i->a.name->token);
-  if (!i->n) {
-    x.StandAt(S, i->k, i->at);
-    x.i.RaiseError(ERR_UNDEFINED);
-  }
-  VL_GO(i->target.target);
-}
-
-const Instruction* Subscript(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  const CValue& value = S[i->k + 1];
-  if (value.type != VT_INTEGER) x.StandAt(S, i->k, i->at);
-  x.subscripts.push_back(value.GetInt());
-  VL_GO(i + 1);
-}
-
-const Instruction* ElementEnd(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  EndElement(x, i, S);
-  VL_GO(i + 1);
-}
-
-// The assignment to an array that doesn't exist: it is made before its subscripts are evaluated.
-const Instruction* MakeArray(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  CValue& left = S[i->k];
-  const CValue& right = S[i->k + 1];
-  x.StandAt(S, i->k, i->at);
-  if (right.type >= VT_NEW_NAME && right.type <= VT_NEW_ELEMENT) x.i.RaiseError(ERR_UNDEFINED);
-  const uint32_t nameId = TokenNameId(x.i.At(left.data.token));
-  CValue* variable = nullptr;
-  if (left.type == VT_NEW_ARRAY) {
-    variable = &x.MakeVariable(nameId);
-  } else {
-    variable = x.i.AddVariable(*static_cast<CIBaseObjectVar*>(left.lvalueObject), nameId, 0);
-    left.SetInt(0);
-  }
-  variable->SetArray(x.i.NewArray());
-  left.lvalue = variable;
-  VL_GO(i + 1);
-}
-
-const Instruction* StoreArray(CExecutor& x, const Instruction* i, CValue* S, CValue* L) {
-  StoreInArray(x, i, S);
-  VL_GO(i + 1);
 }
 
 }  // namespace vl::handlers

@@ -38,16 +38,32 @@ struct NameInfo {
   int64_t offset = 0;          // in bytes from L; of a cell that never exists for a name that is no local
   CVariable** cell = nullptr;  // the newest global of that name
   uint32_t nameId = 0;
-  uint32_t token = 0;     // a token of that name
-  bool isLocal = false;   // may be a variable of a call's frame
-  bool sure = false;      // most likely is one: a parameter, or declared somewhere
+  uint32_t token = 0;    // a token of that name
+  bool isLocal = false;  // may be a variable of a call's frame
+  bool sure = false;     // most likely is one: a parameter, or declared somewhere
+  bool isParameter = false;
   bool declared = false;  // stands behind Var: only the frame is looked at
 };
+
+// A variable of the script object that a name holds.
+struct MemberInfo {
+  int64_t offset = 0;  // of the name
+  CVariable* const* cell = nullptr;
+  uint32_t nameId = 0;         // of the member
+  mutable uint32_t place = 0;  // where it was the last time
+};
+
+// A term of a statement on numbers, beside kName and kConstant.
+inline constexpr uint8_t kMemberTerm = kSlot;
+enum class TermForm : uint8_t { One, Two, RightFirst, LeftFirst };
+// Made: a local that the statement may make. First: the member that is the first term, too.
+enum class TermTarget : uint8_t { Name, Made, Member, First };
 
 union Operand {
   int64_t number;
   const NameInfo* name;  // kLocal, kName
   const CValue* constant;
+  const MemberInfo* member;
   const Instruction* target;
   uint64_t index;  // of the target, until all instructions are there
   const void* pointer;
@@ -64,6 +80,14 @@ struct Instruction {
   int64_t offsetA = 0;  // of kLocal and kName
   int64_t offsetB = 0;
   int64_t offsetTarget = 0;  // of a target that is a name
+};
+
+// What an element is wanted for.
+enum ElementFlags : uint8_t {
+  kAssignFollows = 1,  // `=` stands behind it: it need not exist
+  kMemberFollows = 2,
+  kPlaceWanted = 4,   // something may assign to it while other code has run
+  kPlaceByIndex = 8,  // the statement assigns to it and runs no code: its array and index are enough
 };
 
 // Where the value lies whose member comes next.
@@ -87,6 +111,7 @@ struct Code {
   std::vector<Instruction> instructions;
   std::deque<NameInfo> names;
   std::deque<CValue> constants;
+  std::deque<MemberInfo> members;
   std::unordered_map<uint32_t, NameInfo*> byName;  // of the locals
   std::deque<std::vector<int64_t>> scopes;         // offsets of the locals that each block may make
   std::vector<int64_t> parameters;                 // offsets
@@ -95,6 +120,8 @@ struct Code {
   uint32_t slots = 1;
   uint32_t parameterCount = 0;
   const Instruction* first = nullptr;
+  // The function's block, from 1, in which an expression stands that a member evaluates, by its place in the stream.
+  std::unordered_map<uint32_t, uint16_t> levelAt;
   int32_t part = 0;  // of the application, that the source belongs to
 
   Code() = default;

@@ -57,15 +57,52 @@ VL_ALWAYS_INLINE bool OnIntegers(int32_t a, int32_t b, int32_t& result) {
   return true;
 }
 
+// An operand whose kind is only known here.
+inline CValue* ReadAny(uint32_t kind, const Operand& operand, int64_t offset, CValue* slot, CValue* L) {
+  switch (kind) {
+    case kLocal:
+      return Read<kLocal>(operand, offset, slot, L);
+    case kName:
+      return Read<kName>(operand, offset, slot, L);
+    case kConstant:
+      return Read<kConstant>(operand, offset, slot, L);
+    default:
+      return slot;
+  }
+}
+
+// `+` and the comparisons where one side is a text and the other a text or a number, where no slot's rest is needed;
+// the result goes to S[k]. False, with nothing done, for anything else.
+bool ReduceTexts(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint32_t k, uint16_t op, OperandKind a,
+                 OperandKind b);
+// A comparison of that kind as a condition.
+bool DecideTexts(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint16_t op, OperandKind a, OperandKind b,
+                 bool& holds);
+// `target = a + b` where a is the target itself and a text.
+bool AppendToTarget(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint16_t op, OperandKind a,
+                    OperandKind b);
+// The value of a slot that nobody asks for any more, to a variable.
+void MoveValue(CValue& target, CValue& slot);
+// A member of the text in the slot, whose row has a quick way; its end, false when that takes a String after all.
+void BeginTextCall(CExecutor& x, const Instruction* i, CValue* S);
+bool EndTextCall(CExecutor& x, const Instruction* i, CValue* S);
+
+// Whether a slot may be written. Where all traces are kept, omitted values stand in some.
+template <Traces T>
+inline bool IsFree(const CValue& slot) {
+  return T == kAllTraces ? slot.IsPlain() : slot.type <= VT_FLOAT;
+}
+
 // Whether the slots of an operator may be written: they own nothing, or hold the operands themselves.
 template <Traces T, OperandKind A, OperandKind B>
 inline bool AreFree(const CValue& left, const CValue& right) {
-  return (A == kSlot || left.IsPlain()) && (T == kNoTraces || B == kSlot || right.IsPlain());
+  return (A == kSlot || IsFree<T>(left)) && (T == kNoTraces || B == kSlot || IsFree<T>(right));
 }
 
 // Puts the operands into their slots and runs the walker's operator.
 inline void ReduceSlowly(CExecutor& x, const Instruction* i, CValue* S, CValue* L, uint32_t k, uint16_t op,
                          OperandKind a, OperandKind b) {
+  if (ReduceTexts(x, i, S, L, k, op, a, b)) return;
   if (a != kSlot) LoadOperand(x, S[k], a, i->a, L);
   if (b != kSlot) LoadOperand(x, S[k + 1], b, i->b, L);
   x.StandAt(S, k, i->at);

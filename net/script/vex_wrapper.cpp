@@ -114,13 +114,13 @@ void CIVEXClassImpl::Attach(VexObject& object, bool holdsItself) {
   object.privateData = this;
   object.onDestroy = &CoreIsGone;
   holdsItself_ = holdsItself;
-  if (holdsItself) ++refCount;
+  if (holdsItself) Hold();
 }
 
 void CIVEXClassImpl::CoreIsGone(VexObject& object) {
   auto* wrapper = static_cast<CIVEXClassImpl*>(object.privateData);
   wrapper->core_ = nullptr;
-  if (wrapper->holdsItself_) --wrapper->refCount;
+  if (wrapper->holdsItself_) wrapper->Unhold();
   wrapper->holdsItself_ = false;
 }
 

@@ -10,12 +10,12 @@
 #include <vector>
 
 #include "platform/environment.h"
-#include "platform/headless/memory_clipboard.h"
 #include "platform/headless/memory_network.h"
 #include "platform/headless/memory_serial.h"
 #include "platform/headless/memory_windows.h"
 #include "platform/headless/scripted_queue.h"
 #include "platform/headless/virtual_clock.h"
+#include "platform/memory_clipboard.h"
 #include "platform/services.h"
 
 namespace vl {

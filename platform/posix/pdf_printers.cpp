@@ -1,9 +1,7 @@
 #include "platform/posix/pdf_printers.h"
 
-#include <zlib.h>
+#include <cairo-pdf.h>
 
-#include <cstdio>
-#include <span>
 #include <vector>
 
 #include "platform/posix/posix_file_system.h"
@@ -14,7 +12,7 @@ namespace vl {
 namespace {
 
 constexpr int kDotsPerInch = 300;
-constexpr int kPointsPerInch = 72;
+constexpr double kPointsPerDot = 72.0 / kDotsPerInch;
 constexpr PrinterInfo kA4{2480, 3508, kDotsPerInch, kDotsPerInch};
 
 // A title as the name of a file.
@@ -27,89 +25,74 @@ std::string FileNameOf(std::string_view title) {
   return name.empty() ? "document" : name;
 }
 
+using SurfacePtr = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+using ContextPtr = std::unique_ptr<cairo_t, decltype(&cairo_destroy)>;
+
 class PdfJob final : public PrintJob {
  public:
-  PdfJob(std::string folder, std::string_view title) : folder_(std::move(folder)), name_(FileNameOf(title)) {
-    text_ = "%PDF-1.4\n";
+  PdfJob(PdfDestination& destination, std::string_view title)
+      : destination_(destination),
+        title_(title),
+        pdf_(cairo_pdf_surface_create_for_stream(Write, this, kA4.width * kPointsPerDot, kA4.height * kPointsPerDot),
+             cairo_surface_destroy) {
+    cairo_pdf_surface_set_metadata(pdf_.get(), CAIRO_PDF_METADATA_TITLE, Utf8Of1252(title).c_str());
   }
 
   bool page(const uint32_t* pixels, int width, int height) override {
-    const size_t count = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::vector<uint8_t> colours(count * 3);
-    for (size_t i = 0; i < count; ++i) {
-      colours[i * 3] = static_cast<uint8_t>(pixels[i] >> 16);
-      colours[i * 3 + 1] = static_cast<uint8_t>(pixels[i] >> 8);
-      colours[i * 3 + 2] = static_cast<uint8_t>(pixels[i]);
+    const SurfacePtr picture(cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height), cairo_surface_destroy);
+    if (cairo_surface_status(picture.get()) != CAIRO_STATUS_SUCCESS) return false;
+    uint8_t* line = cairo_image_surface_get_data(picture.get());
+    for (int y = 0; y < height; ++y, line += cairo_image_surface_get_stride(picture.get())) {
+      const uint32_t* const from = pixels + static_cast<size_t>(y) * static_cast<size_t>(width);
+      std::copy(from, from + width, reinterpret_cast<uint32_t*>(line));
     }
-    uLongf size = compressBound(static_cast<uLong>(colours.size()));
-    std::string packed(size, '\0');
-    constexpr int kFast = 1;
-    if (compress2(reinterpret_cast<Bytef*>(packed.data()), &size, colours.data(), static_cast<uLong>(colours.size()),
-                  kFast) != Z_OK) {
-      return false;
-    }
-    packed.resize(size);
-    if (text_.size() + packed.size() > PdfPrinters::kMaxDocumentBytes) return false;
-    const std::string w = std::to_string(width * kPointsPerInch / kDotsPerInch);
-    const std::string h = std::to_string(height * kPointsPerInch / kDotsPerInch);
-    const int image = Add("<< /Type /XObject /Subtype /Image /Width " + std::to_string(width) + " /Height " +
-                          std::to_string(height) + " /ColorSpace /DeviceRGB /BitsPerComponent 8 /Filter /FlateDecode" +
-                          " /Length " + std::to_string(packed.size()) + " >>\nstream\n" + packed + "\nendstream");
-    const std::string drawing = "q " + w + " 0 0 " + h + " 0 0 cm /P Do Q";
-    const int content = Add("<< /Length " + std::to_string(drawing.size()) + " >>\nstream\n" + drawing + "\nendstream");
-    pages_.push_back(Add("<< /Type /Page /Parent 1 0 R /MediaBox [0 0 " + w + " " + h +
-                         "] /Resources << /XObject << /P " + Reference(image) + " >> >> /Contents " +
-                         Reference(content) + " >>"));
-    return true;
+    cairo_surface_mark_dirty(picture.get());
+    cairo_pdf_surface_set_size(pdf_.get(), width * kPointsPerDot, height * kPointsPerDot);
+    const ContextPtr context(cairo_create(pdf_.get()), cairo_destroy);
+    cairo_scale(context.get(), kPointsPerDot, kPointsPerDot);
+    cairo_set_source_surface(context.get(), picture.get(), 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(context.get()), CAIRO_FILTER_NEAREST);
+    cairo_paint(context.get());
+    cairo_show_page(context.get());
+    return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
   }
 
   bool finish() override {
-    std::string kids;
-    for (const int page : pages_) kids += Reference(page) + " ";
-    const int catalog = Add("<< /Type /Catalog /Pages 1 0 R >>");
-    Put(0, "<< /Type /Pages /Count " + std::to_string(pages_.size()) + " /Kids [" + kids + "] >>");
-    const size_t table = text_.size();
-    text_ += "xref\n0 " + std::to_string(offsets_.size() + 1) + "\n0000000000 65535 f \n";
-    for (const size_t offset : offsets_) {
-      char line[32];
-      std::snprintf(line, sizeof line, "%010zu 00000 n \n", offset);
-      text_ += line;
-    }
-    text_ += "trailer\n<< /Size " + std::to_string(offsets_.size() + 1) + " /Root " + Reference(catalog) +
-             " >>\nstartxref\n" + std::to_string(table) + "\n%%EOF\n";
-    PosixFileSystem files(folder_);
-    std::string name = name_ + ".pdf";
-    for (int n = 2; files.exists(name) && n < 100000; ++n) name = name_ + "-" + std::to_string(n) + ".pdf";
-    return files.replace(name, {reinterpret_cast<const uint8_t*>(text_.data()), text_.size()});
+    cairo_surface_finish(pdf_.get());
+    return cairo_surface_status(pdf_.get()) == CAIRO_STATUS_SUCCESS && destination_.take(title_, bytes_);
   }
 
  private:
-  static std::string Reference(int object) { return std::to_string(object) + " 0 R"; }
-  // The list of pages is object 1.
-  int Add(const std::string& body) {
-    offsets_.push_back(0);
-    Put(offsets_.size() - 1, body);
-    return static_cast<int>(offsets_.size());
-  }
-  void Put(size_t place, const std::string& body) {
-    offsets_[place] = text_.size();
-    text_ += std::to_string(place + 1) + " 0 obj\n" + body + "\nendobj\n";
+  static cairo_status_t Write(void* self, const unsigned char* bytes, unsigned size) {
+    std::vector<uint8_t>& all = static_cast<PdfJob*>(self)->bytes_;
+    if (all.size() + size > PdfPrinters::kMaxDocumentBytes) return CAIRO_STATUS_WRITE_ERROR;
+    all.insert(all.end(), bytes, bytes + size);
+    return CAIRO_STATUS_SUCCESS;
   }
 
-  std::string folder_;
-  std::string name_;
-  std::string text_;
-  std::vector<size_t> offsets_{0};
-  std::vector<int> pages_;
+  PdfDestination& destination_;
+  std::string title_;
+  std::vector<uint8_t> bytes_;
+  SurfacePtr pdf_;  // writes into bytes_ until its end
 };
 
 }  // namespace
 
+bool PdfFolder::isReady() { return MakeFolder(folder_); }
+
+bool PdfFolder::take(std::string_view title, std::span<const uint8_t> pdf) {
+  PosixFileSystem files(folder_);
+  const std::string wanted = FileNameOf(title);
+  std::string name = wanted + ".pdf";
+  for (int n = 2; files.exists(name) && n < 100000; ++n) name = wanted + "-" + std::to_string(n) + ".pdf";
+  return files.replace(name, pdf);
+}
+
 PrinterInfo PdfPrinters::info() { return kA4; }
 
 std::unique_ptr<PrintJob> PdfPrinters::start(std::string_view title) {
-  if (++documents_ > kMaxDocuments || !MakeFolder(folder_)) return nullptr;
-  return std::make_unique<PdfJob>(folder_, title);
+  if (++documents_ > kMaxDocuments || !destination_->isReady()) return nullptr;
+  return std::make_unique<PdfJob>(*destination_, title);
 }
 
 }  // namespace vl

@@ -10,6 +10,7 @@
 #include "platform/posix/posix_environment.h"
 #include "platform/posix/posix_font_finder.h"
 #include "platform/posix/threaded_queue.h"
+#include "platform/sdl/sdl_clipboard.h"
 #include "platform/sdl/sdl_hints.h"
 #include "platform/sdl/sdl_input_devices.h"
 #include "platform/sdl/sdl_joysticks.h"
@@ -139,6 +140,7 @@ struct SdlPlatform::Parts {
   SdlWindows windows;
   SdlInputDevices inputDevices{[this] { Wake(); }};
   SdlJoysticks joysticks;
+  SdlClipboard clipboard{[this] { Wake(); }};
   double wheelRest = 0;  // of a notch, in steps
 };
 
@@ -182,6 +184,7 @@ std::unique_ptr<SdlPlatform> SdlPlatform::Create(const SdlOptions& options, std:
     parts->windows.Redraw(kHostWindow);
   }
   SDL_StartTextInput();
+  parts->clipboard.Renew();
   return std::unique_ptr<SdlPlatform>(new SdlPlatform(std::move(parts)));
 }
 
@@ -198,6 +201,7 @@ Services SdlPlatform::services() {
   s.files = parts_->options.files;
   s.environment = &parts_->environment;
   s.input = &parts_->inputDevices;
+  s.clipboard = &parts_->clipboard;
   return s;
 }
 
@@ -284,6 +288,7 @@ bool SdlPlatform::pumpHost(int timeoutMs) {
   for (const NativeWindow window : p.windows.Apply(*p.mailbox)) p.queue->Push(MakeEvent(EventType::Close, window));
   p.windows.Show(*p.mailbox);
   p.inputDevices.Apply();
+  p.clipboard.Apply();
   for (const WindowMessage& message : p.mailbox->TakeMessages()) {
     if (p.options.listener) {
       p.options.listener->OnMessage(message.title, message.text);
@@ -348,6 +353,9 @@ void SdlPlatform::Parts::Translate(const SDL_Event& e) {
       break;
     case SDL_DROPFILE:
       DropFile(e.drop);
+      break;
+    case SDL_CLIPBOARDUPDATE:
+      clipboard.Renew();
       break;
     default:
       joysticks.Handle(e);
@@ -494,6 +502,7 @@ void SdlPlatform::Parts::TranslateWindow(const SDL_WindowEvent& e) {
       PushInput(event);
       return;
     case SDL_WINDOWEVENT_FOCUS_GAINED:
+      clipboard.Renew();
       event.type = EventType::Focus;
       break;
     case SDL_WINDOWEVENT_FOCUS_LOST:

@@ -180,6 +180,13 @@ void SdlWindows::ApplyState(Window& window, ShowState state) {
       SDL_MinimizeWindow(sdl);
       break;
     case ShowState::Maximized:
+      // A desktop maximises a window of a fixed size halfway at best.
+      if (!(SDL_GetWindowFlags(sdl) & SDL_WINDOW_RESIZABLE)) {
+        window.hasBeenLarge = false;
+        window.fixedSize.emplace();
+        SDL_GetWindowSize(sdl, &window.fixedSize->width, &window.fixedSize->height);
+        SDL_SetWindowResizable(sdl, SDL_TRUE);
+      }
       SDL_MaximizeWindow(sdl);
       break;
     default:
@@ -189,7 +196,21 @@ void SdlWindows::ApplyState(Window& window, ShowState state) {
   Draw(window);
 }
 
+void SdlWindows::FixSize(Window& window) {
+  SDL_Window* const sdl = window.window.get();
+  Size size;
+  SDL_GetWindowSize(sdl, &size.width, &size.height);
+  const bool isLarge = (SDL_GetWindowFlags(sdl) & SDL_WINDOW_MAXIMIZED) != 0;
+  window.hasBeenLarge = window.hasBeenLarge || isLarge;
+  if (isLarge || !window.hasBeenLarge || size != *window.fixedSize) return;
+  SDL_SetWindowResizable(sdl, SDL_FALSE);
+  window.fixedSize.reset();
+}
+
 void SdlWindows::Show(WindowMailbox& mailbox) {
+  for (auto& [id, window] : windows_) {
+    if (window.fixedSize) FixSize(window);
+  }
   std::vector<NativeWindow> shown;
   mailbox.TakeFrames([&](NativeWindow id, const WindowFrame& frame) {
     const auto found = windows_.find(id);

@@ -84,10 +84,14 @@ class SdlWindows {
     std::unique_ptr<SDL_Cursor, Delete> cursorPicture;  // instead of the shape
     std::optional<std::vector<Rect>> shape;
     bool needsPicture = false;  // it was made anew
+    // A window of a fixed size can be resized while it is maximised, until it has its size again.
+    std::optional<Size> fixedSize;
+    bool hasBeenLarge = false;
   };
   SDL_Renderer* CreateRenderer(SDL_Window* window, bool isCut);
   void Reshape(Window& window);
   void ApplyState(Window& window, ShowState state);
+  void FixSize(Window& window);
   void Upload(Window& window, const WindowFrame& frame);
   void Draw(Window& window);
   void DrawPicture(Window& window);

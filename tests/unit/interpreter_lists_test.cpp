@@ -355,6 +355,169 @@ TEST_F(InterpretorTest, QueuedReferencesAreCounted) {
   EXPECT_EQ(argument.data.integer, 0);
 }
 
+// --- Collection ---
+
+struct Mortal : CIBaseObjectVar {
+  Mortal(InterpretorTest& test, std::string name)
+      : CIBaseObjectVar(test.interpreter, Listing::Listed), test(test), name(std::move(name)) {
+    Create();
+  }
+  void Destroy(bool final) override {
+    if (!final) test.log.push_back(name);
+    CIBaseObjectVar::Destroy(final);
+  }
+  void Refer(CIBaseClassImpl* other) { interpreter.AddVariable(*this, 1, 0)->SetObject(other); }
+  InterpretorTest& test;
+  std::string name;
+};
+
+using Log = std::vector<std::string>;
+
+TEST_F(InterpretorTest, WhatLosesItsHolderDiesInTheOrderOfTheList) {
+  const auto collected = [&] {
+    log.clear();
+    interpreter.Collect();
+    return log;
+  };
+  CValue a(&interpreter), b(&interpreter), c(&interpreter);
+  a.SetObject(new Mortal(*this, "a"));
+  b.SetObject(new Mortal(*this, "b"));
+  c.SetObject(new Mortal(*this, "c"));
+  new Mortal(*this, "d");
+  new Mortal(*this, "e");
+  EXPECT_EQ(collected(), (Log{"e", "d"})) << "newest first";
+  EXPECT_EQ(collected(), Log{});
+  a.SetInt(0);
+  c.SetInt(0);
+  b.SetInt(0);
+  b.SetObject(new Mortal(*this, "f"));
+  EXPECT_EQ(collected(), (Log{"c", "b", "a"})) << "whatever lost its holder first";
+  CIBaseClassImpl* f = b.data.object;
+  b.SetInt(0);
+  b.SetObject(f);
+  EXPECT_EQ(collected(), Log{}) << "it has been taken up again";
+  b.SetInt(0);
+  interpreter.DeleteObject(f);
+  EXPECT_EQ(collected(), Log{});
+}
+
+// The walk goes from the newest to the oldest: what it has passed waits for the next collection.
+TEST_F(InterpretorTest, WhatADeathReleasesDiesAtOnceOnlyFurtherOn) {
+  auto* oldest = new Mortal(*this, "oldest");
+  auto* middle = new Mortal(*this, "middle");
+  auto* newest = new Mortal(*this, "newest");
+  newest->Refer(oldest);
+  oldest->Refer(middle);
+  interpreter.Collect();
+  EXPECT_EQ(log, (Log{"newest", "oldest"}));
+  interpreter.Collect();
+  EXPECT_EQ(log, (Log{"newest", "oldest", "middle"}));
+}
+
+TEST_F(InterpretorTest, AnObjectAtWorkStaysUntilTheNextCollection) {
+  auto* object = new Mortal(*this, "object");
+  ++object->pins;
+  interpreter.Collect();
+  EXPECT_EQ(log, Log{});
+  interpreter.Unpin(object);
+  interpreter.Collect();
+  EXPECT_EQ(log, Log{"object"});
+}
+
+// A program that makes and deletes without ever collecting keeps no list of the dead.
+TEST_F(InterpretorTest, TheDeadAreForgotten) {
+  CValue kept(&interpreter);
+  kept.SetObject(new Mortal(*this, "kept"));
+  for (int i = 0; i < 10000; ++i) interpreter.DeleteObject(new Mortal(*this, "gone"));
+  log.clear();
+  interpreter.Collect();
+  EXPECT_EQ(log, Log{});
+  kept.SetInt(0);
+  interpreter.Collect();
+  EXPECT_EQ(log, Log{"kept"});
+}
+
+// --- CArrayStore ---
+
+class ArrayStoreTest : public InterpretorTest {
+ protected:
+  void Put(uint32_t index, int32_t number) {
+    CValue value(&interpreter);
+    value.SetInt(number);
+    store.Store(index, value);
+  }
+  void Put(uint32_t index, double number) {
+    CValue value(&interpreter);
+    value.SetFloat(number);
+    store.Store(index, value);
+  }
+  uint32_t At(int32_t i) { return store.Address(&i, 1); }
+  const CValue* Get(uint32_t index) { return store.Element(index, scratch_); }
+  MemoryBudget budget;
+  CElementPool pool{&interpreter, &budget};
+  CArrayStore store{&interpreter, pool, budget};
+
+ private:
+  CValue scratch_{&interpreter};
+};
+
+TEST_F(ArrayStoreTest, NumbersAreCompactUntilSomethingElseComes) {
+  constexpr int32_t kCount = 10000;
+  for (int32_t i = 0; i < kCount; ++i) Put(At(i), i);
+  EXPECT_LE(budget.Used(), kCount * 6u);
+  Put(5, 0.5);
+  EXPECT_LE(budget.Used(), kCount * 12u);
+  CValue* place = store.Place(7);
+  ASSERT_NE(place, nullptr);
+  for (int32_t i = kCount; i < 3 * kCount; ++i) Put(At(i), i);
+  EXPECT_EQ(store.Place(7), place) << "growing moves no cell";
+  place->SetInt(-7);
+  EXPECT_EQ(Get(7)->GetInt(), -7);
+  EXPECT_EQ(Get(5)->GetDouble(), 0.5);
+  EXPECT_EQ(Get(6)->GetInt(), 6);
+  EXPECT_EQ(store.Place(At(3 * kCount + 2)), nullptr) << "never assigned";
+  EXPECT_EQ(Get(3 * kCount), nullptr);
+  EXPECT_EQ(Get(UINT32_MAX), nullptr);
+}
+
+// A real may have any bits, also those that stand for something else in the compact form.
+TEST_F(ArrayStoreTest, RealsKeepTheirBits) {
+  const uint64_t patterns[] = {0x7FF8000000000000, 0xFFF8000000000000, 0xFFFB123456789ABC, 0xFFFC000000000001,
+                               0xFFFD00001234ABC8, 0xFFFE000000000000, 0xFFFFFFFFFFFFFFFF, 0x8000000000000000};
+  for (int round = 0; round < 2; ++round) {
+    for (int32_t i = 0; i < 8; ++i) Put(At(i), std::bit_cast<double>(patterns[(i + round) % 8]));
+    for (int32_t i = 0; i < 8; ++i) {
+      const CValue* value = Get(static_cast<uint32_t>(i));
+      ASSERT_NE(value, nullptr);
+      EXPECT_EQ(value->type, VT_FLOAT);
+      EXPECT_EQ(std::bit_cast<uint64_t>(value->data.real), patterns[(i + round) % 8]);
+    }
+  }
+}
+
+TEST_F(ArrayStoreTest, ShapesGrowWithTheirCellsAndHoles) {
+  const auto at = [&](int32_t i, int32_t j, int32_t k) {
+    const int32_t subscripts[] = {i, j, k};
+    return store.Address(subscripts, 3);
+  };
+  at(1, 1, 1);
+  for (int32_t n = 0; n < 8; ++n) {
+    if (n != 3) Put(at(n & 1, n >> 1 & 1, n >> 2), n);
+  }
+  CValue* place = store.Place(at(1, 0, 1));
+  at(4, 0, 0);
+  at(0, 2, 3);
+  for (int32_t n = 0; n < 8; ++n) {
+    const CValue* value = Get(at(n & 1, n >> 1 & 1, n >> 2));
+    ASSERT_EQ(value == nullptr, n == 3) << n;
+    if (value) {
+      EXPECT_EQ(value->GetInt(), n);
+    }
+  }
+  EXPECT_EQ(store.Place(at(1, 0, 1)), place);
+  EXPECT_EQ(store.ElementCount(), 5u * 3u * 4u);
+}
+
 // --- DirtyList ---
 
 void ExpectDisjoint(const DirtyList& list) {

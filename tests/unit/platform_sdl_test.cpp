@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <thread>
 
+#include "platform/clipboard.h"
 #include "platform/keys.h"
 #include "platform/sdl/sdl_keys.h"
 #include "platform/sdl/sdl_platform.h"
@@ -281,6 +282,41 @@ TEST_F(Sdl, TheInterpretersThreadMakesWindowsAndPictures) {
   const HostPicture picture = platform->hostPicture();
   ASSERT_EQ(picture.pixels.size(), 20000u);
   EXPECT_EQ(picture.pixels[19999], 0x123456u);
+}
+
+TEST_F(Sdl, TextsAreSharedWithTheDesktop) {
+  Clipboard& clipboard = *services.clipboard;
+  const auto put = [&](std::string_view format, std::string_view bytes) {
+    clipboard.clear();
+    clipboard.put(format, {reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size()});
+    platform->pumpHost(0);
+  };
+  const auto held = [&](std::string_view format) {
+    const auto bytes = clipboard.get(format);
+    return bytes ? std::string(bytes->begin(), bytes->end()) : "nothing";
+  };
+  const auto onDesktop = [] {
+    const std::unique_ptr<char, decltype(&SDL_free)> text(SDL_GetClipboardText(), SDL_free);
+    return std::string(text.get());
+  };
+  const auto copyElsewhere = [&](const char* text) {
+    SDL_SetClipboardText(text);
+    SDL_Event told{};
+    told.type = SDL_CLIPBOARDUPDATE;
+    Send(told);
+  };
+  put(kClipboardText, "Caf\xE9");
+  EXPECT_EQ(onDesktop(), "Caf\xC3\xA9");
+  copyElsewhere("na\xC3\xAFve \xE2\x82\xAC");
+  EXPECT_EQ(held(kClipboardText), "na\xEFve \x80");
+  // A picture takes the place of the text, and stays until another program has put one.
+  put(kClipboardDib, "pixels");
+  EXPECT_EQ(onDesktop(), "");
+  EXPECT_EQ(held(kClipboardText) + " " + held(kClipboardDib), "nothing pixels");
+  platform->pumpHost(0);
+  EXPECT_EQ(held(kClipboardDib), "pixels");
+  copyElsewhere("words");
+  EXPECT_EQ(held(kClipboardText) + " " + held(kClipboardDib), "words nothing");
 }
 
 // What the player keeps from the program, and how the mouse finds its pixel in a scaled picture.

@@ -33,7 +33,13 @@ std::string CProgramWriter::ObjectExpression() {
 }
 
 std::string CProgramWriter::TextExpression(int depth) {
-  switch (Below(5)) {
+  switch (Below(8)) {
+    case 5:
+      return "(t + t.SubString(0, 2))";
+    case 6:
+      return "t.CharAt(" + Primary(depth - 1) + ")";
+    case 7:
+      return "(" + Primary(0) + " + t)";
     case 0:
       return "\"" + std::string(1, static_cast<char>('a' + Below(4))) + std::to_string(Below(30)) + "\"";
     case 1:
@@ -97,7 +103,16 @@ std::string CProgramWriter::Primary(int depth) {
     case 17:
       return Pick(kObjects) + ".f(" + Arguments(depth) + ")";
     case 18:
-      return "t.Length()";
+      switch (Below(4)) {
+        case 0:
+          return "t.IndexOf(t.SubString(" + std::to_string(Below(3)) + ", 1))";
+        case 1:
+          return "t.GetAscii(" + Primary(depth - 1) + ")";
+        case 2:
+          return "t.IndexOf(" + Primary(depth - 1) + ", " + Name() + ")";
+        default:
+          return "t.Length()";
+      }
     case 19:
       return "Max(" + Expression(depth - 1) + ", " + Expression(depth - 1) + ")";
     case 20:
@@ -129,6 +144,7 @@ std::string CProgramWriter::Expression(int depth) {
 }
 
 std::string CProgramWriter::Condition() {
+  if (Chance(8)) return "t " + Pick(kComparisons) + " " + (Chance(50) ? Primary(1) : TextExpression(1));
   if (Chance(70)) return Name() + " " + Pick(kComparisons) + " " + (Chance(50) ? Name() : std::to_string(Below(9)));
   return Expression(2);
 }
@@ -155,7 +171,20 @@ std::string CProgramWriter::Target() {
 }
 
 void CProgramWriter::Assignment() {
-  switch (Below(14)) {
+  switch (Below(18)) {
+    case 14:
+    case 15:
+      ElementStatement();
+      return;
+    case 16:
+      // Not a text that grows without end.
+      Line("t = t.SubString(0, 30);");
+      Line("t = t + " + (Chance(70) ? Primary(1) : TextExpression(1)) + ";");
+      return;
+    case 17:
+      Line(Pick(kObjects) + "." + Pick(kMembers) + " = " + Pick(kObjects) + "." + Pick(kMembers) + " " +
+           Pick(kOperators) + " " + Primary(1) + (Chance(50) ? " * " + Primary(1) : "") + ";");
+      return;
     case 0:
       Line(Target() + "++;");
       return;
@@ -184,6 +213,58 @@ void CProgramWriter::Assignment() {
       [[fallthrough]];
     default:
       Line(Target() + " = " + Expression(3) + ";");
+      return;
+  }
+}
+
+// Arrays of numbers and of anything: holes, other kinds, places that outlive what found them.
+void CProgramWriter::ElementStatement() {
+  const std::string array = Pick(kArrays);
+  const std::string element = array + "[" + (Chance(50) ? std::to_string(Below(5)) : Name() + " & 3") + "]";
+  switch (Below(13)) {
+    case 0:
+      Line(array + "[" + std::to_string(Below(9)) + "] = " + Expression(1) + ";");
+      return;
+    case 1:
+      Line(element + " = " + TextExpression(1) + ";");
+      return;
+    case 2:
+      Line(element + " = " + Pick(kObjects) + ";");
+      return;
+    case 3:
+      Line(element + " = " + Pick(kArrays) + "[" + std::to_string(Below(4)) + "] = " + Expression(1) + ";");
+      return;
+    case 4:
+      Line(element + " - 1 = " + Expression(1) + ";");
+      return;
+    case 5:
+      Line(element + " " + Pick(kCompound) + " " + (Chance(50) ? Call(1) : Primary(1)) + ";");
+      return;
+    case 6:
+      if (Chance(wild_)) {
+        Line(element + " = (" + array + " = " + Primary(1) + ");");
+      } else {
+        Line(element + " = 1 << 31;");
+      }
+      return;
+    case 7:
+      Line("nw" + std::to_string(Below(3)) + "[" + std::to_string(Below(3)) + "] = " + Primary(1) + ";");
+      return;
+    case 8:
+      Line("e[" + Name() + " & 1, " + Name() + " & 1] " + (Chance(50) ? "=" : Pick(kCompound)) + " " + Expression(1) +
+           ";");
+      return;
+    case 9:
+      Line("e[" + Name() + " & 1, " + std::to_string(Below(2)) + "]++;");
+      return;
+    case 10:
+      Line(element + " = " + Name() + " " + Pick(kOperators) + " " + Name() + ";");
+      return;
+    case 11:
+      Line("g.h[" + std::to_string(Below(4)) + "] " + (Chance(50) ? "=" : "+=") + " " + Primary(1) + ";");
+      return;
+    default:
+      Line(Name() + " = " + element + " " + Pick(kOperators) + " " + Primary(1) + ";");
       return;
   }
 }

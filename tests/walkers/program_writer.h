@@ -26,6 +26,7 @@ class CProgramWriter {
   void Loop();
   void Choice();
   void Assignment();
+  void ElementStatement();
   std::string Name();
   std::string Target();
   std::string Expression(int depth);

@@ -15,6 +15,8 @@ namespace vl {
 namespace {
 
 constexpr uint64_t kTicks = 600;
+// So that a program which copies all it has at each statement comes to an end soon.
+constexpr uint64_t kRunBytes = 8u << 20;
 
 // A class that stands in for those of the player: members without a result, events, errors, service, collection.
 class CProbe : public CIBaseClassImpl {
@@ -139,10 +141,13 @@ RunTrace TraceRun(const std::string& program, bool plainWalk) {
   CInterpretor interpreter(param, platform.services(), ProbedClasses());
   if (!interpreter.Init()) return trace;
   interpreter.tickLimit = kTicks;
+  interpreter.budget.SetLimit(kRunBytes);
   bool failed = false;
   interpreter.onEnd = [&] {
     trace.compiled = true;
+    trace.outOfMemory = interpreter.budget.HasRefused();
     trace.prepared = interpreter.IsPrepared();
+    trace.allPrepared = interpreter.PrepareAll();
     trace.keepsSlots = interpreter.KeepsSlots();
     trace.globals = GlobalsToJson(interpreter);
     // Where an error left an evaluation, the operands in front of it may not be in their slots.
@@ -175,6 +180,7 @@ std::string CompareRuns(const std::string& program, bool* wasPrepared) {
   const RunTrace prepared = TraceRun(program, false);
   if (wasPrepared) *wasPrepared = prepared.prepared;
   std::string out;
+  if (plain.outOfMemory || prepared.outOfMemory) return out;
   const auto compare = [&](const char* what, const std::string& a, const std::string& b) {
     if (a != b) out += std::string(what) + " differ:\n  plain:    " + a + "\n  prepared: " + b + "\n";
   };
@@ -183,6 +189,7 @@ std::string CompareRuns(const std::string& program, bool* wasPrepared) {
   compare("traces", plain.rest, prepared.rest);
   compare("counts", plain.counts, prepared.counts);
   if (prepared.keepsSlots) compare("slots", plain.slots, prepared.slots);
+  if (!prepared.allPrepared) out += "a function that wasn't called can't be prepared\n";
   return out;
 }
 

@@ -13,8 +13,10 @@ struct RunTrace {
   std::string counts;   // how often each object is referred to
   std::string slots;    // what slots and the argument bank hold
   bool compiled = false;
-  bool prepared = false;   // ran from instructions
-  bool keepsSlots = true;  // which kept the slots as the walk does
+  bool outOfMemory = false;  // was refused some; the two ways hold locals elsewhere, so they are at different places
+  bool prepared = false;     // ran from instructions
+  bool allPrepared = true;   // and so did all its functions
+  bool keepsSlots = true;    // which kept the slots as the walk does
 };
 
 RunTrace TraceRun(const std::string& program, bool plainWalk);

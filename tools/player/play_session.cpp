@@ -204,6 +204,7 @@ int PlaySession::Load() {
         &frames_);
   }
   vl_set_print_folder(player, command_.printFolder.empty() ? nullptr : command_.printFolder.c_str());
+  vl_set_print_queue(player, command_.printQueue.empty() ? nullptr : command_.printQueue.c_str());
   if (command_.keepFiles) {
     std::string error;
     if (!saves_.Open(path_, error)) {

@@ -1,4 +1,4 @@
-#include "platform/headless/memory_clipboard.h"
+#include "platform/memory_clipboard.h"
 
 namespace vl {
 
