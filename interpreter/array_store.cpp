@@ -37,7 +37,8 @@ void* CArrayStore::Allocate(uint64_t bytes) {
 
 void CArrayStore::Resize(uint64_t count) {
   if (count > capacity_) {
-    const uint64_t capacity = std::max<uint64_t>(count, capacity_ + capacity_ / 2);
+    if (count > kMostElements) owner_->RaiseError(ERR_MEMORY);
+    const uint64_t capacity = std::clamp(capacity_ + capacity_ / 2, count, kMostElements);
     const uint64_t more = BytesOf(capacity) - BytesOf(capacity_);
     if (!budget_.Take(more)) owner_->RaiseError(ERR_MEMORY);
     void* old = IsWide() ? static_cast<void*>(wide_) : narrow_;

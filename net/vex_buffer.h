@@ -1,6 +1,7 @@
 // The byte stores of the network layer: VexBuffer for what arrived, VexQueue for what is to leave, VexIdList.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -11,36 +12,44 @@ namespace vl {
 // Bytes in order. Values are little-endian; reading beyond the end gives 0.
 class VexBuffer {
  public:
-  size_t Size() const { return data_.size() - first_; }
-  bool IsEmpty() const { return Size() == 0; }
-  std::span<const uint8_t> Bytes() const { return std::span(data_).subspan(first_); }
+  size_t Size() const { return end_ - first_; }
+  bool IsEmpty() const { return end_ == first_; }
+  std::span<const uint8_t> Bytes() const { return {store_.data() + first_, Size()}; }
 
-  void Reserve(size_t bytes) { data_.reserve(bytes); }
-  void Append(std::span<const uint8_t> bytes) { data_.insert(data_.end(), bytes.begin(), bytes.end()); }
-  void AppendU8(uint8_t v) { data_.push_back(v); }
+  void Append(std::span<const uint8_t> bytes) {
+    std::copy(bytes.begin(), bytes.end(), Room(bytes.size()).begin());
+    Grow(bytes.size());
+  }
+  // Room behind the end, to be filled; what Grow then says of it belongs to the bytes.
+  std::span<uint8_t> Room(size_t size) {
+    if (store_.size() - end_ < size) MakeRoom(size);
+    return std::span(store_).subspan(end_, size);
+  }
+  void Grow(size_t size) { end_ += size; }
+  void AppendU8(uint8_t v) { AppendLittle(v, 1); }
   void AppendU16(uint16_t v) { AppendLittle(v, 2); }
   void AppendU32(uint32_t v) { AppendLittle(v, 4); }
   // Without a terminator.
-  void AppendText(std::string_view text) { data_.insert(data_.end(), text.begin(), text.end()); }
+  void AppendText(std::string_view text) { Append({reinterpret_cast<const uint8_t*>(text.data()), text.size()}); }
   uint8_t ReadU8(size_t at) const { return static_cast<uint8_t>(ReadLittle(at, 1)); }
   uint16_t ReadU16(size_t at) const { return static_cast<uint16_t>(ReadLittle(at, 2)); }
   uint32_t ReadU32(size_t at) const { return ReadLittle(at, 4); }
   // What there is of the range, with a NUL behind it.
   std::vector<char> CopyOut(size_t at, size_t size) const;
   void Erase(size_t at, size_t size);
-  void Clear() {
-    data_.clear();
-    first_ = 0;
-  }
 
  private:
-  void AppendLittle(uint32_t v, int bytes) {
-    for (int i = 0; i < bytes; ++i) data_.push_back(static_cast<uint8_t>(v >> 8 * i));
+  void AppendLittle(uint32_t v, size_t bytes) {
+    const auto room = Room(bytes);
+    for (size_t i = 0; i < bytes; ++i) room[i] = static_cast<uint8_t>(v >> 8 * i);
+    Grow(bytes);
   }
   uint32_t ReadLittle(size_t at, size_t bytes) const;
+  void MakeRoom(size_t size);
 
-  std::vector<uint8_t> data_;
-  size_t first_ = 0;  // bytes in front that are erased already
+  std::vector<uint8_t> store_;
+  size_t first_ = 0;  // the bytes lie from here
+  size_t end_ = 0;    // to here
 };
 
 // Messages that wait to be sent, one behind the other, so that many leave in one send.

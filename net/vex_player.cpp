@@ -173,11 +173,11 @@ VexChannel* VexPlayer::SignOn(std::string_view channelName) {
 }
 
 void VexPlayer::SendText(std::string_view text, uint16_t type) {
-  stream.Queue(WireWriter(kToServerText, text.size()).Half(type).Text(text));
+  stream.Queue(WireWriter(kToServerText).Half(type).Text(text));
 }
 
 void VexPlayer::BlastText(std::string_view text, uint16_t type) {
-  WireWriter datagram(kDatagramServerBlast, text.size());
+  WireWriter datagram(kDatagramServerBlast);
   datagram.Half(type).Word(id).Rest(text);
   if (VexServer* server = node.ServerWithConnection(id)) {
     server->HandleServerBlast(datagram.Bytes());
@@ -241,7 +241,7 @@ void VexChannel::OnDelete() {
 }
 
 void VexChannel::SendText(std::string_view text, uint16_t type) {
-  player.stream.Queue(WireWriter(kToServerSessionText, text.size()).Half(type).Word(id).Text(text));
+  player.stream.Queue(WireWriter(kToServerSessionText).Half(type).Word(id).Text(text));
 }
 
 void VexChannel::BlastText(std::string_view text, uint16_t type) {
@@ -267,8 +267,7 @@ void VexUser::OnDelete() {
 }
 
 void VexUser::SendText(std::string_view text, uint16_t type) {
-  channel.player.stream.Queue(
-      WireWriter(kToServerUserText, text.size()).Half(type).Word(channel.id).Word(id).Text(text));
+  channel.player.stream.Queue(WireWriter(kToServerUserText).Half(type).Word(channel.id).Word(id).Text(text));
 }
 
 void VexUser::BlastText(std::string_view text, uint16_t type) {

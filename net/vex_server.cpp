@@ -10,7 +10,7 @@ namespace vl {
 namespace {
 
 WireWriter WriteText(uint16_t type, uint32_t channel, uint32_t sender, std::string_view text) {
-  WireWriter writer(kToPlayerText, text.size());
+  WireWriter writer(kToPlayerText);
   writer.Half(type).Word(channel).Word(sender).Text(text);
   return writer;
 }

@@ -1,7 +1,6 @@
 #include "net/vex_stream.h"
 
 #include <algorithm>
-#include <array>
 
 #include "base/limits.h"
 #include "net/vex_api.h"
@@ -45,11 +44,10 @@ void VexStream::Queue(const WireWriter& message) {
 
 bool VexStream::Receive() {
   if (state_ == Parsed::Complete || !api_.sockets.hasNews(socket_)) return true;
-  std::array<uint8_t, kReceiveBytes> scratch;
-  const int64_t count = api_.sockets.receive(socket_, scratch, false);
+  const int64_t count = api_.sockets.receive(socket_, in_.Room(kReceiveBytes), false);
   if (count == kSocketNothing) return true;
   if (count <= 0) return false;
-  in_.Append(std::span(scratch).first(static_cast<size_t>(count)));
+  in_.Grow(static_cast<size_t>(count));
   traffic_.In(static_cast<size_t>(count));
   Parse();
   if (api_.sockets.hasNews(socket_)) api_.hasWork = true;

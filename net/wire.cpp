@@ -100,7 +100,7 @@ std::optional<VexServerBlast> ParseServerBlast(std::span<const uint8_t> datagram
 }
 
 WireWriter WriteBlast(const VexBlast& blast) {
-  WireWriter writer(kDatagramBlast, blast.text.size());
+  WireWriter writer(kDatagramBlast);
   writer.Half(blast.type).Word(blast.channel).Word(blast.sender).Word(blast.target).Rest(blast.text);
   return writer;
 }

@@ -2,11 +2,13 @@
 // length in 4 bytes and then its bytes.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "net/vex_buffer.h"
 
@@ -79,36 +81,40 @@ struct VexServerBlast {
 std::optional<VexBlast> ParseBlast(std::span<const uint8_t> datagram);
 std::optional<VexServerBlast> ParseServerBlast(std::span<const uint8_t> datagram);
 
-// Writes one message or datagram.
+// Writes one message or datagram. Small ones, which most are, take no memory of their own.
 class WireWriter {
  public:
-  // `bytes`: of all its texts, so that the store grows once.
-  explicit WireWriter(uint8_t type, size_t bytes = 0) {
-    buffer_.Reserve(kFixedBytes + bytes);
-    buffer_.AppendU8(type);
-  }
-  WireWriter& Half(uint16_t v) {
-    buffer_.AppendU16(v);
-    return *this;
-  }
-  WireWriter& Word(uint32_t v) {
-    buffer_.AppendU32(v);
-    return *this;
-  }
-  WireWriter& Text(std::string_view text) {
-    buffer_.AppendU32(static_cast<uint32_t>(text.size()));
-    return Rest(text);
-  }
+  explicit WireWriter(uint8_t type) { Little(type, 1); }
+  WireWriter& Half(uint16_t v) { return Little(v, 2); }
+  WireWriter& Word(uint32_t v) { return Little(v, 4); }
+  WireWriter& Text(std::string_view text) { return Word(static_cast<uint32_t>(text.size())).Rest(text); }
   // Without a length.
   WireWriter& Rest(std::string_view text) {
-    buffer_.AppendText(text);
+    uint8_t* const to = Room(text.size());
+    std::copy(text.begin(), text.end(), to);
     return *this;
   }
-  std::span<const uint8_t> Bytes() const { return buffer_.Bytes(); }
+  std::span<const uint8_t> Bytes() const { return {large_.empty() ? small_.data() : large_.data(), size_}; }
 
  private:
-  static constexpr size_t kFixedBytes = 32;  // more than the other fields of any message take
-  VexBuffer buffer_;
+  WireWriter& Little(uint32_t v, size_t bytes) {
+    uint8_t* const to = Room(bytes);
+    for (size_t i = 0; i < bytes; ++i) to[i] = static_cast<uint8_t>(v >> 8 * i);
+    return *this;
+  }
+  // The next so many bytes, to be filled.
+  uint8_t* Room(size_t bytes) {
+    const size_t at = size_;
+    size_ += bytes;
+    if (large_.empty() && size_ <= small_.size()) return small_.data() + at;
+    if (large_.empty()) large_.assign(small_.begin(), small_.begin() + static_cast<ptrdiff_t>(at));
+    large_.resize(size_);
+    return large_.data() + at;
+  }
+
+  std::array<uint8_t, 256> small_;  // until it is too small
+  std::vector<uint8_t> large_;
+  size_t size_ = 0;
 };
 
 WireWriter WriteBlast(const VexBlast& blast);

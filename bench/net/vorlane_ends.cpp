@@ -84,7 +84,8 @@ double Measure(Case what, uint16_t port, double seconds) {
     } else {
       const uint64_t before = end.count;
       for (int i = 1; i <= kBurst; ++i) players[0]->BlastText(text, i == kBurst ? 4 : 3);
-      while (end.count == before) end.Step();
+      // A lost answer isn't waited for.
+      for (int i = 0; i < 4 && end.count == before; ++i) end.Step();
     }
   } while (rate.Add(what == Case::Stream ? kStreamPart : kBurst));
   return rate.ASecond();

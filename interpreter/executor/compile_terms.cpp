@@ -14,15 +14,20 @@ bool CCodeCompiler::ReadTerm(uint32_t& at, bool isTarget, Term& term) {
     return true;
   }
   const NameInfo* name = NameAt(at);
-  if (code_.kind == CodeKind::Method && !name->sure) return false;
+  if (code_.kind == CodeKind::Method) {
+    if (!name->sure) return false;
+    // Where the local doesn't exist, a variable of This may be meant: no global is looked at here.
+    NameInfo& own = code_.names.emplace_back(*name);
+    own.cell = &x_.nowhere;
+    name = &own;
+  }
   term.offset = name->offset;
   at = behind;
   if (KindAt(behind) == TK_MEMBER) {
     if (name->declared) return false;
     MemberInfo& member = code_.members.emplace_back();
     member.offset = name->offset;
-    // In a method a name that is no local may be a variable of This.
-    member.cell = code_.kind == CodeKind::Method ? &x_.nowhere : name->cell;
+    member.cell = name->cell;
     member.nameId = TokenNameId(i_.At(behind));
     term.kind = kMemberTerm;
     term.operand.member = &member;

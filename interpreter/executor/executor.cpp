@@ -91,7 +91,7 @@ CExecutor::~CExecutor() {
   hidden.clear();
   Unwind(frames_.get(), 0);
   i.variables.SetIndex(nullptr);
-  i.budget.Return(segments_.size() * kSegmentCells * sizeof(CValue));
+  i.budget.Return(segments_.size() * kSegmentBytes);
 }
 
 // Functions are prepared at their first calls, but for those that may hold what only the walker knows.
@@ -364,13 +364,13 @@ CValue* CExecutor::TakeLocals(uint32_t count) {
   if (L && static_cast<size_t>(localsEnd - FreeLocals()) >= count) return FreeLocals();
   const uint32_t next = L ? segment_ + 1 : 0;
   if (next >= segments_.size()) {
-    if (!i.budget.Take(kSegmentCells * sizeof(CValue))) i.RaiseError(ERR_MEMORY);
-    auto* cells = static_cast<CValue*>(std::malloc(kSegmentCells * sizeof(CValue)));
+    if (!i.budget.Take(kSegmentBytes)) i.RaiseError(ERR_MEMORY);
+    auto* cells = static_cast<CValue*>(std::malloc(kSegmentBytes));
     if (!cells) {
-      i.budget.Return(kSegmentCells * sizeof(CValue));
+      i.budget.Return(kSegmentBytes);
       i.RaiseError(ERR_MEMORY);
     }
-    for (size_t c = 0; c < kSegmentCells; ++c) new (&cells[c]) CValue(&i);
+    for (size_t c = 0; c < kSegmentBytes / sizeof(CValue); ++c) new (&cells[c]) CValue(&i);
     segments_.emplace_back(cells, &FreeCells);
   }
   SetSegment(next);

@@ -199,6 +199,8 @@ class CExecutor {
   // Ticks after which the handlers go back to their loop.
   static constexpr uint32_t kRoundsOfSlice = 2000;
   static constexpr size_t kSegmentCells = 8192;
+  // The arguments of a plain call are written before it is known whether it has room.
+  static constexpr size_t kSegmentBytes = (kSegmentCells + kPlainCells) * sizeof(CValue);
   void SetSegment(uint32_t segment);
   CValue* FreeLocals() const { return L + code->locals; }
   class Run;

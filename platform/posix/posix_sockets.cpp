@@ -26,7 +26,7 @@ namespace {
 
 // More than a listening program asks for: those who connect at the same moment shouldn't wait for a second attempt.
 constexpr int kBacklog = 128;
-constexpr int kNewsAtOnce = 512;
+constexpr int kNewsAtOnce = 128;
 constexpr size_t kMaxLookups = 64;
 // Edges: each change ends one wait. Room to send is asked for from the start, as it costs nothing while there is some.
 constexpr uint32_t kStreamEvents = EPOLLIN | EPOLLOUT | EPOLLRDHUP | EPOLLET;
