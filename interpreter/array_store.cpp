@@ -130,20 +130,18 @@ void CArrayStore::Rebuild(const std::array<uint32_t, kMaxDimensions>& newSizes) 
   }
   void* const memory = Allocate(BytesOf(product));
   budget_.Return(BytesOf(capacity_));
+  const auto move = [&](auto*& elements, uint32_t& elementCount, auto nothing) {
+    auto* const moved = static_cast<decltype(&nothing)>(memory);
+    std::fill(moved, moved + product, nothing);
+    MoveTo(moved, elements, newSizes);
+    std::free(elements);
+    elements = moved;
+    elementCount = static_cast<uint32_t>(product);
+  };
   if (IsWide()) {
-    auto* moved = static_cast<uint64_t*>(memory);
-    std::fill(moved, moved + product, kNothing);
-    MoveTo(moved, wide_, newSizes);
-    std::free(wide_);
-    wide_ = moved;
-    wideCount_ = static_cast<uint32_t>(product);
+    move(wide_, wideCount_, kNothing);
   } else {
-    auto* moved = static_cast<int32_t*>(memory);
-    std::fill(moved, moved + product, kNoInteger);
-    MoveTo(moved, narrow_, newSizes);
-    std::free(narrow_);
-    narrow_ = moved;
-    narrowCount_ = static_cast<uint32_t>(product);
+    move(narrow_, narrowCount_, kNoInteger);
   }
   capacity_ = product;
   sizes = newSizes;

@@ -16,21 +16,6 @@ constexpr const char kCollector[] = "Flush";
 
 bool IsClass(uint16_t kind) { return kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST; }
 
-bool IsFixed(uint16_t kind) {
-  switch (kind) {
-    case CLASS_MATH:
-    case CLASS_DISK:
-    case CLASS_KEYBOARD:
-    case CLASS_SYSTEM:
-    case CLASS_PROGRAM:
-    case CLASS_DISPLAY:
-    case CLASS_EDITOR:
-      return true;
-    default:
-      return false;
-  }
-}
-
 }  // namespace
 
 void CCodeScan::Run() {
@@ -216,14 +201,15 @@ void CCodeScan::Class(uint32_t at, uint16_t kind, uint16_t next) {
     return;
   }
   const CIClassInfo* info = i_.ClassInfo(kind);
+  const bool isFixed = FactsOfClass(kind).fixed;
   const KeywordRow* known = info ? info->keywords->Find(i_.NameOf(i_.At(Next(at)))) : nullptr;
   const MemberRow* row = known && known->id < info->rows.size() ? info->rows[known->id] : nullptr;
-  if (!row || (!IsFixed(kind) && (row->kind != MemberKind::Constant || next != TK_MEMBER)) ||
-      (IsFixed(kind) && !i_.fixedObjects[kind]) || (!row->function && row->kind != MemberKind::Constant)) {
+  if (!row || (!isFixed && (row->kind != MemberKind::Constant || next != TK_MEMBER)) ||
+      (isFixed && !i_.fixedObjects[kind]) || (!row->function && row->kind != MemberKind::Constant)) {
     Rare();
     return;
   }
-  if (!row->function || !IsFixed(kind)) return;
+  if (!row->function || !isFixed) return;
   if (EqualNoCase(row->name, kErrorEvent)) suspects = true;
   if (EqualNoCase(row->name, kCollector)) collects = true;
   if (row->gives) return;

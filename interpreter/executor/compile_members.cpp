@@ -114,15 +114,6 @@ void CCodeCompiler::ClassConstant(uint16_t k) {
 void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
   const uint16_t kind = Kind();
   switch (kind) {
-    case CLASS_MATH:
-    case CLASS_DISK:
-    case CLASS_KEYBOARD:
-    case CLASS_SYSTEM:
-    case CLASS_PROGRAM:
-    case CLASS_DISPLAY:
-    case CLASS_EDITOR:
-      FixedMember(k, e);
-      return;
     case TK_NEW:
       NewObject(k);
       return;
@@ -181,11 +172,13 @@ void CCodeCompiler::PrimaryOther(uint16_t k, Evaluation& e) {
       return;
     }
     default:
-      if (kind >= TK_CLASS_FIRST && kind <= TK_CLASS_LAST) {
+      if (kind < TK_CLASS_FIRST || kind > TK_CLASS_LAST) {
+        Fail();
+      } else if (FactsOfClass(kind).fixed) {
+        FixedMember(k, e);
+      } else {
         ClassConstant(k);
-        return;
       }
-      Fail();
   }
 }
 
