@@ -282,10 +282,13 @@ TEST(NetLayer, AHandlerMayDeleteAnything) {
   for (uint32_t number = 1; number <= kVexSessionDestroyed; ++number) {
     for (int what = 0; what < 4; ++what) {
       SCOPED_TRACE(number * 10 + static_cast<uint32_t>(what));
+      // The end of the machine makes events too.
+      VexNode* node = nullptr;
+      std::shared_ptr<VexObject> keepNode;
       MemoryNetwork network;
       NetMachine machine(network, kServer);
-      VexNode* node = machine.api.MakeNode();
-      const auto keepNode = node->weak_from_this().lock();
+      node = machine.api.MakeNode();
+      keepNode = node->weak_from_this().lock();
       machine.onEvent = [&, left = 1](const VexEvent& event) mutable {
         if (event.number != number || left-- <= 0) return;
         if (what == 0 && event.first) event.first->Delete();
