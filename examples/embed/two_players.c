@@ -15,6 +15,7 @@ enum { kWidth = 400, kHeight = 300, kPlayers = 2, kFrameMs = 15 };
 
 typedef struct {
   vl_player* player;
+  const char* address;
   SDL_Texture* texture;
   uint32_t pixels[kWidth * kHeight];
   int running; /* a run was started and its end not yet told */
@@ -24,7 +25,7 @@ static Side sides[kPlayers];
 
 static void Start(Side* side) {
   side->running = vl_run(side->player);
-  if (!side->running) fprintf(stderr, "two_players: %s\n", vl_error_detail(side->player));
+  if (!side->running) fprintf(stderr, "two_players: %s can't be started\n", side->address);
 }
 
 /* Also of a run that ended by itself: it frees the application, and lets it run again. */
@@ -36,7 +37,7 @@ static void Stop(Side* side) {
 static void TellEnd(Side* side) {
   side->running = 0;
   if (vl_get_result(side->player) == VL_OK) return;
-  fprintf(stderr, "two_players: %s %s\n", vl_error(side->player), vl_error_detail(side->player));
+  fprintf(stderr, "two_players: %s: %s %s\n", side->address, vl_error(side->player), vl_error_detail(side->player));
 }
 
 /* Virtual key numbers: letters and digits are their upper-case ASCII codes, the others as below; 0 for no such key. */
@@ -162,6 +163,7 @@ static int Make(Side* side, const char* address, SDL_Renderer* renderer) {
     fprintf(stderr, "two_players: %s\n", error);
     return 0;
   }
+  side->address = address;
   vl_set_url(side->player, address, NULL);
   side->texture = SDL_CreateTexture(renderer, SDL_PIXELFORMAT_XRGB8888, SDL_TEXTUREACCESS_STREAMING, kWidth, kHeight);
   return side->texture != NULL;
